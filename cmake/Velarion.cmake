@@ -1,0 +1,28 @@
+# Shared compile settings for our own targets. Third-party headers come in as
+# SYSTEM includes so that -Werror applies to our code only.
+
+set(VELARION_WARNINGS -Wall -Wextra -Wpedantic -Werror)
+
+if(VELARION_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer
+                      -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+if(VELARION_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# The core libraries must stay free of platform code; this list is what the
+# boundary check in `make test` compares their link lines against.
+set(VELARION_CORE_LIBRARIES LiveModel)
+
+function(velarion_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/..)
+  target_compile_options(${name} PRIVATE ${VELARION_WARNINGS})
+  target_link_libraries(${name} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
+endfunction()

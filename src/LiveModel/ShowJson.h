@@ -1,0 +1,37 @@
+#pragma once
+// The show document's JSON form: UTF-8, pretty-printed, keys sorted.
+//
+// Decoding is strict: a missing required key, a wrong type or an unknown case
+// name fails the whole document, and the error names where ("sections[2].
+// cues[5]: key "isEnabled" is missing"). It applies no limits of its own:
+// values outside the building operations' ranges are kept as written.
+// Thread: pure functions; any thread.
+
+#include "LiveModel/Show.h"
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace velarion {
+
+struct ShowDecodeError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct ShowEncodeError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// Throws ShowEncodeError for a value JSON can't hold (a non-finite number).
+std::string encodeShow(const Show& show);
+
+// Called with the document's "formatVersion" once the text has parsed and
+// before the whole show is decoded; may throw to refuse the document.
+using FormatVersionCheck = std::function<void(int formatVersion)>;
+
+// Throws ShowDecodeError with a description of the first fault found.
+Show decodeShow(std::string_view text, const FormatVersionCheck& checkVersion = {});
+
+} // namespace velarion

@@ -1,0 +1,34 @@
+#pragma once
+// A free text box on a made slide, in unit coordinates, origin top left.
+
+#include "LiveModel/EnumNames.h"
+#include "LiveModel/Uuid.h"
+
+#include <optional>
+#include <string>
+
+namespace velarion {
+
+enum class TextAlign { left, center, right };
+VELARION_ENUM_NAMES(TextAlign, "left", "center", "right");
+
+struct TextBox {
+    using Align = TextAlign;
+
+    Uuid id;
+    std::string text;
+    double x = 0;
+    double y = 0;
+    double width = 1;
+    double height = 1;
+    std::optional<std::string> font; // absent: the default font
+    double size = 64;                // points on a 1920-wide slide
+    bool bold = false;
+    std::optional<int> color; // 0xRRGGBB; absent: chosen against the background
+    Align align = Align::center;
+    bool bullets = false;
+
+    friend bool operator==(const TextBox&, const TextBox&) = default;
+};
+
+} // namespace velarion

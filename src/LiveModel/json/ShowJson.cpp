@@ -1,0 +1,47 @@
+#include "LiveModel/ShowJson.h"
+
+#include "LiveModel/json/ShowFields.h"
+
+namespace velarion {
+
+std::string encodeShow(const Show& show) {
+    rapidjson::Document document;
+    json::EncodeContext context{document.GetAllocator(), {}};
+    try {
+        json::Value root = json::write(show, context);
+        return json::toSortedPrettyText(root);
+    } catch (const json::EncodeError& error) {
+        throw ShowEncodeError(error.what());
+    }
+}
+
+Show decodeShow(std::string_view text, const FormatVersionCheck& checkVersion) {
+    rapidjson::Document document;
+    try {
+        json::parse(text, document);
+        json::DecodeContext context;
+        if (checkVersion && document.IsObject()) {
+            // The header: only "formatVersion" matters; if it doesn't decode,
+            // the whole decode below gives the better message.
+            auto member = document.FindMember("formatVersion");
+            if (member != document.MemberEnd()) {
+                std::optional<int> formatVersion;
+                try {
+                    json::DecodeContext header;
+                    int version = 0;
+                    json::read(member->value, version, header);
+                    formatVersion = version;
+                } catch (const json::DecodeError&) {
+                }
+                if (formatVersion) checkVersion(*formatVersion);
+            }
+        }
+        Show show;
+        json::read(document, show, context);
+        return show;
+    } catch (const json::DecodeError& error) {
+        throw ShowDecodeError(error.what());
+    }
+}
+
+} // namespace velarion
