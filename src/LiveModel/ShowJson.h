@@ -24,6 +24,10 @@ struct ShowEncodeError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Larger documents are refused unread: no real show comes near it, and it
+// bounds the memory a hostile file can take.
+inline constexpr std::size_t maxShowDocumentBytes = 100u << 20;
+
 // Throws ShowEncodeError for a value JSON can't hold (a non-finite number).
 std::string encodeShow(const Show& show);
 

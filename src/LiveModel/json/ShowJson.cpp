@@ -16,6 +16,11 @@ std::string encodeShow(const Show& show) {
 }
 
 Show decodeShow(std::string_view text, const FormatVersionCheck& checkVersion) {
+    if (text.size() > maxShowDocumentBytes) {
+        throw ShowDecodeError("the file is " + std::to_string(text.size() >> 20) +
+                              " MB, more than the " + std::to_string(maxShowDocumentBytes >> 20) +
+                              " MB a show document may hold");
+    }
     rapidjson::Document document;
     try {
         json::parse(text, document);
