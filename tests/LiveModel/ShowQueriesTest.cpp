@@ -1,0 +1,217 @@
+// The computed answers of a show that other parts of the system rely on.
+
+#include "LiveModel/Show.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace velarion {
+namespace {
+
+Cue makeCue(std::string name, CueKind kind, Follow follow = Follow::manual, bool enabled = true) {
+    Cue cue;
+    cue.id = Uuid::random();
+    cue.name = std::move(name);
+    cue.kind = std::move(kind);
+    cue.follow = follow;
+    cue.isEnabled = enabled;
+    return cue;
+}
+
+MediaItem makeItem(MediaKind kind, std::string name, std::optional<double> duration = {}) {
+    MediaItem item;
+    item.id = Uuid::random();
+    item.kind = kind;
+    item.name = std::move(name);
+    item.fileName = "Audio/x.wav";
+    item.duration = duration;
+    return item;
+}
+
+Show showWith(std::vector<std::vector<Cue>> sections, std::vector<MediaItem> library = {}) {
+    Show show;
+    show.id = Uuid::random();
+    for (auto& cues : sections) {
+        Section section;
+        section.id = Uuid::random();
+        section.cues = std::move(cues);
+        show.sections.push_back(std::move(section));
+    }
+    for (auto& item : library) show.library.push_back(std::move(item));
+    return show;
+}
+
+TEST(ShowQueries, FindsCuesAcrossSectionsInOrder) {
+    const Cue a = makeCue("A", ClearCue{}), b = makeCue("B", ClearCue{}), c = makeCue("C", ClearCue{});
+    const Show show = showWith({{a}, {}, {b, c}});
+    ASSERT_EQ(show.allCues().size(), 3u);
+    EXPECT_EQ(show.allCues()[2]->name, "C");
+    EXPECT_EQ(show.cue(b.id)->name, "B");
+    EXPECT_EQ(show.location(c.id), (CueLocation{2, 1}));
+    EXPECT_EQ(show.number(c.id), 3);
+    const Uuid stranger = Uuid::random();
+    EXPECT_EQ(show.cue(stranger), nullptr);
+    EXPECT_FALSE(show.location(stranger));
+    EXPECT_FALSE(show.number(stranger));
+}
+
+TEST(ShowQueries, FirstPlayableCueNeverFollows) {
+    const Cue disabled = makeCue("Off", ClearCue{}, Follow::manual, false);
+    const Cue second = makeCue("Second", ClearCue{}, Follow::withPrevious);
+    const Cue third = makeCue("Third", ClearCue{}, Follow::afterPrevious);
+    const Show show = showWith({{disabled}, {second, third}});
+    EXPECT_EQ(show.effectiveFollow(second), Follow::manual);
+    EXPECT_EQ(show.effectiveFollow(third), Follow::afterPrevious);
+}
+
+TEST(ShowQueries, SlideDissolveIsLimited) {
+    Show show;
+    EXPECT_DOUBLE_EQ(show.effectiveSlideDissolve(), 0.15);
+    show.slideDissolve = -3;
+    EXPECT_EQ(show.effectiveSlideDissolve(), 0);
+    show.slideDissolve = 25;
+    EXPECT_EQ(show.effectiveSlideDissolve(), 10);
+}
+
+TEST(ShowQueries, VisualOutputsFallBackToTheShowDefault) {
+    Cue cue = makeCue("Pic", ImageCue{});
+    Show show = showWith({{cue}});
+    EXPECT_FALSE(show.visualOutputs(cue)); // every screen
+    show.outputs.defaultVisualOutputIDs = std::vector<std::string>{"HDMI-1", "HDMI-1"};
+    EXPECT_EQ(show.visualOutputs(cue), (std::set<std::string>{"HDMI-1"}));
+    cue.visualOutputIDs = std::vector<std::string>{};
+    EXPECT_EQ(show.visualOutputs(cue), std::set<std::string>{});
+}
+
+TEST(ShowQueries, SoundRoleOfAudioFollowsTheFileLength) {
+    MediaItem noLength = makeItem(MediaKind::audio, "Sting");
+    MediaItem minute = makeItem(MediaKind::audio, "Jingle", 60.0);
+    MediaItem longer = makeItem(MediaKind::audio, "Song", 60.1);
+    auto audioCue = [](const MediaItem& item) {
+        AudioCue audio;
+        audio.mediaID = item.id;
+        return makeCue(item.name, audio);
+    };
+    const Cue a = audioCue(noLength), b = audioCue(minute), c = audioCue(longer);
+    Cue forced = audioCue(longer);
+    std::get<AudioCue>(forced.kind).role = SoundRole::effect;
+    const Cue orphan = audioCue(makeItem(MediaKind::audio, "Gone", 5));
+    const Show show = showWith({{a, b, c, forced, orphan}}, {noLength, minute, longer});
+    EXPECT_EQ(show.soundRole(a), SoundRole::music);
+    EXPECT_EQ(show.soundRole(b), SoundRole::effect);
+    EXPECT_EQ(show.soundRole(c), SoundRole::music);
+    EXPECT_EQ(show.soundRole(forced), SoundRole::effect);
+    EXPECT_EQ(show.soundRole(orphan), SoundRole::music);
+    EXPECT_EQ(show.soundRole(makeCue("T", SpotifyTrack{})), SoundRole::music);
+    EXPECT_FALSE(show.soundRole(makeCue("V", VideoCue{})));
+}
+
+TEST(ShowQueries, GroupCueHasEndByDurationOrKind) {
+    MediaItem network = makeItem(MediaKind::video, "Camera");
+    network.ndiSource = NDISource{"CAM (Studio)", std::nullopt};
+    const Show show = showWith({}, {network});
+    const double inf = std::numeric_limits<double>::infinity();
+
+    Cue audio = makeCue("A", AudioCue{});
+    EXPECT_TRUE(show.groupCueHasEnd(audio));
+    audio.groupDuration = 0; // a zero step never ends, although the sound would
+    EXPECT_FALSE(show.groupCueHasEnd(audio));
+    audio.groupDuration = inf;
+    EXPECT_FALSE(show.groupCueHasEnd(audio));
+    Cue message = makeCue("M", MessageCue{});
+    message.groupDuration = 4;
+    EXPECT_TRUE(show.groupCueHasEnd(message));
+
+    VideoCue live;
+    live.mediaID = network.id;
+    EXPECT_FALSE(show.groupCueHasEnd(makeCue("Live", live)));
+    EXPECT_TRUE(show.groupCueHasEnd(makeCue("Missing item", VideoCue{})));
+    VideoCue looping;
+    looping.loops = true;
+    EXPECT_FALSE(show.groupCueHasEnd(makeCue("Loop", looping)));
+
+    EXPECT_FALSE(show.groupCueHasEnd(makeCue("Empty", PlaylistCue{})));
+    EXPECT_TRUE(show.groupCueHasEnd(makeCue("One", PlaylistCue{{Uuid::random()}})));
+    MusicTrack track;
+    EXPECT_FALSE(show.groupCueHasEnd(makeCue("Track", track)));
+    track.playFor = 30;
+    EXPECT_TRUE(show.groupCueHasEnd(makeCue("Track", track)));
+    EXPECT_TRUE(show.groupCueHasEnd(makeCue("T", TimerCue{CountdownMode{10}})));
+    EXPECT_FALSE(show.groupCueHasEnd(makeCue("T", TimerCue{CountdownMode{0}})));
+    EXPECT_TRUE(show.groupCueHasEnd(makeCue("T", TimerCue{CountToMode{600}})));
+    EXPECT_FALSE(show.groupCueHasEnd(makeCue("T", TimerCue{CountUpMode{}})));
+    EXPECT_FALSE(show.groupCueHasEnd(makeCue("G", GraphicCue{"a", "b", std::nullopt})));
+    EXPECT_TRUE(show.groupCueHasEnd(makeCue("G", GraphicCue{"a", "b", 5.0})));
+    EXPECT_FALSE(show.groupCueHasEnd(makeCue("S", SlidesCue{})));
+}
+
+TEST(ShowQueries, MachineNamedMediaTakesTheFirstUsingCueOrTheKindName) {
+    MediaItem used = makeItem(MediaKind::video, Uuid::random().text());
+    MediaItem unused = makeItem(MediaKind::audio, Uuid::random().text());
+    MediaItem named = makeItem(MediaKind::image, "Logo");
+    VideoCue video;
+    video.mediaID = used.id;
+    Show show = showWith({{makeCue("Intro film", video), makeCue("Second use", video)}},
+                         {used, unused, named});
+    const Show before = show;
+    EXPECT_TRUE(show.nameMachineNamedMedia());
+    EXPECT_EQ(show.media(used.id)->name, "Intro film");
+    EXPECT_EQ(show.media(unused.id)->name, "Sound");
+    EXPECT_EQ(show.media(named.id)->name, "Logo");
+    // The earlier value shares storage with this one but must not change.
+    EXPECT_TRUE(MediaItem::isMachineName(before.media(used.id)->name));
+    EXPECT_FALSE(show.nameMachineNamedMedia());
+}
+
+TEST(ShowQueries, SharedCopiesCompareByContentAndUnshareOnEdit) {
+    Show a = showWith({{makeCue("A", ClearCue{})}}, {makeItem(MediaKind::image, "Logo")});
+    Show b = a;
+    EXPECT_TRUE(a.sections[0].sharesStorageWith(b.sections[0]));
+    EXPECT_EQ(a, b);
+    b.sections[0].edit().title = "Changed";
+    EXPECT_FALSE(a.sections[0].sharesStorageWith(b.sections[0]));
+    EXPECT_NE(a, b);
+    b.sections[0].edit().title = a.sections[0]->title;
+    EXPECT_EQ(a, b); // equal content in separate storage
+}
+
+TEST(CueKindTraits, RanksAndReferences) {
+    EXPECT_TRUE(cueKind::isPicture(CueKind(ImageCue{})));
+    EXPECT_FALSE(cueKind::isPicture(CueKind(AudioCue{})));
+    EXPECT_TRUE(cueKind::isMusic(CueKind(MusicTrack{})));
+    EXPECT_FALSE(cueKind::isMusic(CueKind(TimerCue{})));
+    EXPECT_TRUE(cueKind::isPlaylist(CueKind(StreamPlaylistCue{})));
+    EXPECT_FALSE(cueKind::isPlaylist(CueKind(PlaylistCue{})));
+    EXPECT_EQ(cueKind::label(CueKind(SpotifyTrack{})), "Spotify song");
+    EXPECT_EQ(cueKind::label(CueKind(GraphicCue{})), "Lower third");
+    const Uuid a = Uuid::random(), b = Uuid::random();
+    EXPECT_EQ(cueKind::mediaIDs(CueKind(PlaylistCue{{a, b}})), (std::vector<Uuid>{a, b}));
+    EXPECT_FALSE(cueKind::mediaID(CueKind(PlaylistCue{{a}})));
+    EXPECT_EQ(cueKind::mediaID(CueKind(SlidesCue{a})), a);
+}
+
+TEST(CueGeometryAndLinks, GeometryLimitsAndFrame) {
+    const CueGeometry g = CueGeometry::make(9, -3, 0.25, 720, 2);
+    EXPECT_EQ(g, (CueGeometry{4, -1, 0.25, 720, 1}));
+    EXPECT_FALSE(g.isFull());
+    EXPECT_TRUE(CueGeometry::make(1, 0, 0, 0, 1).isFull());
+    EXPECT_EQ((CueGeometry{0.5, 0.1, 0, 0, 1}).frame(),
+              (CueGeometry::Rect{0.35, 0.25, 0.5, 0.5}));
+
+    const Cue a = makeCue("A", ClearCue{}), b = makeCue("B", ClearCue{}, Follow::afterPrevious);
+    const std::vector<const Cue*> cues{&a, &b};
+    EXPECT_EQ(CueLink::make(cues, 0), (CueLink{false, true}));
+    EXPECT_EQ(CueLink::make(cues, 1), (CueLink{true, false}));
+}
+
+TEST(MediaItemNames, MachineNamesReadAsTheKind) {
+    EXPECT_TRUE(MediaItem::isMachineName("e621e1f8-c36c-495a-93fc-0c247a3e6e5f"));
+    EXPECT_FALSE(MediaItem::isMachineName("Intro.mov"));
+    EXPECT_EQ(MediaItem::readableName("E621E1F8-C36C-495A-93FC-0C247A3E6E5F", MediaKind::audio),
+              "Sound");
+    EXPECT_EQ(MediaItem::readableName("Intro", MediaKind::audio), "Intro");
+}
+
+} // namespace
+} // namespace velarion
