@@ -15,7 +15,9 @@
 // std::filesystem::filesystem_error, and leave the document on disk whole.
 //
 // Stored names of media ("Video/Opening.mov") are relative to Media/ with '/'
-// as separator. "made" is reserved for decks of made slides (no file).
+// as separator. "made" is reserved for decks of made slides (no file). Names
+// come from documents, which are outside input: nothing is written or removed
+// for a name that would leave Media/ (absolute, or with "." or ".." parts).
 
 #include "LiveModel/MediaItem.h"
 #include "LiveModel/Show.h"
@@ -63,7 +65,7 @@ private:
 
 struct UsedFiles {
     int count = 0;          // stored names, a name used twice counted twice
-    std::int64_t bytes = 0; // every file under Media/
+    std::int64_t bytes = 0; // their sizes; a file whose size can't be read adds 0
     friend bool operator==(const UsedFiles&, const UsedFiles&) = default;
 };
 
@@ -91,7 +93,9 @@ public:
     // Reads show.json, refusing documents of a newer format.
     Show open() const;
     // Replaces whatever is at `to` with a copy of this package, media
-    // included, then saves `show` into the copy. This package is left alone.
+    // included, then saves `show` into the copy. This package is left alone:
+    // `to` naming this package just saves into it, and a `to` inside this
+    // package or holding it is refused before anything is removed.
     ShowPackage saveCopy(const std::filesystem::path& to, const Show& show) const;
 
     // True when the path holds "/Velarion/Unsaved/": a plain text test.

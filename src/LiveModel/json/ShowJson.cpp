@@ -28,8 +28,11 @@ Show decodeShow(std::string_view text, const FormatVersionCheck& checkVersion) {
         if (checkVersion && document.IsObject()) {
             // The header: only "formatVersion" matters; if it doesn't decode,
             // the whole decode below gives the better message.
-            auto member = document.FindMember("formatVersion");
-            if (member != document.MemberEnd()) {
+            // Through a const view: comparing rapidjson's mutable member
+            // iterators is ambiguous under C++20's rewritten operators.
+            const json::Value& root = document;
+            auto member = root.FindMember("formatVersion");
+            if (member != root.MemberEnd()) {
                 std::optional<int> formatVersion;
                 try {
                     json::DecodeContext header;

@@ -1,0 +1,309 @@
+#include "LiveModel/ShowPackage.h"
+
+#include "LiveModel/ShowJson.h"
+#include "ShowPackageFixtures.h"
+#include "TempFolder.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace velarion {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::folderListing;
+using testing::readText;
+using testing::ScopedEnvironment;
+using testing::TempFolder;
+using testing::writeText;
+
+// Opens the package and returns the error it refused with.
+ShowPackageError openError(const ShowPackage& package) {
+    try {
+        package.open();
+    } catch (const ShowPackageError& error) {
+        return error;
+    }
+    ADD_FAILURE() << "open succeeded";
+    return ShowPackageError(ShowPackageError::NotAShowFile{});
+}
+
+std::string decoderMessage(const std::string& text) {
+    try {
+        decodeShow(text);
+    } catch (const ShowDecodeError& error) {
+        return error.what();
+    }
+    return "(decoded)";
+}
+
+TEST(ShowPackageError, MessagesAreTheOperatorSentences) {
+    EXPECT_EQ(ShowPackageError(ShowPackageError::Unreadable{"Permission denied"}).message(),
+              "The show couldn't be read: Permission denied");
+    EXPECT_EQ(ShowPackageError(ShowPackageError::UnsupportedFile{"notes.txt"}).message(),
+              "notes.txt isn't a file Velarion can play.");
+    EXPECT_EQ(ShowPackageError(ShowPackageError::NotAShowFile{}).message(),
+              "That isn't a Velarion show.");
+}
+
+TEST(ShowPackageSave, RoundTripsThroughTheSortedPrettyDocumentAndLeavesNoTemporaryFile) {
+    TempFolder temp;
+    const Show show = testing::sampleShow("Sunday", 12);
+    const ShowPackage package = ShowPackage::create(temp / "Sunday.velarion", show);
+
+    EXPECT_EQ(package.open(), show);
+    EXPECT_EQ(readText(temp / "Sunday.velarion/show.json"), encodeShow(show));
+    EXPECT_EQ(folderListing(package.url()), (std::vector<std::string>{"Media", "show.json"}));
+
+    // Replacing keeps one document and the mode somebody gave it.
+    fs::permissions(package.url() / "show.json", fs::perms(0640));
+    Show changed = show;
+    changed.title = "Sunday, second service";
+    package.save(changed);
+    EXPECT_EQ(package.open(), changed);
+    EXPECT_EQ(folderListing(package.url()), (std::vector<std::string>{"Media", "show.json"}));
+    EXPECT_EQ(fs::status(package.url() / "show.json").permissions(), fs::perms(0640));
+}
+
+TEST(ShowPackageSave, WritesTheVersionAsItStandsAndRefusesOnlyNewerOnOpen) {
+    TempFolder temp;
+    Show show = testing::sampleShow("Old", 2);
+    show.formatVersion = 0;
+    const ShowPackage package = ShowPackage::create(temp / "Old.velarion", show);
+    EXPECT_EQ(package.open().formatVersion, 0);
+
+    // Everything else in it decodes; the version alone refuses it.
+    show.formatVersion = 2;
+    package.save(show);
+    const ShowPackageError error = openError(package);
+    EXPECT_EQ(error.error(), ShowPackageError::Case(ShowPackageError::NewerFormat{2}));
+    EXPECT_EQ(error.message(),
+              "This show was saved by a newer Velarion (format 2). Update Velarion to open it.");
+}
+
+TEST(ShowPackageSave, RecreatesMediaInAnEmptiedPackageFolder) {
+    TempFolder temp;
+    const Show show = testing::sampleShow("Emptied", 1);
+    const ShowPackage package = ShowPackage::create(temp / "Emptied.velarion", show);
+    fs::remove_all(package.mediaFolder());
+    fs::remove(package.url() / "show.json");
+
+    package.save(show);
+    EXPECT_TRUE(fs::is_directory(package.mediaFolder()));
+    EXPECT_EQ(package.open(), show);
+}
+
+TEST(ShowPackageSave, AShowThatCantBeEncodedLeavesTheOldDocumentWhole) {
+    TempFolder temp;
+    const Show show = testing::sampleShow("Kept", 3);
+    const ShowPackage package = ShowPackage::create(temp / "Kept.velarion", show);
+    const std::string before = readText(package.url() / "show.json");
+
+    Show broken = show;
+    broken.slideDissolve = std::nan("");
+    EXPECT_THROW(package.save(broken), fs::filesystem_error);
+    EXPECT_EQ(readText(package.url() / "show.json"), before);
+    EXPECT_EQ(folderListing(package.url()), (std::vector<std::string>{"Media", "show.json"}));
+}
+
+TEST(ShowPackageOpen, RefusesWhatIsntAShowWithTheRightCase) {
+    TempFolder temp;
+    const ShowPackage package(temp / "Broken.velarion");
+    fs::create_directories(package.mediaFolder());
+    const fs::path document = package.url() / "show.json";
+
+    // No document: a folder that merely looks like a package, as create leaves after a failure.
+    EXPECT_EQ(openError(package).error(), ShowPackageError::Case(ShowPackageError::NotAShowFile{}));
+
+    // Broken JSON is unreadable, and in the decoder's words.
+    writeText(document, "{\"formatVersion\": 1, \"title\": ");
+    EXPECT_EQ(openError(package).message(),
+              "The show couldn't be read: " + decoderMessage(readText(document)));
+
+    // A header that doesn't decode is skipped; the full decode speaks instead.
+    std::string text = encodeShow(testing::sampleShow("Header", 1));
+    const std::string version = "\"formatVersion\": 1";
+    ASSERT_NE(text.find(version), std::string::npos);
+    text.replace(text.find(version), version.size(), "\"formatVersion\": \"two\"");
+    writeText(document, text);
+    const ShowPackageError badHeader = openError(package);
+    EXPECT_TRUE(std::holds_alternative<ShowPackageError::Unreadable>(badHeader.error()));
+    EXPECT_EQ(badHeader.message(), "The show couldn't be read: " + decoderMessage(text));
+
+    // A good show without the key is not taken for version 0.
+    text = encodeShow(testing::sampleShow("No version", 1));
+    const std::string line = "  \"formatVersion\": 1,\n";
+    ASSERT_NE(text.find(line), std::string::npos);
+    text.erase(text.find(line), line.size());
+    writeText(document, text);
+    EXPECT_EQ(openError(package).message(), "The show couldn't be read: " + decoderMessage(text));
+}
+
+TEST(ShowPackageOpen, ReadFailuresGiveTheSystemsDescriptionWithoutBlocking) {
+    TempFolder temp;
+    const ShowPackage folderDocument(temp / "Folder.velarion");
+    fs::create_directories(folderDocument.url() / "show.json");
+    EXPECT_EQ(openError(folderDocument).message(), "The show couldn't be read: Is a directory");
+
+    // A FIFO would block a plain open for ever.
+    const ShowPackage fifoDocument(temp / "Fifo.velarion");
+    fs::create_directories(fifoDocument.url());
+    ASSERT_EQ(::mkfifo((fifoDocument.url() / "show.json").c_str(), 0600), 0);
+    EXPECT_TRUE(
+        std::holds_alternative<ShowPackageError::Unreadable>(openError(fifoDocument).error()));
+}
+
+TEST(ShowPackageOpen, RefusesAnOversizedDocumentFromItsSize) {
+    TempFolder temp;
+    const ShowPackage package(temp / "Huge.velarion");
+    fs::create_directories(package.url());
+    writeText(package.url() / "show.json", "");
+    fs::resize_file(package.url() / "show.json", 200u << 20); // sparse: no disk used
+
+    // The size sentence, not the decoder's: the text was never read.
+    EXPECT_EQ(openError(package).message(),
+              "The show couldn't be read: show.json is 200 MB, more than the 100 MB a show "
+              "document may hold");
+}
+
+TEST(ShowPackageCopy, ReplacesTheTargetCopiesMediaAndSavesTheGivenShow) {
+    TempFolder temp;
+    const Show saved = testing::sampleShow("Draft", 2);
+    const ShowPackage source = ShowPackage::create(temp / "Draft.velarion", saved);
+    writeText(source.mediaURL("Video/Opening.mov"), "frames");
+    const fs::path target = temp / "Final.velarion";
+    writeText(target / "stale.txt", "old package");
+
+    Show current = saved;
+    current.title = "Final";
+    const ShowPackage copy = source.saveCopy(target, current);
+
+    EXPECT_EQ(copy, ShowPackage(target));
+    EXPECT_FALSE(fs::exists(target / "stale.txt"));
+    EXPECT_EQ(readText(copy.mediaURL("Video/Opening.mov")), "frames");
+    EXPECT_EQ(copy.open(), current);
+    // The source is left alone, its document as it was.
+    EXPECT_EQ(source.open(), saved);
+    EXPECT_EQ(readText(source.mediaURL("Video/Opening.mov")), "frames");
+}
+
+TEST(ShowPackageCopy, NeverRemovesItsOwnSource) {
+    TempFolder temp;
+    const Show show = testing::sampleShow("Self", 1);
+    const ShowPackage package = ShowPackage::create(temp / "Self.velarion", show);
+    writeText(package.mediaURL("Audio/a.wav"), "sound");
+
+    Show current = show;
+    current.title = "Self, again";
+    EXPECT_EQ(package.saveCopy(temp / "." / "Self.velarion", current), package);
+    EXPECT_EQ(package.open(), current);
+    EXPECT_THROW(package.saveCopy(temp.path(), show), fs::filesystem_error);
+    EXPECT_THROW(package.saveCopy(package.mediaFolder() / "Inner.velarion", show),
+                 fs::filesystem_error);
+    EXPECT_EQ(package.open(), current);
+    EXPECT_EQ(readText(package.mediaURL("Audio/a.wav")), "sound");
+}
+
+TEST(ShowPackageFolders, FollowTheFreedesktopUserFolders) {
+    TempFolder temp;
+    const ScopedEnvironment home("HOME", temp.path().string());
+    const ScopedEnvironment config("XDG_CONFIG_HOME", (temp / "config").string());
+    const ScopedEnvironment documents("XDG_DOCUMENTS_DIR", std::nullopt);
+    const ScopedEnvironment data("XDG_DATA_HOME", std::nullopt);
+
+    // No user-dirs.dirs: home stands in for Documents.
+    EXPECT_EQ(ShowPackage::showsFolder(), temp / "Velarion Shows");
+    writeText(temp / "config/user-dirs.dirs", "# written by xdg-user-dirs-update\n"
+                                              "XDG_DESKTOP_DIR=\"$HOME/Desktop\"\n"
+                                              "XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n");
+    EXPECT_EQ(ShowPackage::showsFolder(), temp / "Dokumente/Velarion Shows");
+    writeText(temp / "config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"/srv/shows docs\"\n");
+    EXPECT_EQ(ShowPackage::showsFolder(), fs::path("/srv/shows docs/Velarion Shows"));
+    {
+        const ScopedEnvironment set("XDG_DOCUMENTS_DIR", (temp / "Docs").string());
+        EXPECT_EQ(ShowPackage::showsFolder(), temp / "Docs/Velarion Shows");
+    }
+    EXPECT_FALSE(fs::exists(temp / "Dokumente/Velarion Shows")); // named, not created
+
+    EXPECT_EQ(ShowPackage::scratchFolder(), temp / ".local/share/Velarion/Unsaved");
+    const ScopedEnvironment setData("XDG_DATA_HOME", (temp / "data").string());
+    EXPECT_EQ(ShowPackage::scratchFolder(), temp / "data/Velarion/Unsaved");
+}
+
+TEST(ShowPackageScratch, MakesAPackageNamedByTheShowInTheScratchArea) {
+    TempFolder temp;
+    const ScopedEnvironment data("XDG_DATA_HOME", (temp / "data").string());
+    const Show show = testing::sampleShow("Unsaved", 2);
+
+    const ShowPackage package = ShowPackage::scratch(show);
+    EXPECT_EQ(package.url(), temp / "data/Velarion/Unsaved" / (show.id.text() + ".velarion"));
+    EXPECT_TRUE(package.isScratch());
+    EXPECT_TRUE(fs::is_directory(package.mediaFolder()));
+    EXPECT_EQ(package.open(), show);
+}
+
+TEST(ShowPackageScratch, IsScratchIsATextTestOfThePath) {
+    EXPECT_TRUE(ShowPackage("/home/ana/Velarion/Unsaved/X.velarion").isScratch());
+    // Elsewhere, but with the same folder names: still scratch.
+    EXPECT_TRUE(ShowPackage("/media/usb/Velarion/Unsaved/Old/Y.velarion").isScratch());
+    EXPECT_FALSE(ShowPackage("/home/ana/velarion/unsaved/X.velarion").isScratch());
+    EXPECT_FALSE(ShowPackage("/home/ana/Velarion/Unsaved.velarion").isScratch());
+    EXPECT_FALSE(ShowPackage("/home/ana/Velarion Shows/Z.velarion").isScratch());
+}
+
+TEST(ShowPackageMedia, ClassifiesFilesByExtension) {
+    const std::vector<std::pair<std::string, std::optional<MediaKind>>> cases = {
+        {"Talk.PDF", MediaKind::deck},    {"b.pptx", MediaKind::deck},
+        {"Intro.MOV", MediaKind::video},  {"clip.m2ts", MediaKind::video},
+        {"photo.HEIC", MediaKind::image}, {"song.Mp3", MediaKind::audio},
+        {"bed.flac", MediaKind::audio},   {"notes.txt", std::nullopt},
+        {"archive.tar.gz", std::nullopt}, {"README", std::nullopt},
+    };
+    for (const auto& [name, kind] : cases) {
+        EXPECT_EQ(ShowPackage::mediaKind(fs::path("/in") / name), kind) << name;
+    }
+}
+
+TEST(ShowPackageMedia, ImportCopiesUnderAFreeName) {
+    TempFolder temp;
+    const ShowPackage package = ShowPackage::create(temp / "P.velarion", Show{});
+    writeText(temp / "in/a.mov", "movie");
+    writeText(temp / "in/name", "plain");
+    writeText(temp / "in/Intro.MOV", "intro");
+
+    EXPECT_EQ(package.importFile(temp / "in/a.mov", "Video"), "Video/a.mov");
+    EXPECT_EQ(package.importFile(temp / "in/a.mov", "Video"), "Video/a 2.mov");
+    EXPECT_EQ(package.importFile(temp / "in/a.mov", "Video"), "Video/a 3.mov");
+    EXPECT_EQ(package.importFile(temp / "in/name"), "name");
+    EXPECT_EQ(package.importFile(temp / "in/name"), "name 2");
+    EXPECT_EQ(package.importFile(temp / "in/Intro.MOV", "Decks/Deck 1"), "Decks/Deck 1/Intro.MOV");
+    EXPECT_EQ(package.importFile(temp / "in/Intro.MOV", "Decks/Deck 1"),
+              "Decks/Deck 1/Intro 2.MOV");
+
+    EXPECT_EQ(readText(package.mediaURL("Video/a 2.mov")), "movie");
+    EXPECT_EQ(readText(package.mediaURL("name 2")), "plain");
+    EXPECT_TRUE(fs::exists(temp / "in/a.mov")); // copied, never moved
+
+    EXPECT_THROW(package.importFile(temp / "in/missing.mov", "Video"), fs::filesystem_error);
+    EXPECT_THROW(package.importFile(temp / "in/a.mov", "../Outside"), fs::filesystem_error);
+    EXPECT_FALSE(fs::exists(package.mediaURL("Video/missing.mov")));
+    EXPECT_FALSE(fs::exists(package.url() / "Outside"));
+}
+
+TEST(ShowPackageMedia, WriteMediaReplacesAtomicallyInsideThePackageOnly) {
+    TempFolder temp;
+    const ShowPackage package = ShowPackage::create(temp / "P.velarion", Show{});
+
+    package.writeMedia("first", "Slides/ABC/1.png");
+    package.writeMedia("second", "Slides/ABC/1.png");
+    EXPECT_EQ(readText(package.mediaURL("Slides/ABC/1.png")), "second");
+    EXPECT_EQ(folderListing(package.mediaURL("Slides/ABC")), std::vector<std::string>{"1.png"});
+
+    EXPECT_THROW(package.writeMedia("x", "../show.json"), fs::filesystem_error);
+    EXPECT_THROW(package.writeMedia("x", "/etc/evil"), fs::filesystem_error);
+    EXPECT_EQ(package.open(), Show{});
+}
+
+} // namespace
+} // namespace velarion
