@@ -1,0 +1,114 @@
+// Undo, redo, the step limit and the Show Mode lock.
+
+#include "LiveModel/EditHistory.h"
+
+#include "ShowEditFixtures.h"
+
+#include <gtest/gtest.h>
+
+namespace velarion {
+namespace {
+
+using namespace editTesting;
+
+edit::SetTitle titled(int step) {
+    return {"Step " + std::to_string(step), ""};
+}
+
+TEST(EditHistory, UndoAndRedoWalkThroughWholeShows) {
+    EditHistory history(100);
+    const Show start = makeShow({makeSection("One", {makeCue("A")})});
+    EXPECT_FALSE(history.canUndo());
+    EXPECT_FALSE(history.undo(start));
+
+    const Show first =
+        history.apply(edit::InsertCue{makeCue("B"), std::nullopt, std::nullopt}, start);
+    const Show second = history.apply(titled(2), first);
+    EXPECT_TRUE(history.canUndo());
+    EXPECT_FALSE(history.canRedo());
+
+    const auto back = history.undo(second);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(*back, first);
+    EXPECT_TRUE(history.canRedo());
+    EXPECT_EQ(history.undo(*back), start);
+    EXPECT_FALSE(history.undo(start));
+    EXPECT_EQ(history.redo(start), first);
+    EXPECT_EQ(history.redo(first), second);
+    EXPECT_FALSE(history.redo(second));
+}
+
+TEST(EditHistory, AnEditThatChangesNothingMakesNoStepAndKeepsRedo) {
+    EditHistory history(100);
+    const Show start = makeShow({makeSection("One", {makeCue("A")})});
+    const Show changed = history.apply(titled(1), start);
+    const auto undone = history.undo(changed);
+    ASSERT_TRUE(undone);
+
+    const Show same = history.apply(edit::SetOutputs{undone->outputs}, *undone);
+    EXPECT_EQ(same, start);
+    EXPECT_TRUE(history.undoStack().empty());
+    EXPECT_EQ(history.redoStack().size(), 1u);
+
+    // A real step after an undo empties redo.
+    history.apply(titled(2), same);
+    EXPECT_FALSE(history.canRedo());
+}
+
+TEST(EditHistory, TheLimitDropsTheOldestStep) {
+    EditHistory history(100);
+    const Show start = makeShow({});
+    Show show = start;
+    for (int step = 1; step <= 101; ++step)
+        show = history.apply(titled(step), show);
+    EXPECT_EQ(history.undoStack().size(), 100u);
+
+    int undos = 0;
+    while (auto previous = history.undo(show)) {
+        show = *previous;
+        ++undos;
+    }
+    EXPECT_EQ(undos, 100);
+    EXPECT_EQ(show.title, "Step 1"); // the step from the start was dropped
+    EXPECT_EQ(history.redoStack().size(), 100u);
+
+    EXPECT_EQ(EditHistory(0).limit(), 1);
+    EXPECT_EQ(EditHistory(-5).limit(), 1);
+}
+
+TEST(EditHistory, ShowModeRefusesEditsAndHidesUndo) {
+    EditHistory history(100);
+    const Show start = makeShow({});
+    const Show one = history.apply(titled(1), start);
+    const Show two = history.apply(titled(2), one);
+    const Show back = *history.undo(two);
+
+    history.isLocked = true;
+    EXPECT_EQ(refusal([&] { history.apply(titled(3), back); }),
+              "Show Mode is on. Return to Edit to make changes.");
+    EXPECT_FALSE(history.canUndo());
+    EXPECT_FALSE(history.canRedo());
+    EXPECT_FALSE(history.undo(back));
+    EXPECT_FALSE(history.redo(back));
+    EXPECT_EQ(history.undoStack().size(), 1u);
+    EXPECT_EQ(history.redoStack().size(), 1u);
+
+    history.isLocked = false;
+    EXPECT_EQ(history.redo(back), two);
+}
+
+TEST(EditHistory, SnapshotsShareWhatTheEditDidNotChange) {
+    EditHistory history(100);
+    const Show start =
+        makeShow({makeSection("One", {makeCue("A")}), makeSection("Two", {makeCue("B")})});
+    Cue b = named(start, "B");
+    b.notes = "Cue the band";
+    const Show next = history.apply(edit::UpdateCue{b}, start);
+    const Show& snapshot = history.undoStack().back();
+    EXPECT_TRUE(snapshot.sections[0].sharesStorageWith(next.sections[0]));
+    EXPECT_FALSE(snapshot.sections[1].sharesStorageWith(next.sections[1]));
+    EXPECT_EQ(named(snapshot, "B").notes, "");
+}
+
+} // namespace
+} // namespace velarion
