@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velarion {
@@ -33,6 +34,11 @@ struct MadeSlide {
     std::optional<std::vector<std::string>> sectionNames;
     std::optional<LyricSlideSource> lyricSource;
 
+    // The names of the groups starting here, from either form of the field.
+    std::vector<std::string> effectiveSectionNames() const;
+    // `boxes`, or the layout's fixed boxes holding `title` and `text`.
+    std::vector<TextBox> effectiveBoxes() const;
+
     friend bool operator==(const MadeSlide&, const MadeSlide&) = default;
 };
 
@@ -50,6 +56,22 @@ struct DeckInfo {
     std::optional<std::vector<MadeSlide>> made;
     std::optional<std::vector<LyricSlideSource>> lyricSources;
     std::optional<Backdrop> background;
+
+    // Turns imported pages into made slides standing for them; false when the
+    // deck already has a made list.
+    bool prepareForEditing();
+    // True when a page isn't a rendered made slide: such decks, from older
+    // shows, are redrawn when the show opens.
+    bool hasLegacyNativePages() const;
+    // The slide an open editor shows after the deck changed from `from`: the
+    // one it showed if it is still there, else the one now at its place.
+    std::optional<Uuid> editorSelection(std::optional<Uuid> preserving, const DeckInfo& from) const;
+    // The first slide of the next group after slide `from` whose name starts
+    // with the key's letter, wrapping to the first; a key that is a group's
+    // whole name finds that group.
+    std::optional<int> slide(std::string_view forSectionKey, int from) const;
+    // How many slides would hide the deck's background.
+    int backgroundCoveringPageCount() const;
 
     friend bool operator==(const DeckInfo&, const DeckInfo&) = default;
 };

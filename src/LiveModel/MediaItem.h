@@ -43,6 +43,11 @@ struct MediaItem {
     // The kind's display name in place of a machine name.
     static std::string readableName(std::string_view name, MediaKind kind);
 
+    // The item with the presentation background on its deck: the built-in
+    // Drift loop, which its made slides show through. Items without a deck
+    // come back unchanged.
+    MediaItem applyingPresentationBackground() const;
+
     friend bool operator==(const MediaItem&, const MediaItem&) = default;
 };
 

@@ -119,6 +119,33 @@ struct OutputSetup {
     std::map<std::string, int> screenLyricLines;
     std::optional<std::vector<std::string>> defaultVisualOutputIDs;
 
+    // The id of the fallback look that stands for a screen's own settings.
+    static Uuid customLookID() { return Uuid::nil(); }
+
+    // The screens of either form; every reader goes through these two, so
+    // that an old setup behaves like the new one. Old form order: audience
+    // displays, the test window, Stage, then one screen per feed.
+    std::vector<LogicalScreen> effectiveScreens() const;
+    // The feeds to send: with logical screens, only those a screen names.
+    std::vector<NetworkFeed> effectiveFeeds() const;
+    // Moves an old setup into the new form, once; the old fields stay.
+    // False when the setup already uses logical screens.
+    bool materializeScreens();
+
+    // The layers and lyric lines a screen shows: its saved look's, or its
+    // own under the fallback look "Custom".
+    OutputLook resolvedLook(const LogicalScreen& screen) const;
+    // Removes the look; screens that used it keep its settings as their own.
+    bool removeLook(const Uuid& id);
+    // Old form: a display's layers, stored in layer order.
+    void setLayers(std::vector<LayerKind> layers, const std::string& forScreen);
+
+    // The ids a visual cue may address: every screen but the Stage ones.
+    std::vector<std::string> visualDestinations() const;
+    // Lyric line limit by screen id, for screens that show lyrics and have a
+    // limit; screens that show one picture share the smallest of their limits.
+    std::map<std::string, int> lyricLineLimits() const;
+
     friend bool operator==(const OutputSetup&, const OutputSetup&) = default;
 };
 

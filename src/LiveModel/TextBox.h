@@ -28,6 +28,11 @@ struct TextBox {
     Align align = Align::center;
     bool bullets = false;
 
+    // The box kept on the slide: width 0.05 to 1, height 0.04 to 1, then the
+    // position so that the box fits, and size 8 to 400 points. Applied at
+    // every edit of a box.
+    TextBox clamped() const;
+
     friend bool operator==(const TextBox&, const TextBox&) = default;
 };
 

@@ -1,0 +1,185 @@
+// Deck operations: section names, imported pages made editable, the older
+// page forms, what an editor and a section key land on, and the background.
+
+#include "LiveModel/MediaItem.h"
+
+#include <gtest/gtest.h>
+
+namespace velarion {
+namespace {
+
+using Names = std::vector<std::string>;
+
+MadeSlide slideNamed(std::optional<std::string> sectionName = {},
+                     std::optional<Names> sectionNames = {}) {
+    MadeSlide slide;
+    slide.id = Uuid::random();
+    slide.sectionName = std::move(sectionName);
+    slide.sectionNames = std::move(sectionNames);
+    return slide;
+}
+
+DeckInfo madeDeck(std::size_t count) {
+    DeckInfo deck;
+    deck.source = "Velarion";
+    deck.made.emplace();
+    for (std::size_t i = 0; i < count; ++i)
+        deck.made->push_back(slideNamed());
+    return deck;
+}
+
+TEST(MadeSlideSections, NewerListWinsOverTheOlderSingleName) {
+    EXPECT_EQ(slideNamed().effectiveSectionNames(), Names{});
+    EXPECT_EQ(slideNamed("Verse 1").effectiveSectionNames(), Names{"Verse 1"});
+    EXPECT_EQ(slideNamed("Verse 1", Names{"Chorus", "Tag"}).effectiveSectionNames(),
+              (Names{"Chorus", "Tag"}));
+    // An empty list is a stored answer too: no sections here.
+    EXPECT_EQ(slideNamed("Verse 1", Names{}).effectiveSectionNames(), Names{});
+}
+
+TEST(DeckEditing, ImportedPagesBecomeSlidesStandingForThem) {
+    DeckInfo deck;
+    deck.pages = {"Imported/p1.png", "Imported/p2.png", "Imported/p3.png"};
+    deck.notes = {"Say hello", "Pause here"};
+    deck.groups = {{"Intro", 1}};
+    deck.source = "Talk.pdf";
+    EXPECT_FALSE(deck.hasLegacyNativePages()); // nothing made yet: nothing to bring up
+
+    ASSERT_TRUE(deck.prepareForEditing());
+    ASSERT_TRUE(deck.made);
+    const auto& made = *deck.made;
+    ASSERT_EQ(made.size(), 3u);
+    EXPECT_EQ(made[0].effectiveSectionNames(), Names{});
+    EXPECT_EQ(made[1].effectiveSectionNames(), Names{"Intro"});
+    EXPECT_EQ(made[2].effectiveSectionNames(), Names{});
+    EXPECT_EQ(made[1].notes, "Pause here");
+    EXPECT_EQ(made[2].notes, "");
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(made[i].importedPage, deck.pages[i]);
+        // The page's picture is the whole slide: no placeholder words over it.
+        EXPECT_TRUE(made[i].effectiveBoxes().empty());
+    }
+    EXPECT_NE(made[0].id, made[1].id);
+    // The pages are what the slides stand for, so nothing needs redrawing.
+    EXPECT_FALSE(deck.hasLegacyNativePages());
+
+    DeckInfo shared;
+    shared.pages = {"a.png"};
+    shared.groups = {{"Welcome", 0}, {"Opening", 0}, {"Stray", 7}};
+    ASSERT_TRUE(shared.prepareForEditing());
+    EXPECT_EQ((*shared.made)[0].effectiveSectionNames(), (Names{"Welcome", "Opening"}));
+
+    const DeckInfo prepared = deck;
+    EXPECT_FALSE(deck.prepareForEditing());
+    EXPECT_EQ(deck, prepared);
+}
+
+TEST(DeckEditing, LegacyPagesAreThoseNoRenderedOrImportedSlideAccountsFor) {
+    DeckInfo deck = madeDeck(2);
+    deck.pages = {"Slides/A/1.png", "Slides/A/2.png"};
+    EXPECT_FALSE(deck.hasLegacyNativePages());
+
+    deck.pages[1] = "Pages/2.png";
+    EXPECT_TRUE(deck.hasLegacyNativePages());
+    (*deck.made)[1].importedPage = "Pages/2.png";
+    EXPECT_FALSE(deck.hasLegacyNativePages());
+    (*deck.made)[1].importedPage = "Pages/2.PNG";
+    EXPECT_TRUE(deck.hasLegacyNativePages());
+
+    // A page beyond the made slides is legacy whatever its name.
+    DeckInfo longer = madeDeck(1);
+    longer.pages = {"Slides/A/1.png", "Slides/A/2.png"};
+    EXPECT_TRUE(longer.hasLegacyNativePages());
+}
+
+TEST(DeckEditorSelection, FollowsTheSlideOrItsPlace) {
+    const DeckInfo old = madeDeck(4);
+    const auto& slides = *old.made;
+
+    DeckInfo reordered = old;
+    std::swap((*reordered.made)[0], (*reordered.made)[3]);
+    EXPECT_EQ(reordered.editorSelection(slides[3].id, old), slides[3].id);
+
+    DeckInfo withoutThird = old;
+    withoutThird.made->erase(withoutThird.made->begin() + 2);
+    EXPECT_EQ(withoutThird.editorSelection(slides[2].id, old), slides[3].id);
+
+    DeckInfo shorter = old;
+    shorter.made->resize(2);
+    EXPECT_EQ(shorter.editorSelection(slides[3].id, old), slides[1].id);
+
+    EXPECT_EQ(old.editorSelection(std::nullopt, old), slides[0].id);
+    EXPECT_EQ(old.editorSelection(Uuid::random(), old), slides[0].id);
+
+    EXPECT_EQ(madeDeck(0).editorSelection(slides[0].id, old), std::nullopt);
+    DeckInfo imported;
+    imported.pages = {"p.png"};
+    EXPECT_EQ(imported.editorSelection(slides[0].id, old), std::nullopt);
+}
+
+TEST(DeckSectionKeys, StepsThroughGroupsOfOneLetterAndWraps) {
+    DeckInfo deck;
+    deck.groups = {{"Verse 1", 0}, {"Chorus", 4}, {"", 6}, {"verse 2", 8}, {"Bridge", 12}};
+    EXPECT_EQ(deck.slide("v", 0), 8);
+    EXPECT_EQ(deck.slide("V", 2), 8);
+    EXPECT_EQ(deck.slide("v", 8), 0); // wraps past the last match
+    EXPECT_EQ(deck.slide("c", 9), 4);
+    EXPECT_EQ(deck.slide("b", 12), 12); // the only match, even from itself
+    EXPECT_EQ(deck.slide("x", 0), std::nullopt);
+    EXPECT_EQ(deck.slide("", 0), std::nullopt); // the unnamed group is never a target
+
+    // A whole name picks that group rather than the next of its letter.
+    EXPECT_EQ(deck.slide("Verse 1", 2), 0);
+    EXPECT_EQ(deck.slide("VERSE 2", 9), 8);
+    EXPECT_EQ(deck.slide("Vamp", 0), 8);
+}
+
+TEST(DeckSectionKeys, LettersMatchWithoutRegardToCaseBeyondAscii) {
+    DeckInfo deck;
+    deck.groups = {{"Ölberg", 2}, {"Éloge", 5}, {"Слава", 9}};
+    EXPECT_EQ(deck.slide("ö", 0), 2);
+    EXPECT_EQ(deck.slide("é", 0), 5);
+    EXPECT_EQ(deck.slide("с", 0), 9);
+    EXPECT_EQ(deck.slide("e", 0), std::nullopt);
+    // A broken byte sequence is compared as it is, never read past its end.
+    EXPECT_EQ(deck.slide("\xC3", 0), std::nullopt);
+}
+
+TEST(DeckBackground, CountsTheSlidesThatWouldHideIt) {
+    DeckInfo deck = madeDeck(4);
+    auto& slides = *deck.made;
+    slides[1].isClear = true;
+    slides[2].imageID = Uuid::random();
+    slides[3].importedPage = "Imported/p4.png";
+    EXPECT_EQ(deck.backgroundCoveringPageCount(), 0); // no background
+
+    deck.background = backdrop::None{};
+    EXPECT_EQ(deck.backgroundCoveringPageCount(), 0);
+    deck.background = backdrop::Color{0x203040};
+    EXPECT_EQ(deck.backgroundCoveringPageCount(), 1);
+    slides[1].isClear = false;
+    EXPECT_EQ(deck.backgroundCoveringPageCount(), 2);
+}
+
+TEST(DeckBackground, ThePresentationBackgroundShowsThroughMadeSlides) {
+    MediaItem item;
+    item.id = Uuid::random();
+    item.kind = MediaKind::deck;
+    item.deck = madeDeck(3);
+    const Uuid image = Uuid::random();
+    (*item.deck->made)[2].imageID = image;
+
+    const MediaItem applied = item.applyingPresentationBackground();
+    EXPECT_EQ(applied.deck->background, Backdrop(backdrop::BuiltIn{BuiltInBackdrop::drift}));
+    EXPECT_EQ(applied.deck->backgroundCoveringPageCount(), 0);
+    // A slide with its own picture keeps it.
+    EXPECT_FALSE((*applied.deck->made)[2].isClear.value_or(false));
+    EXPECT_EQ((*applied.deck->made)[2].imageID, image);
+
+    MediaItem video;
+    video.kind = MediaKind::video;
+    EXPECT_EQ(video.applyingPresentationBackground(), video);
+}
+
+} // namespace
+} // namespace velarion

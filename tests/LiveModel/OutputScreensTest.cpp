@@ -1,0 +1,269 @@
+// The two forms of an output setup read alike: screens, feeds, looks,
+// destinations and lyric line limits.
+
+#include "LiveModel/OutputSetup.h"
+
+#include <gtest/gtest.h>
+
+namespace velarion {
+namespace {
+
+using L = LayerKind;
+using Ids = std::vector<std::string>;
+
+const std::vector<LayerKind> everyLayer = {L::background, L::media,   L::slides,
+                                           L::graphics,   L::holding, L::messages};
+
+NetworkFeed feed(std::string name, NetworkFeedSource source = feedSource::Audience{},
+                 std::optional<int> lyricLines = {}) {
+    NetworkFeed result;
+    result.id = Uuid::random();
+    result.name = std::move(name);
+    result.layers = {L::slides, L::messages};
+    result.source = std::move(source);
+    result.lyricLines = lyricLines;
+    return result;
+}
+
+LogicalScreen screen(std::string id, ScreenDestination destination,
+                     ScreenRole role = ScreenRole::audience, std::optional<int> lyricLines = {}) {
+    LogicalScreen result;
+    result.id = std::move(id);
+    result.name = result.id;
+    result.role = role;
+    result.destination = std::move(destination);
+    result.layers = everyLayer;
+    result.lyricLines = lyricLines;
+    return result;
+}
+
+// An old setup with every kind of screen the old form knows.
+OutputSetup oldSetup() {
+    OutputSetup setup;
+    setup.audienceDisplayIDs = {"HDMI-1", "DP-2"};
+    setup.screenLayers["DP-2"] = {L::background, L::slides};
+    setup.screenLyricLines["DP-2"] = 12;
+    setup.screenLyricLines["HDMI-1"] = 0;
+    setup.audienceWindowForTesting = true;
+    setup.confidenceDisplayID = "DP-3";
+    setup.feeds = {feed("Stream", feedSource::Audience{}, 2),
+                   feed("Stage feed", feedSource::Stage{}),
+                   feed("Mirror", feedSource::Screen{"DP-2"})};
+    return setup;
+}
+
+Ids ids(const std::vector<LogicalScreen>& screens) {
+    Ids result;
+    for (const auto& s : screens)
+        result.push_back(s.id);
+    return result;
+}
+
+TEST(OutputScreens, AnOldSetupListsAudienceTestWindowStageThenFeeds) {
+    const OutputSetup setup = oldSetup();
+    const auto screens = setup.effectiveScreens();
+    ASSERT_EQ(screens.size(), 7u);
+    const auto& feeds = setup.feeds;
+    EXPECT_EQ(ids(screens), (Ids{"HDMI-1", "DP-2", "test-window", "DP-3", feeds[0].id.text(),
+                                 feeds[1].id.text(), feeds[2].id.text()}));
+
+    EXPECT_EQ(screens[0].name, "Audience 1");
+    EXPECT_EQ(screens[0].layers, everyLayer);
+    EXPECT_EQ(screens[0].lyricLines, 1);
+    EXPECT_EQ(screens[1].name, "Audience 2");
+    EXPECT_EQ(screens[1].destination, ScreenDestination(destination::Display{"DP-2"}));
+    EXPECT_EQ(screens[1].layers, (std::vector{L::background, L::slides}));
+    EXPECT_EQ(screens[1].lyricLines, 8);
+
+    EXPECT_EQ(screens[2].name, "Audience test window");
+    EXPECT_EQ(screens[2].role, ScreenRole::audience);
+    EXPECT_EQ(screens[2].destination, ScreenDestination(destination::Display{"test-window"}));
+    EXPECT_EQ(screens[2].lyricLines, std::nullopt);
+
+    EXPECT_EQ(screens[3].name, "Stage");
+    EXPECT_EQ(screens[3].role, ScreenRole::stage);
+    EXPECT_EQ(screens[3].layers, everyLayer);
+
+    EXPECT_EQ(screens[4].name, "Stream");
+    EXPECT_EQ(screens[4].role, ScreenRole::stream);
+    EXPECT_EQ(screens[4].destination, ScreenDestination(destination::Ndi{feeds[0].id}));
+    EXPECT_EQ(screens[4].lyricLines, 2);
+    EXPECT_EQ(screens[5].role, ScreenRole::stage);
+    EXPECT_EQ(screens[6].role, ScreenRole::stream);
+
+    // Visual cues address every screen but the Stage ones.
+    EXPECT_EQ(setup.visualDestinations(),
+              (Ids{"HDMI-1", "DP-2", "test-window", feeds[0].id.text(), feeds[2].id.text()}));
+}
+
+TEST(OutputScreens, MigratingAnOldSetupChangesNothingReadersSee) {
+    const OutputSetup before = oldSetup();
+    OutputSetup after = before;
+    ASSERT_TRUE(after.materializeScreens());
+    EXPECT_TRUE(after.usesLogicalScreens);
+    EXPECT_EQ(after.screens, before.effectiveScreens());
+    EXPECT_EQ(after.effectiveScreens(), before.effectiveScreens());
+    EXPECT_EQ(after.effectiveFeeds(), before.effectiveFeeds());
+    EXPECT_EQ(after.visualDestinations(), before.visualDestinations());
+    EXPECT_EQ(after.lyricLineLimits(), before.lyricLineLimits());
+    // The old fields are kept for an older release reading the file.
+    EXPECT_EQ(after.audienceDisplayIDs, before.audienceDisplayIDs);
+    EXPECT_EQ(after.confidenceDisplayID, before.confidenceDisplayID);
+
+    // It runs once: a second call leaves later edits of the screens alone.
+    after.screens.pop_back();
+    const OutputSetup edited = after;
+    EXPECT_FALSE(after.materializeScreens());
+    EXPECT_EQ(after, edited);
+}
+
+TEST(OutputScreens, MigrationPointsScreenSourcesAtTheScreenOfTheirDisplay) {
+    OutputSetup setup;
+    setup.audienceDisplayIDs = {"HDMI-1"};
+    setup.confidenceDisplayID = "DP-3";
+    setup.feeds = {feed("Program", feedSource::Screen{"HDMI-1"}),
+                   feed("Confidence", feedSource::Screen{"DP-3"}),
+                   feed("Gone", feedSource::Screen{"DP-9"})};
+    ASSERT_TRUE(setup.materializeScreens());
+    for (std::size_t i = 0; i < 2; ++i) {
+        const std::string id = std::get<feedSource::Screen>(setup.feeds[i].source).id;
+        const auto named = std::find_if(setup.screens.begin(), setup.screens.end(),
+                                        [&](const auto& s) { return s.id == id; });
+        ASSERT_NE(named, setup.screens.end()) << setup.feeds[i].name;
+        EXPECT_EQ(named->destination,
+                  ScreenDestination(destination::Display{i == 0 ? "HDMI-1" : "DP-3"}));
+    }
+    // A display that has no screen leaves the source as it was.
+    EXPECT_EQ(setup.feeds[2].source, NetworkFeedSource(feedSource::Screen{"DP-9"}));
+}
+
+TEST(OutputFeeds, OnlyFeedsAScreenNamesAreSentInScreenOrder) {
+    OutputSetup setup;
+    setup.feeds = {feed("Unused"), feed("Second"), feed("First")};
+    // Without logical screens every feed is sent.
+    EXPECT_EQ(setup.effectiveFeeds(), setup.feeds);
+
+    setup.usesLogicalScreens = true;
+    setup.screens = {screen("a", destination::Ndi{setup.feeds[2].id}, ScreenRole::stream),
+                     screen("main", destination::Display{"HDMI-1"}),
+                     screen("b", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream),
+                     screen("again", destination::Ndi{setup.feeds[2].id}, ScreenRole::stream),
+                     screen("lost", destination::Ndi{Uuid::random()}, ScreenRole::stream)};
+    const auto sent = setup.effectiveFeeds();
+    ASSERT_EQ(sent.size(), 2u);
+    EXPECT_EQ(sent[0].name, "First");
+    EXPECT_EQ(sent[1].name, "Second");
+    EXPECT_EQ(setup.feeds.size(), 3u); // not sent is not deleted
+}
+
+TEST(OutputLooks, ScreensResolveTheirLookOrTheirOwnSettings) {
+    OutputSetup setup;
+    setup.usesLogicalScreens = true;
+    const OutputLook lyricsOnly{Uuid::random(), "Lyrics", {L::slides}, 2};
+    setup.looks = {lyricsOnly};
+    LogicalScreen withLook = screen("main", destination::Display{"HDMI-1"});
+    withLook.lookID = lyricsOnly.id;
+    LogicalScreen own = screen("side", destination::Display{"HDMI-2"}, ScreenRole::audience, 4);
+    own.layers = {L::background, L::messages};
+    LogicalScreen stale = own;
+    stale.lookID = Uuid::random();
+    setup.screens = {withLook, own};
+
+    EXPECT_EQ(setup.resolvedLook(withLook), lyricsOnly);
+    const OutputLook custom = setup.resolvedLook(own);
+    EXPECT_EQ(custom.id.text(), "00000000-0000-0000-0000-000000000000");
+    EXPECT_EQ(custom.name, "Custom");
+    EXPECT_EQ(custom.layers, own.layers);
+    EXPECT_EQ(custom.lyricLines, 4);
+    EXPECT_EQ(setup.resolvedLook(stale), custom);
+
+    EXPECT_FALSE(setup.removeLook(Uuid::random()));
+    ASSERT_TRUE(setup.removeLook(lyricsOnly.id));
+    EXPECT_TRUE(setup.looks.empty());
+    const LogicalScreen& now = setup.screens[0];
+    EXPECT_FALSE(now.lookID);
+    EXPECT_EQ(now.layers, std::vector{L::slides});
+    EXPECT_EQ(now.lyricLines, 2);
+    EXPECT_EQ(setup.screens[1], own); // untouched
+}
+
+TEST(OutputLayers, OldFormLayersAreStoredInLayerOrder) {
+    OutputSetup setup;
+    setup.audienceDisplayIDs = {"HDMI-1"};
+    setup.setLayers({L::messages, L::background, L::slides, L::background}, "HDMI-1");
+    const std::vector expected{L::background, L::slides, L::messages};
+    EXPECT_EQ(setup.screenLayers.at("HDMI-1"), expected);
+    EXPECT_EQ(setup.effectiveScreens()[0].layers, expected);
+}
+
+TEST(OutputLyricLimits, StrictestLimitOfOnePictureAppliesToAllItsScreens) {
+    OutputSetup setup;
+    setup.usesLogicalScreens = true;
+    const OutputLook twoLines{Uuid::random(), "Two lines", {L::slides}, 2};
+    setup.looks = {twoLines};
+    setup.feeds = {feed("Mirror of main", feedSource::Screen{"main"}),
+                   feed("Own stream", feedSource::Audience{}),
+                   feed("Mirror of side", feedSource::Screen{"side"})};
+    LogicalScreen side = screen("side", destination::Display{"HDMI-2"});
+    side.lookID = twoLines.id;
+    setup.screens = {
+        screen("main", destination::Display{"HDMI-1"}, ScreenRole::audience, 6),
+        screen("main again", destination::Display{"HDMI-1"}, ScreenRole::audience, 3),
+        side,
+        screen("mirror", destination::Ndi{setup.feeds[0].id}, ScreenRole::stream),
+        screen("own", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream, 99),
+        screen("free", destination::Display{"HDMI-3"}),
+        screen("speaker", destination::Display{"DP-1"}, ScreenRole::stage, 1),
+        screen("spare", destination::Placeholder{}, ScreenRole::audience, 1),
+        screen("mirror side", destination::Ndi{setup.feeds[2].id}, ScreenRole::stream, 5),
+    };
+    const std::map<std::string, int> expected = {
+        {"main", 3}, {"main again", 3}, {"mirror", 3}, {"own", 8}, {"side", 2}, {"mirror side", 2}};
+    EXPECT_EQ(setup.lyricLineLimits(), expected);
+
+    // Feeds that mirror each other in a loop still share one picture.
+    setup.feeds = {feed("A", feedSource::Screen{"b"}), feed("B", feedSource::Screen{"a"})};
+    setup.screens = {screen("a", destination::Ndi{setup.feeds[0].id}, ScreenRole::stream, 4),
+                     screen("b", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream, 6)};
+    EXPECT_EQ(setup.lyricLineLimits(), (std::map<std::string, int>{{"a", 4}, {"b", 4}}));
+}
+
+TEST(OutputLyricLimits, OldFormLimitsComeFromDisplaysAndFeeds) {
+    const OutputSetup setup = oldSetup();
+    const auto limits = setup.lyricLineLimits();
+    const std::string stream = setup.feeds[0].id.text();
+    EXPECT_EQ(limits.size(), 4u);
+    EXPECT_EQ(limits.at("HDMI-1"), 1);
+    EXPECT_EQ(limits.at("DP-2"), 8);
+    EXPECT_EQ(limits.at(stream), 2);
+    EXPECT_FALSE(limits.contains("test-window"));
+    // The feed mirroring DP-2 shows its picture and so its limit.
+    EXPECT_EQ(limits.at(setup.feeds[2].id.text()), 8);
+}
+
+TEST(NetworkFeedFormat, PictureSizeAndRateLimits) {
+    NetworkFeed sized = feed("Stream");
+    sized.width = 1281;
+    sized.height = 720;
+    EXPECT_FALSE(sized.hasValidFormat());
+    sized.width = 1280;
+    sized.height = 721;
+    EXPECT_TRUE(sized.hasValidFormat());
+    sized.height = 8194;
+    EXPECT_FALSE(sized.hasValidFormat());
+
+    NetworkFeed rated = feed("Stream");
+    rated.frameRate = {30000, 1001};
+    EXPECT_TRUE(rated.hasValidFormat());
+    EXPECT_EQ(rated.framesPerSecond(), 30);
+    EXPECT_EQ(rated.frameRate.name(), "29.970");
+    rated.frameRate = {1, 2};
+    EXPECT_FALSE(rated.frameRate.isValid());
+    EXPECT_FALSE(rated.hasValidFormat());
+    EXPECT_EQ(rated.framesPerSecond(), 30);
+    rated.frameRate = {121, 1};
+    EXPECT_FALSE(rated.hasValidFormat());
+}
+
+} // namespace
+} // namespace velarion

@@ -1,0 +1,47 @@
+// Screen presets: which layer sets they stand for, and the words that
+// describe a preset or a custom set.
+
+#include "LiveModel/ScreenPreset.h"
+
+#include <gtest/gtest.h>
+
+namespace velarion {
+namespace {
+
+using L = LayerKind;
+
+TEST(ScreenPreset, RecognisesEachPresetWhateverTheOrder) {
+    EXPECT_EQ(screenPreset::fromLayers(
+                  {L::messages, L::holding, L::graphics, L::slides, L::media, L::background}),
+              ScreenPreset::everything);
+    EXPECT_EQ(screenPreset::fromLayers({L::holding, L::slides, L::media, L::background}),
+              ScreenPreset::clean);
+    EXPECT_EQ(screenPreset::fromLayers({L::messages, L::graphics, L::messages}),
+              ScreenPreset::overlay);
+    EXPECT_EQ(screenPreset::fromLayers({L::media, L::holding, L::background}),
+              ScreenPreset::backdrop);
+    for (std::size_t i = 0; i < enumCount<ScreenPreset>(); ++i) {
+        const auto preset = static_cast<ScreenPreset>(i);
+        EXPECT_EQ(screenPreset::fromLayers(screenPreset::layers(preset)), preset);
+    }
+    EXPECT_EQ(screenPreset::fromLayers({L::slides}), std::nullopt);
+    EXPECT_EQ(screenPreset::fromLayers({L::background, L::media, L::slides}), std::nullopt);
+    EXPECT_EQ(screenPreset::fromLayers({}), std::nullopt);
+}
+
+TEST(ScreenPreset, WordsForPresetsAndCustomSets) {
+    EXPECT_EQ(displayName(ScreenPreset::everything), "Everything");
+    EXPECT_EQ(displayName(ScreenPreset::clean), "Everything but lower thirds");
+    EXPECT_EQ(displayName(ScreenPreset::overlay), "Lower thirds and messages only");
+    EXPECT_EQ(displayName(ScreenPreset::backdrop), "Background and video only");
+    EXPECT_EQ(parseEnum<ScreenPreset>("backdrop"), ScreenPreset::backdrop);
+
+    EXPECT_EQ(screenPreset::summary({L::graphics, L::messages}), "Lower thirds and messages only");
+    EXPECT_EQ(screenPreset::summary({L::messages, L::media, L::graphics}),
+              "Video and pictures, Lower thirds and timers, Messages to the audience");
+    EXPECT_EQ(screenPreset::summary({L::holding, L::background, L::slides}),
+              "Background, Slides, Safe slide");
+}
+
+} // namespace
+} // namespace velarion

@@ -1,0 +1,157 @@
+// Slide templates: the geometry and words of their boxes, the fixed boxes of
+// older layouts, and the clamp that keeps a box on its slide.
+
+#include "LiveModel/SlideTemplate.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <set>
+
+namespace velarion {
+namespace {
+
+struct ExpectedBox {
+    double x, y, width, height, size;
+    bool bold;
+    TextAlign align;
+    bool bullets;
+};
+
+void expectGeometry(SlideTemplate slideTemplate, const std::vector<ExpectedBox>& expected) {
+    SCOPED_TRACE(std::string(toString(slideTemplate)));
+    const auto boxes = slideTemplate::boxes(slideTemplate, "", "");
+    ASSERT_EQ(boxes.size(), expected.size());
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        const TextBox& box = boxes[i];
+        const ExpectedBox& want = expected[i];
+        EXPECT_DOUBLE_EQ(box.x, want.x) << "box " << i;
+        EXPECT_DOUBLE_EQ(box.y, want.y) << "box " << i;
+        EXPECT_DOUBLE_EQ(box.width, want.width) << "box " << i;
+        EXPECT_DOUBLE_EQ(box.height, want.height) << "box " << i;
+        EXPECT_DOUBLE_EQ(box.size, want.size) << "box " << i;
+        EXPECT_EQ(box.bold, want.bold) << "box " << i;
+        EXPECT_EQ(box.align, want.align) << "box " << i;
+        EXPECT_EQ(box.bullets, want.bullets) << "box " << i;
+        EXPECT_FALSE(box.font.has_value());
+        EXPECT_FALSE(box.color.has_value());
+    }
+}
+
+TEST(SlideTemplate, BoxesHaveTheTemplatesGeometry) {
+    using A = TextAlign;
+    expectGeometry(SlideTemplate::title, {{0.078, 0.33, 0.844, 0.24, 124, true, A::center, false},
+                                          {0.078, 0.57, 0.844, 0.1, 52, false, A::center, false}});
+    expectGeometry(SlideTemplate::titleAndText,
+                   {{0.078, 0.08, 0.844, 0.16, 96, true, A::left, false},
+                    {0.078, 0.31, 0.844, 0.6, 56, false, A::left, true}});
+    expectGeometry(SlideTemplate::statement,
+                   {{0.078, 0.15, 0.844, 0.7, 150, true, A::center, false}});
+    expectGeometry(SlideTemplate::speakerIntro,
+                   {{0.078, 0.56, 0.844, 0.14, 110, true, A::left, false},
+                    {0.078, 0.7, 0.844, 0.08, 52, false, A::left, false}});
+    expectGeometry(SlideTemplate::agenda, {{0.078, 0.08, 0.844, 0.16, 96, true, A::left, false},
+                                           {0.078, 0.3, 0.844, 0.62, 60, false, A::left, true}});
+    expectGeometry(SlideTemplate::quote, {{0.12, 0.2, 0.76, 0.45, 88, false, A::center, false},
+                                          {0.12, 0.68, 0.76, 0.08, 48, false, A::center, false}});
+    expectGeometry(SlideTemplate::thankYou,
+                   {{0.078, 0.3, 0.844, 0.22, 150, true, A::center, false},
+                    {0.078, 0.54, 0.844, 0.1, 56, false, A::center, false}});
+    expectGeometry(SlideTemplate::solid, {});
+}
+
+std::vector<std::string> texts(const std::vector<TextBox>& boxes) {
+    std::vector<std::string> result;
+    for (const TextBox& box : boxes)
+        result.push_back(box.text);
+    return result;
+}
+
+TEST(SlideTemplate, EmptyArgumentsTakeTheDefaultWords) {
+    using V = std::vector<std::string>;
+    using slideTemplate::boxes;
+    EXPECT_EQ(texts(boxes(SlideTemplate::title, "", "")), (V{"Title", ""}));
+    EXPECT_EQ(texts(boxes(SlideTemplate::agenda, "", "")),
+              (V{"Agenda", "Welcome\nKeynote\nPanel\nClosing"}));
+    EXPECT_EQ(texts(boxes(SlideTemplate::quote, "", "")),
+              (V{"\u201CA line worth remembering.\u201D", ""}));
+    EXPECT_EQ(texts(boxes(SlideTemplate::thankYou, "", "")), (V{"Thank you", "to our sponsors"}));
+    const auto intro = texts(boxes(SlideTemplate::speakerIntro, "", ""));
+    EXPECT_FALSE(intro[0].empty());
+    EXPECT_FALSE(intro[1].empty());
+
+    // Given words replace the defaults one argument at a time; a statement's
+    // one box shows the text.
+    EXPECT_EQ(texts(boxes(SlideTemplate::thankYou, "", "See you next week")),
+              (V{"Thank you", "See you next week"}));
+    EXPECT_EQ(texts(boxes(SlideTemplate::titleAndText, "Points", "One\nTwo")),
+              (V{"Points", "One\nTwo"}));
+    EXPECT_EQ(texts(boxes(SlideTemplate::statement, "", "Questions?")), (V{"Questions?"}));
+
+    const auto first = boxes(SlideTemplate::title, "", ""),
+               second = boxes(SlideTemplate::title, "", "");
+    EXPECT_EQ(std::set<Uuid>({first[0].id, first[1].id, second[0].id, second[1].id}).size(), 4u);
+}
+
+MadeSlide olderSlide(MadeSlide::Layout layout, std::string title, std::string text) {
+    MadeSlide slide;
+    slide.id = Uuid::random();
+    slide.layout = layout;
+    slide.title = std::move(title);
+    slide.text = std::move(text);
+    return slide;
+}
+
+TEST(MadeSlideBoxes, ASlideWithoutBoxesDrawsItsLayoutsFixedBoxes) {
+    const MadeSlide slide = olderSlide(MadeSlide::Layout::titleAndText, "Welcome", "");
+    const auto boxes = slide.effectiveBoxes();
+    ASSERT_EQ(boxes.size(), 2u);
+    EXPECT_DOUBLE_EQ(boxes[1].y, 0.31);
+    EXPECT_TRUE(boxes[1].bullets);
+    // The stored words, not a template's placeholder: an empty text stays empty.
+    EXPECT_EQ(texts(boxes), (std::vector<std::string>{"Welcome", ""}));
+    // A query gives the same answer each time, ids included.
+    EXPECT_EQ(slide.effectiveBoxes(), boxes);
+    EXPECT_NE(boxes[0].id, boxes[1].id);
+    EXPECT_TRUE(olderSlide(MadeSlide::Layout::solid, "x", "y").effectiveBoxes().empty());
+
+    MadeSlide withBoxes = slide;
+    withBoxes.boxes = std::vector<TextBox>{};
+    EXPECT_TRUE(withBoxes.effectiveBoxes().empty());
+}
+
+TEST(TextBoxClamp, KeepsEveryBoxOnTheSlide) {
+    TextBox box;
+    box.x = 0.9;
+    box.width = 0.5;
+    box.size = 4;
+    EXPECT_DOUBLE_EQ(box.clamped().x, 0.5);
+    EXPECT_DOUBLE_EQ(box.clamped().size, 8);
+    box.size = 1000;
+    EXPECT_DOUBLE_EQ(box.clamped().size, 400);
+
+    // Size first, then position against the clamped size.
+    box.width = 0.001;
+    box.height = 3;
+    box.x = -2;
+    box.y = 0.5;
+    const TextBox clamped = box.clamped();
+    EXPECT_DOUBLE_EQ(clamped.width, 0.05);
+    EXPECT_DOUBLE_EQ(clamped.height, 1);
+    EXPECT_DOUBLE_EQ(clamped.x, 0);
+    EXPECT_DOUBLE_EQ(clamped.y, 0);
+
+    // A damaged value can't take a box off the slide either.
+    box.x = std::nan("");
+    box.width = std::nan("");
+    box.y = std::numeric_limits<double>::infinity();
+    box.height = 0.2;
+    const TextBox repaired = box.clamped();
+    EXPECT_DOUBLE_EQ(repaired.width, 0.05);
+    EXPECT_DOUBLE_EQ(repaired.x, 0);
+    EXPECT_DOUBLE_EQ(repaired.y, 0.8);
+}
+
+} // namespace
+} // namespace velarion
