@@ -12,13 +12,20 @@
 
 namespace velarion {
 
-constexpr char asciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-constexpr char asciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
-constexpr bool isAsciiDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr char asciiLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+constexpr char asciiUpper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+}
+constexpr bool isAsciiDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 inline std::string asciiLowercased(std::string_view text) {
     std::string lowered(text);
-    for (char& c : lowered) c = asciiLower(c);
+    for (char& c : lowered)
+        c = asciiLower(c);
     return lowered;
 }
 

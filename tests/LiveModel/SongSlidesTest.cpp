@@ -1,0 +1,135 @@
+// How lyrics divide into slides, and the slides a song draws: notes, credits,
+// looks and the sources a redraw relies on.
+
+#include "SongLayouts.h"
+
+#include <gtest/gtest.h>
+
+namespace velarion {
+namespace {
+
+using namespace songTesting;
+using Texts = std::vector<std::string>;
+
+std::vector<std::string> numberedLines(int count) {
+    std::vector<std::string> lines;
+    for (int i = 1; i <= count; ++i)
+        lines.push_back(std::to_string(i));
+    return lines;
+}
+
+std::string sizesOf(const std::vector<std::vector<std::string>>& parts) {
+    std::string sizes;
+    for (const auto& part : parts)
+        sizes += std::to_string(part.size());
+    return sizes;
+}
+
+TEST(SongSlides, PartsAreTheFewestAndEvenlyFilled) {
+    EXPECT_EQ(sizesOf(Song::parts(numberedLines(5), 4)), "32");
+    EXPECT_EQ(sizesOf(Song::parts(numberedLines(8), 4)), "44");
+    EXPECT_EQ(sizesOf(Song::parts(numberedLines(9), 4)), "333");
+    EXPECT_EQ(sizesOf(Song::parts(numberedLines(10), 4)), "442");
+    EXPECT_EQ(sizesOf(Song::parts(numberedLines(3), 8)), "3");
+    EXPECT_EQ(sizesOf(Song::parts(numberedLines(3), 0)), "111");
+    EXPECT_TRUE(Song::parts({}, 4).empty());
+    EXPECT_EQ(Song::parts(numberedLines(5), 4)[1], (Texts{"4", "5"}));
+}
+
+TEST(SongSlides, ASectionBreaksAtBlankLinesThenDividesEachParagraph) {
+    const SongSection section{Uuid::random(), "Verse 1", "a\nb\nc\nd\ne\n\n\n\nf\n\ng\nh"};
+    EXPECT_EQ(section.slides(4), (Texts{"a\nb\nc", "d\ne", "f", "g\nh"}));
+    EXPECT_EQ(section.slides(20), (Texts{"a\nb\nc\nd\ne", "f", "g\nh"}));
+    EXPECT_EQ(section.slides(-3).size(), 8u);
+    EXPECT_TRUE((SongSection{Uuid::random(), "Empty", "\n\n"}).slides(2).empty());
+}
+
+TEST(SongSlides, MadeSlidesFollowTheSungOrderWithNotesAndSources) {
+    const Song song = parsed(bracketSong, 1);
+    const std::vector<MadeSlide> slides = song.madeSlides();
+    // Six sung parts of two lines each, one line a slide.
+    ASSERT_EQ(slides.size(), 12u);
+    EXPECT_EQ(slides[0].notes, "");
+    EXPECT_EQ(slides[1].notes, "Next: Chorus");
+    EXPECT_EQ(slides[5].notes, "Next: Chorus");
+    EXPECT_EQ(slides[7].notes, "Next: Bridge");
+    EXPECT_EQ(slides[11].notes, "End of song");
+
+    const MadeSlide& secondChorus = slides[7];
+    EXPECT_EQ(secondChorus.sectionName, "Chorus");
+    EXPECT_EQ(secondChorus.boxes->at(0).text, "We are coming home again");
+    ASSERT_TRUE(secondChorus.lyricSource.has_value());
+    const LyricSlideSource& source = *secondChorus.lyricSource;
+    EXPECT_EQ(source.id, secondChorus.id);
+    EXPECT_EQ(source.sectionID, song.sections[1].id);
+    EXPECT_EQ(source.occurrence, 1);
+    EXPECT_EQ(source.page, 1);
+    for (const MadeSlide& slide : slides) {
+        EXPECT_EQ(slide.layout, MadeSlide::Layout::title);
+        EXPECT_TRUE(slide.title.empty() && slide.text.empty());
+        const LyricSlideBaseline& baseline = slide.lyricSource->baseline;
+        EXPECT_EQ(baseline, (LyricSlideBaseline{slide.color, slide.isClear.value_or(false),
+                                                slide.notes, slide.sectionName, *slide.boxes}));
+    }
+}
+
+TEST(SongSlides, CreditsStandOnTheFirstSlideOnly) {
+    Song song = parsed(bracketSong);
+    std::vector<MadeSlide> slides = song.madeSlides();
+    ASSERT_EQ(slides[0].boxes->size(), 2u);
+    const TextBox& credits = slides[0].boxes->at(1);
+    TextBox expected = creditsBox(song.look, "Harbour Lights · Dana Reyes");
+    expected.id = credits.id;
+    EXPECT_EQ(credits, expected);
+    EXPECT_EQ(slides[1].boxes->size(), 1u);
+
+    song.showsCredits = false;
+    EXPECT_EQ(song.madeSlides()[0].boxes->size(), 1u);
+    // Nothing to credit: no credits box either.
+    EXPECT_EQ(parsed(numberedHymn).madeSlides()[0].boxes->size(), 1u);
+}
+
+TEST(SongSlides, EachLookPlacesItsBoxes) {
+    // The lower third holds both boxes low on the slide; the other looks
+    // share the full-slide places.
+    const auto place = [](const TextBox& box) {
+        return std::make_tuple(box.x, box.y, box.width, box.height, box.size, box.bold, box.color);
+    };
+    EXPECT_EQ(place(lyricBox(LyricLook::lowerThird, "")),
+              std::make_tuple(0.06, 0.7, 0.88, 0.24, 60.0, true, std::optional<int>(0xFFFFFF)));
+    EXPECT_EQ(place(creditsBox(LyricLook::lowerThird, "")),
+              std::make_tuple(0.06, 0.64, 0.88, 0.05, 24.0, false, std::optional<int>(0xD8D8D8)));
+    const auto fullSlideLyrics =
+        std::make_tuple(0.06, 0.14, 0.88, 0.72, 84.0, true, std::optional<int>(0xFFFFFF));
+    EXPECT_EQ(place(lyricBox(LyricLook::overBackground, "")), fullSlideLyrics);
+    EXPECT_EQ(place(lyricBox(LyricLook::onBlack, "")), fullSlideLyrics);
+    const auto fullSlideCredits =
+        std::make_tuple(0.06, 0.9, 0.88, 0.06, 26.0, false, std::optional<int>(0xD8D8D8));
+    EXPECT_EQ(place(creditsBox(LyricLook::overBackground, "")), fullSlideCredits);
+    EXPECT_EQ(place(creditsBox(LyricLook::onBlack, "")), fullSlideCredits);
+    EXPECT_EQ(lyricBox(LyricLook::onBlack, "Words").text, "Words");
+    // Clear over whatever plays behind, but not on black.
+    EXPECT_EQ(parsed("Words", 2, LyricLook::lowerThird).slide("Words").isClear, true);
+    EXPECT_FALSE(parsed("Words", 2, LyricLook::onBlack).slide("Words").isClear.has_value());
+}
+
+TEST(SongSlides, LyricLinesReadTheLyricBoxAsItStands) {
+    const Song song = parsed(numberedHymn, 4);
+    std::vector<MadeSlide> slides = song.madeSlides();
+    MadeSlide& slide = slides[1];
+    EXPECT_EQ(song.lyricLines(slide).size(), 4u);
+    EXPECT_EQ(song.lyricLines(slide).front(), "2. 'Twas grace that taught my heart to fear,");
+
+    slide.boxes->front().text = "Fixed line\n\nAnother";
+    EXPECT_EQ(song.lyricLines(slide), (Texts{"Fixed line", "Another"}));
+    // An older slide without boxes reads what the song gives its place.
+    slide.boxes.reset();
+    EXPECT_EQ(song.lyricLines(slide).back(), "The hour I first believed.");
+    // No lyric box, or not a lyric slide: nothing to cut.
+    slides[2].boxes->clear();
+    EXPECT_TRUE(song.lyricLines(slides[2]).empty());
+    EXPECT_TRUE(song.lyricLines(MadeSlide{}).empty());
+}
+
+} // namespace
+} // namespace velarion
