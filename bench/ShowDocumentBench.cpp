@@ -54,7 +54,7 @@ void decodeBenchmark(benchmark::State& state) {
     const std::string& text = largeShowText();
     for (auto _ : state) {
         Show show = decodeShow(text);
-        benchmark::DoNotOptimize(show.sections.data());
+        benchmark::DoNotOptimize(show.sections.sharedItems().data());
     }
     state.counters["jsonBytes"] = jsonBytes();
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
@@ -73,7 +73,7 @@ void openBenchmark(benchmark::State& state) {
         Show show = saved.package.open();
         loadedBytes = allocation::liveBytes() - before;
         peakBytes = allocation::peakBytes() - before;
-        benchmark::DoNotOptimize(show.sections.data());
+        benchmark::DoNotOptimize(show.sections.sharedItems().data());
     }
     state.counters["jsonBytes"] = jsonBytes();
     state.counters["loadedBytes"] = static_cast<double>(loadedBytes);
@@ -99,7 +99,7 @@ void copyBenchmark(benchmark::State& state) {
         const std::int64_t before = allocation::liveBytes();
         Show copy = show;
         copyBytes = allocation::liveBytes() - before;
-        benchmark::DoNotOptimize(copy.sections.data());
+        benchmark::DoNotOptimize(copy.sections.sharedItems().data());
     }
     state.counters["copyBytes"] = static_cast<double>(copyBytes);
 }

@@ -272,6 +272,13 @@ std::vector<Section> makeSections(const BenchmarkShowShape& shape, CueContext& c
 std::vector<CueGroup> makeGroups(const BenchmarkShowShape& shape, std::vector<Section>& sections,
                                  SeededRandom& random) {
     std::vector<CueGroup> groups;
+    // A group ending a section must not leave the next section's first cue
+    // starting With Previous outside it; sections here start by themselves.
+    for (Section& section : sections) {
+        if (!section.cues.empty() && section.cues[0].follow == Follow::withPrevious) {
+            section.cues.edit(0).follow = Follow::manual;
+        }
+    }
     const int count = std::min(shape.cueGroupCount, shape.sectionCount);
     for (int g = 0; g < count; ++g) {
         Section& section = sections[static_cast<std::size_t>(g * shape.sectionCount / count)];
@@ -280,11 +287,17 @@ std::vector<CueGroup> makeGroups(const BenchmarkShowShape& shape, std::vector<Se
         group.id = random.uuid();
         group.name = titleText(random, 1, 3);
         group.repeats = random.chance(0.3);
-        const std::size_t length = std::min(section.cues.size(), std::size_t{2} + random.below(5));
-        const std::size_t first = random.below(section.cues.size() - length + 1);
+        std::size_t length = std::min(section.cues.size(), std::size_t{2} + random.below(5));
+        std::size_t first = random.below(section.cues.size() - length + 1);
+        // A group never cuts a With Previous bundle: widen it to whole bundles,
+        // and let a section's first cue start by itself.
+        auto follows = [&](std::size_t i) { return section.cues[i].follow == Follow::withPrevious; };
+        while (first > 0 && follows(first)) --first, ++length;
+        while (first + length < section.cues.size() && follows(first + length)) ++length;
+        if (first == 0 && follows(0)) section.cues.edit(0).follow = Follow::manual;
         for (std::size_t i = first; i < first + length; ++i) {
             group.cueIDs.push_back(section.cues[i].id);
-            if (random.chance(0.5)) section.cues[i].groupDuration = random.amount(2, 30, 0.5);
+            if (random.chance(0.5)) section.cues.edit(i).groupDuration = random.amount(2, 30, 0.5);
         }
         groups.push_back(std::move(group));
     }
@@ -411,7 +424,7 @@ Show makeBenchmarkShow(const BenchmarkShowShape& shape) {
     show.title = "Sunday Service – Pentecost / Pfingstgottesdienst";
     show.subtitle = "Main auditorium, 10:00 · ☀";
     for (Section& section : sections) show.sections.emplace_back(std::move(section));
-    show.library = std::move(library.items);
+    show.library.items() = std::move(library.items);
     show.outputs = std::move(outputs);
     show.audio.houseDeviceID = "alsa_output.pci-0000_00_1f.3.analog-stereo";
     show.audio.headphonesDeviceID = "alsa_output.usb-Focusrite_Scarlett_2i2-00.analog-stereo";

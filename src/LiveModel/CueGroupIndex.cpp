@@ -39,7 +39,7 @@ CueGroupIndex::CueGroupIndex(const Show& show, const CueGroup* extra) {
     all_ = show.allCues();
     std::size_t position = 0;
     for (std::size_t s = 0; s < show.sections.size(); ++s) {
-        const auto& cues = show.sections[s]->cues;
+        const auto& cues = show.sections[s].cues;
         for (std::size_t i = 0; i < cues.size(); ++i, ++position) {
             auto found = places_.find(cues[i].id);
             if (found != places_.end()) found->second.push_back({&cues[i], position, {s, i}});

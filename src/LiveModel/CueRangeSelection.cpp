@@ -14,7 +14,7 @@ void CueRangeSelection::select(const Uuid& id, bool extending, const Show& in) {
         cueIDs = {id};
         return;
     }
-    const auto& sectionCues = in.sections[location->section]->cues;
+    const auto& sectionCues = in.sections[location->section].cues;
     std::size_t lower = std::min(anchorLocation->index, location->index);
     std::size_t upper = std::max(anchorLocation->index, location->index);
     while (lower > 0 && sectionCues[lower].follow == Follow::withPrevious) --lower;

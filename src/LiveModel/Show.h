@@ -1,8 +1,8 @@
 #pragma once
 // The show document: the one persisted description of an event. A plain
-// value; every change makes a new one. Sections and library items sit behind
-// Shared<> so that copies (undo snapshots, the engine's copy) share whatever
-// they didn't change.
+// value; every change makes a new one. Sections, cues and library items sit in
+// SharedList<>s so that copies (undo snapshots, the engine's copy) share
+// whatever they didn't change.
 //
 // Thread: a Show may be read on any thread; it has no identity of its own.
 
@@ -10,7 +10,7 @@
 #include "LiveModel/CueGroup.h"
 #include "LiveModel/MediaItem.h"
 #include "LiveModel/OutputSetup.h"
-#include "LiveModel/Shared.h"
+#include "LiveModel/SharedList.h"
 #include "LiveModel/Uuid.h"
 
 #include <optional>
@@ -25,7 +25,7 @@ struct Section {
     std::string title;
     std::optional<int> plannedStart;   // minute of the day
     std::optional<int> plannedMinutes; // planned length
-    std::vector<Cue> cues;
+    SharedList<Cue> cues;
     friend bool operator==(const Section&, const Section&) = default;
 };
 
@@ -59,8 +59,8 @@ struct Show {
     Uuid id;
     std::string title;
     std::string subtitle;
-    std::vector<Shared<Section>> sections;
-    std::vector<Shared<MediaItem>> library;
+    SharedList<Section> sections;
+    SharedList<MediaItem> library;
     OutputSetup outputs;
     AudioSetup audio;
     HoldingScreen holding;

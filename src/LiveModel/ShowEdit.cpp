@@ -23,7 +23,7 @@ void fail(ShowEditErrorCase reason) {
 
 std::optional<std::size_t> sectionIndex(const Show& show, const Uuid& id) {
     for (std::size_t i = 0; i < show.sections.size(); ++i) {
-        if (show.sections[i]->id == id) return i;
+        if (show.sections[i].id == id) return i;
     }
     return std::nullopt;
 }
@@ -84,7 +84,10 @@ void checkGroups(Show& show) {
 // items, take back the original storage, so that equal parts are always
 // shared between snapshots and comparing them stays a pointer check.
 template <class T>
-void reshareUnchanged(std::vector<Shared<T>>& parts, const std::vector<Shared<T>>& original) {
+void reshareUnchanged(SharedList<T>& list, const SharedList<T>& from) {
+    if (list.sharesStorageWith(from)) return;
+    const auto& original = from.sharedItems();
+    auto& parts = list.items();
     for (std::size_t i = 0; i < parts.size(); ++i) {
         Shared<T>& part = parts[i];
         // Most parts are still shared, at their place or one step off after
@@ -101,13 +104,11 @@ void reshareUnchanged(std::vector<Shared<T>>& parts, const std::vector<Shared<T>
 }
 
 template <class Member> Outcome clearOnEveryCue(Show& show, Member member) {
-    for (auto& section : show.sections) {
-        const auto& cues = section->cues;
-        if (std::none_of(cues.begin(), cues.end(),
-                         [&](const Cue& cue) { return (cue.*member).has_value(); })) {
-            continue;
+    for (std::size_t s = 0; s < show.sections.size(); ++s) {
+        const auto& cues = show.sections[s].cues;
+        for (std::size_t c = 0; c < cues.size(); ++c) {
+            if ((cues[c].*member).has_value()) (show.sections.edit(s).cues.edit(c).*member).reset();
         }
-        for (Cue& cue : section.edit().cues) (cue.*member).reset();
     }
     return Outcome::reachedEnd;
 }
@@ -135,14 +136,14 @@ Outcome applyCase(const edit::RenameSection& edit, Show& show) {
     if (title.empty()) fail(editError::EmptyName{});
     const auto index = sectionIndex(show, edit.id);
     if (!index) fail(editError::SectionNotFound{});
-    show.sections[*index].edit().title = std::move(title);
+    show.sections.edit(*index).title = std::move(title);
     return Outcome::reachedEnd;
 }
 
 Outcome applyCase(const edit::SetSectionSchedule& edit, Show& show) {
     const auto index = sectionIndex(show, edit.id);
     if (!index) fail(editError::SectionNotFound{});
-    Section& section = show.sections[*index].edit();
+    Section& section = show.sections.edit(*index);
     section.plannedStart = edit.plannedStart;
     section.plannedMinutes = edit.plannedMinutes;
     return Outcome::reachedEnd;

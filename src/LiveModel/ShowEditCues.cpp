@@ -18,7 +18,7 @@ std::ptrdiff_t offset(std::size_t index) {
 
 std::optional<CueLocation> firstEnabledCue(const Show& show) {
     for (std::size_t s = 0; s < show.sections.size(); ++s) {
-        const auto& cues = show.sections[s]->cues;
+        const auto& cues = show.sections[s].cues;
         for (std::size_t i = 0; i < cues.size(); ++i) {
             if (cues[i].isEnabled) return CueLocation{s, i};
         }
@@ -31,8 +31,8 @@ std::optional<CueLocation> firstEnabledCue(const Show& show) {
 // written down as manual first.
 void freezeFirstEnabledCue(Show& show, const std::optional<CueLocation>& first) {
     if (!first) return;
-    if (show.sections[first->section]->cues[first->index].follow == Follow::manual) return;
-    show.sections[first->section].edit().cues[first->index].follow = Follow::manual;
+    if (show.sections[first->section].cues[first->index].follow == Follow::manual) return;
+    show.sections.edit(first->section).cues.edit(first->index).follow = Follow::manual;
 }
 
 bool comesBefore(const CueLocation& position, const CueLocation& cue) {
@@ -73,20 +73,20 @@ Outcome moveWholeMoment(Show& show, const Uuid& id, std::optional<Uuid> before,
             if (show.effectiveFollow(cue) == Follow::manual) cue.follow = Follow::manual;
         }
         const auto first = firstEnabledCue(show);
-        if (first && !movingIDs.contains(show.sections[first->section]->cues[first->index].id)) {
+        if (first && !movingIDs.contains(show.sections[first->section].cues[first->index].id)) {
             freezeFirstEnabledCue(show, first);
         }
     } else if (show.effectiveFollow(moving.front()) == Follow::manual) {
         moving.front().follow = Follow::manual;
     }
 
-    for (auto& section : show.sections) {
-        const auto& cues = section->cues;
+    for (std::size_t s = 0; s < show.sections.size(); ++s) {
+        const auto& cues = show.sections[s].cues;
         const bool holdsMoving = std::any_of(
             cues.begin(), cues.end(), [&](const Cue& cue) { return movingIDs.contains(cue.id); });
         if (!holdsMoving) continue;
-        std::erase_if(section.edit().cues,
-                      [&](const Cue& cue) { return movingIDs.contains(cue.id); });
+        erase_if(show.sections.edit(s).cues,
+                 [&](const Cue& cue) { return movingIDs.contains(cue.id); });
     }
 
     CueLocation target;
@@ -96,9 +96,9 @@ Outcome moveWholeMoment(Show& show, const Uuid& id, std::optional<Uuid> before,
         target = *location;
     } else {
         const std::size_t section = targetSection.value_or(show.sections.size() - 1);
-        target = {section, show.sections[section]->cues.size()};
+        target = {section, show.sections[section].cues.size()};
     }
-    auto& cues = show.sections[target.section].edit().cues;
+    auto& cues = show.sections.edit(target.section).cues;
     cues.insert(cues.begin() + offset(target.index), moving.begin(), moving.end());
     return Outcome::reachedEnd;
 }
@@ -109,7 +109,7 @@ Outcome applyCase(const edit::InsertCue& edit, Show& show) {
     ensureSection(show);
     if (edit.after) {
         if (const auto location = show.location(*edit.after)) {
-            auto& cues = show.sections[location->section].edit().cues;
+            auto& cues = show.sections.edit(location->section).cues;
             cues.insert(cues.begin() + offset(location->index + 1), edit.cue);
             return Outcome::reachedEnd;
         }
@@ -120,7 +120,7 @@ Outcome applyCase(const edit::InsertCue& edit, Show& show) {
         if (!index) fail(editError::SectionNotFound{});
         section = *index;
     }
-    show.sections[section].edit().cues.push_back(edit.cue);
+    show.sections.edit(section).cues.push_back(edit.cue);
     return Outcome::reachedEnd;
 }
 
@@ -137,16 +137,16 @@ Outcome applyCase(const edit::InsertCues& edit, Show& show) {
     } else if (edit.section) {
         const auto index = sectionIndex(show, *edit.section);
         if (!index) fail(editError::SectionNotFound{});
-        target = {*index, show.sections[*index]->cues.size()};
+        target = {*index, show.sections[*index].cues.size()};
     } else {
         ensureSection(show);
         const std::size_t last = show.sections.size() - 1;
-        target = {last, show.sections[last]->cues.size()};
+        target = {last, show.sections[last].cues.size()};
     }
     const auto first = firstEnabledCue(show);
     if (first && comesBefore(target, *first)) freezeFirstEnabledCue(show, first);
 
-    auto& cues = show.sections[target.section].edit().cues;
+    auto& cues = show.sections.edit(target.section).cues;
     cues.insert(cues.begin() + offset(target.index), edit.cues.begin(), edit.cues.end());
     return Outcome::reachedEnd;
 }
@@ -158,7 +158,7 @@ Outcome applyCase(const edit::UpdateCue& edit, Show& show) {
     if (duration && (!std::isfinite(*duration) || *duration <= 0)) {
         fail(editError::InvalidCueGroup{needsGroupDuration});
     }
-    show.sections[location->section].edit().cues[location->index] = edit.cue;
+    show.sections.edit(location->section).cues.set(location->index, edit.cue);
     return Outcome::reachedEnd;
 }
 
@@ -167,7 +167,7 @@ Outcome applyCase(const edit::DeleteCue& edit, Show& show) {
     // themselves as stopping a removed cue.
     const auto location = show.location(edit.id);
     if (!location) fail(editError::CueNotFound{});
-    auto& cues = show.sections[location->section].edit().cues;
+    auto& cues = show.sections.edit(location->section).cues;
     cues.erase(cues.begin() + offset(location->index));
     return Outcome::reachedEnd;
 }
@@ -177,10 +177,10 @@ Outcome applyCase(const edit::MoveCue& edit, Show& show) {
     if (!location) fail(editError::CueNotFound{});
     const auto section = sectionIndex(show, edit.section);
     if (!section) fail(editError::SectionNotFound{});
-    Cue cue = show.sections[location->section]->cues[location->index];
-    auto& source = show.sections[location->section].edit().cues;
+    Cue cue = show.sections[location->section].cues[location->index];
+    auto& source = show.sections.edit(location->section).cues;
     source.erase(source.begin() + offset(location->index));
-    auto& target = show.sections[*section].edit().cues;
+    auto& target = show.sections.edit(*section).cues;
     const std::size_t index = clampedIndex(edit.index, target.size());
     target.insert(target.begin() + offset(index), std::move(cue));
     return Outcome::reachedEnd;

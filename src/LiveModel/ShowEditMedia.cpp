@@ -24,10 +24,10 @@ Outcome applyCase(const edit::AddMedia& edit, Show& show) {
 Outcome applyCase(const edit::UpdateMedia& edit, Show& show) {
     const Uuid& id = edit.item.id;
     auto stored = std::find_if(show.library.begin(), show.library.end(),
-                               [&](const Shared<MediaItem>& item) { return item->id == id; });
+                               [&](const MediaItem& item) { return item.id == id; });
     if (stored == show.library.end()) fail(editError::MediaNotFound{});
-    const std::string oldName = (*stored)->name;
-    *stored = Shared<MediaItem>(edit.item);
+    const std::string oldName = stored->name;
+    show.library.set(static_cast<std::size_t>(stored - show.library.begin()), edit.item);
     if (oldName == edit.item.name) return Outcome::reachedEnd;
 
     // Cues still called after the media follow its new name; a cue the
@@ -35,11 +35,10 @@ Outcome applyCase(const edit::UpdateMedia& edit, Show& show) {
     auto followsName = [&](const Cue& cue) {
         return cue.name == oldName && cueKind::mediaID(cue.kind) == id;
     };
-    for (auto& section : show.sections) {
-        const auto& cues = section->cues;
-        if (std::none_of(cues.begin(), cues.end(), followsName)) continue;
-        for (Cue& cue : section.edit().cues) {
-            if (followsName(cue)) cue.name = edit.item.name;
+    for (std::size_t s = 0; s < show.sections.size(); ++s) {
+        const auto& cues = show.sections[s].cues;
+        for (std::size_t c = 0; c < cues.size(); ++c) {
+            if (followsName(cues[c])) show.sections.edit(s).cues.edit(c).name = edit.item.name;
         }
     }
     return Outcome::reachedEnd;
@@ -59,7 +58,7 @@ Outcome applyCase(const edit::RemoveMedia& edit, Show& show) {
     }
     if (!users.empty()) fail(editError::MediaInUse{std::move(users)});
 
-    std::erase_if(show.library, [&](const Shared<MediaItem>& item) { return item->id == id; });
+    erase_if(show.library, [&](const MediaItem& item) { return item.id == id; });
     // The safe slide is no user: it never stops a removal, it just lets go.
     if (show.holding.mediaID == id) show.holding.mediaID.reset();
     return Outcome::reachedEnd;

@@ -196,7 +196,7 @@ void ShowPackage::writeMedia(std::string_view bytes, std::string_view storedName
 TidyResult ShowPackage::tidy(const Show& show) const {
     TidyResult result{show, {}};
     Relocator relocate(*this);
-    for (Shared<MediaItem>& entry : result.show.library) {
+    for (Shared<MediaItem>& entry : result.show.library.items()) {
         const MediaItem& item = entry;
         if (item.deck) {
             const DeckInfo& deck = *item.deck;

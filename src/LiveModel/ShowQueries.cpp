@@ -54,7 +54,7 @@ const MediaItem* Show::media(const Uuid& id) const {
 
 std::optional<CueLocation> Show::location(const Uuid& cueID) const {
     for (std::size_t s = 0; s < sections.size(); ++s) {
-        const auto& cues = sections[s]->cues;
+        const auto& cues = sections[s].cues;
         for (std::size_t i = 0; i < cues.size(); ++i) {
             if (cues[i].id == cueID) return CueLocation{s, i};
         }
@@ -141,8 +141,8 @@ bool Show::groupCueHasEnd(const Cue& cue) const {
 
 bool Show::nameMachineNamedMedia() {
     bool changed = false;
-    for (auto& shared : library) {
-        const MediaItem& item = shared;
+    for (std::size_t i = 0; i < library.size(); ++i) {
+        const MediaItem& item = library[i];
         if (!MediaItem::isMachineName(item.name)) continue;
         std::string name(displayName(item.kind));
         for (const Section& section : sections) {
@@ -154,7 +154,7 @@ bool Show::nameMachineNamedMedia() {
                 break;
             }
         }
-        shared.edit().name = std::move(name);
+        library.edit(i).name = std::move(name);
         changed = true;
     }
     return changed;

@@ -37,11 +37,11 @@ TEST(CueDescription, PictureCues) {
     DeckInfo info;
     info.pages = {"Decks/Welcome/1.png"};
     deck.deck = info;
-    f.show.library.back() = deck;
+    f.show.library.set(f.show.library.size() - 1, deck);
     EXPECT_EQ(f.describe(SlidesCue{deck.id}), "Welcome · 1 slide");
     info.made = std::vector<MadeSlide>(3);
     deck.deck = info;
-    f.show.library.back() = deck;
+    f.show.library.set(f.show.library.size() - 1, deck);
     EXPECT_EQ(f.describe(SlidesCue{deck.id}), "Welcome · 3 slides");
     EXPECT_EQ(f.describe(SlidesCue{Uuid::random()}), "missing media");
 

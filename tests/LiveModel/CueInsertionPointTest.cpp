@@ -65,9 +65,9 @@ TEST(MomentInsertion, PointsSitAtTheEdgesOfMoments) {
     EXPECT_FALSE(insertionPoint(show, Uuid::random(), true));
 
     // The end of a section is behind its last moment, wherever that ends.
-    EXPECT_EQ(describe(show, insertionPoint(show, show.sections[0]->id)), "Two / E");
-    EXPECT_EQ(describe(show, insertionPoint(show, show.sections[1]->id)), "Two / end");
-    EXPECT_EQ(describe(show, insertionPoint(show, show.sections[2]->id)), "Empty / end");
+    EXPECT_EQ(describe(show, insertionPoint(show, show.sections[0].id)), "Two / E");
+    EXPECT_EQ(describe(show, insertionPoint(show, show.sections[1].id)), "Two / end");
+    EXPECT_EQ(describe(show, insertionPoint(show, show.sections[2].id)), "Empty / end");
     EXPECT_EQ(insertionPoint(show, std::nullopt), CueInsertionPoint{});
     EXPECT_FALSE(insertionPoint(show, std::optional<Uuid>(Uuid::random())));
 }

@@ -105,8 +105,8 @@ TEST(EditHistory, SnapshotsShareWhatTheEditDidNotChange) {
     b.notes = "Cue the band";
     const Show next = history.apply(edit::UpdateCue{b}, start);
     const Show& snapshot = history.undoStack().back();
-    EXPECT_TRUE(snapshot.sections[0].sharesStorageWith(next.sections[0]));
-    EXPECT_FALSE(snapshot.sections[1].sharesStorageWith(next.sections[1]));
+    EXPECT_TRUE(snapshot.sections.shared(0).sharesStorageWith(next.sections.shared(0)));
+    EXPECT_FALSE(snapshot.sections.shared(1).sharesStorageWith(next.sections.shared(1)));
     EXPECT_EQ(named(snapshot, "B").notes, "");
 }
 

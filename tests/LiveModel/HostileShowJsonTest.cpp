@@ -152,7 +152,7 @@ TEST(HostileShowJson, NumbersAtTheEdgesOfADoubleReadAsTheirNearestValue) {
     const auto preWait = [](std::string_view number) {
         const std::string text =
             withReplaced("\"preWait\": 0.0", "\"preWait\": " + std::string(number));
-        return decodeShow(text).sections.front()->cues.front().preWait;
+        return decodeShow(text).sections.front().cues.front().preWait;
     };
     // Zero with any exponent is zero; too small for a double rounds to zero.
     for (std::string_view zero :

@@ -29,12 +29,12 @@ Uuid RandomShowEdits::cueID(const Show& show) {
 
 Uuid RandomShowEdits::sectionID(const Show& show) {
     if (show.sections.empty() || chance(0.15)) return newID();
-    return (*pick(show.sections))->id;
+    return pick(show.sections)->id;
 }
 
 Uuid RandomShowEdits::mediaID(const Show& show) {
     if (show.library.empty() || chance(0.15)) return newID();
-    return (*pick(show.library))->id;
+    return pick(show.library)->id;
 }
 
 Uuid RandomShowEdits::groupID(const Show& show) {
@@ -50,7 +50,7 @@ Cue RandomShowEdits::cue(const Show& show) {
     cue.follow =
         follow < 2 ? Follow::manual : (follow == 2 ? Follow::withPrevious : Follow::afterPrevious);
     cue.isEnabled = !chance(0.15);
-    const MediaItem* item = show.library.empty() ? nullptr : &pick(show.library)->get();
+    const MediaItem* item = show.library.empty() ? nullptr : pick(show.library);
     switch (item == nullptr ? 4 : below(5)) {
     case 0: cue.kind = VideoCue{item->id}; break;
     case 1: cue.kind = ImageCue{item->id}; break;
@@ -81,7 +81,7 @@ MediaItem RandomShowEdits::item(const Show& show) {
     if (item.kind == MediaKind::deck) {
         item.deck = DeckInfo{};
         if (!show.library.empty() && chance(0.5)) {
-            item.deck->background = backdrop::Media{(*pick(show.library))->id};
+            item.deck->background = backdrop::Media{pick(show.library)->id};
         }
     }
     return item;
@@ -96,7 +96,7 @@ CueGroup RandomShowEdits::group(const Show& show) {
     }
     // A run of consecutive cues in one section, widened over With Previous
     // links at both ends: often valid.
-    const auto& cues = (*pick(show.sections))->cues;
+    const auto& cues = pick(show.sections)->cues;
     const int size = static_cast<int>(cues.size());
     if (size == 0) return group;
     auto follows = [&](int i) { return cues[static_cast<std::size_t>(i)].follow; };
@@ -116,7 +116,7 @@ Show RandomShowEdits::show() {
     show.title = "Generated";
     for (int count = 2 + below(5); count > 0; --count) show.library.emplace_back(item(show));
     for (int count = below(5); count > 0; --count) show.sections.emplace_back(section(show, 7));
-    if (chance(0.5)) show.holding.mediaID = (*pick(show.library))->id;
+    if (chance(0.5)) show.holding.mediaID = pick(show.library)->id;
     for (int attempts = 2 + below(4); attempts > 0; --attempts) {
         try {
             show = apply(edit::CreateCueGroup{group(show)}, show);

@@ -30,7 +30,7 @@ private:
     MediaItem item(const Show& show);
     CueGroup group(const Show& show);
     std::string name();
-    template <class T> const T* pick(const std::vector<T>& items) {
+    template <class List> const typename List::value_type* pick(const List& items) {
         return items.empty()
                    ? nullptr
                    : &items[static_cast<std::size_t>(below(static_cast<int>(items.size())))];

@@ -47,7 +47,7 @@ inline std::string layout(const Show& show) {
     std::string text;
     for (std::size_t s = 0; s < show.sections.size(); ++s) {
         if (s > 0) text += "|";
-        const auto& cues = show.sections[s]->cues;
+        const auto& cues = show.sections[s].cues;
         for (std::size_t i = 0; i < cues.size(); ++i) {
             if (i > 0) text += " ";
             text += cues[i].name;

@@ -25,19 +25,22 @@ constexpr std::size_t caseCount = std::variant_size_v<ShowEdit>;
 // storage can't hide by changing both sides.
 Show deepCopy(const Show& show) {
     Show copy = show;
-    for (auto& section : copy.sections)
-        section = Shared<Section>(section.get());
-    for (auto& item : copy.library)
-        item = Shared<MediaItem>(item.get());
+    for (std::size_t i = 0; i < copy.sections.size(); ++i) {
+        Section section = copy.sections[i];
+        section.cues = SharedList<Cue>(std::vector<Cue>(section.cues.begin(), section.cues.end()));
+        copy.sections.set(i, std::move(section));
+    }
+    for (std::size_t i = 0; i < copy.library.size(); ++i) copy.library.set(i, copy.library[i]);
     return copy;
 }
 
 // Parts of `after` equal to a part of `before` with the same id must be that
 // part's storage, not a copy of it.
 template <class T>
-void expectEqualPartsShared(const std::vector<Shared<T>>& after,
-                            const std::vector<Shared<T>>& before, const std::string& what) {
-    for (const Shared<T>& part : after) {
+void expectEqualPartsShared(const SharedList<T>& afterList, const SharedList<T>& beforeList,
+                            const std::string& what) {
+    const auto& before = beforeList.sharedItems();
+    for (const Shared<T>& part : afterList.sharedItems()) {
         for (const Shared<T>& old : before) {
             if (old->id != part->id)
                 continue;

@@ -24,7 +24,7 @@ Show twoSections() {
 }
 
 Uuid sectionID(const Show& show, std::size_t index) {
-    return show.sections[index]->id;
+    return show.sections[index].id;
 }
 
 TEST(ShowEditDocument, TitleAndSectionNamesAreTrimmedAndNeverEmpty) {
@@ -36,7 +36,7 @@ TEST(ShowEditDocument, TitleAndSectionNamesAreTrimmedAndNeverEmpty) {
     EXPECT_EQ(refusal(edit::SetTitle{" \n\u2028 ", "x"}, show), emptyName);
 
     const Uuid first = sectionID(show, 0);
-    EXPECT_EQ(apply(edit::RenameSection{first, " Welcome "}, show).sections[0]->title, "Welcome");
+    EXPECT_EQ(apply(edit::RenameSection{first, " Welcome "}, show).sections[0].title, "Welcome");
     EXPECT_EQ(refusal(edit::RenameSection{first, "   "}, show), emptyName);
     EXPECT_EQ(refusal(edit::RenameSection{Uuid::random(), "Welcome"}, show), sectionMissing);
 }
@@ -63,11 +63,11 @@ TEST(ShowEditDocument, ScheduleStoresBothValuesEvenWhenAbsent) {
     Show show = twoSections();
     const Uuid first = sectionID(show, 0);
     show = apply(edit::SetSectionSchedule{first, 600, 45}, show);
-    EXPECT_EQ(show.sections[0]->plannedStart, 600);
-    EXPECT_EQ(show.sections[0]->plannedMinutes, 45);
+    EXPECT_EQ(show.sections[0].plannedStart, 600);
+    EXPECT_EQ(show.sections[0].plannedMinutes, 45);
     show = apply(edit::SetSectionSchedule{first, std::nullopt, 30}, show);
-    EXPECT_FALSE(show.sections[0]->plannedStart);
-    EXPECT_EQ(show.sections[0]->plannedMinutes, 30);
+    EXPECT_FALSE(show.sections[0].plannedStart);
+    EXPECT_EQ(show.sections[0].plannedMinutes, 30);
     EXPECT_EQ(refusal(edit::SetSectionSchedule{Uuid::random(), 1, 1}, show), sectionMissing);
 }
 
@@ -97,8 +97,8 @@ TEST(ShowEditCues, InsertCueGoesBehindItsAnchorOrToTheEnd) {
     const Show empty = makeShow({});
     const Show started = apply(edit::InsertCue{x, std::nullopt, std::nullopt}, empty);
     ASSERT_EQ(started.sections.size(), 1u);
-    EXPECT_EQ(started.sections[0]->title, "Run of show");
-    EXPECT_FALSE(started.sections[0]->plannedStart);
+    EXPECT_EQ(started.sections[0].title, "Run of show");
+    EXPECT_FALSE(started.sections[0].plannedStart);
     EXPECT_EQ(layout(started), "X");
 }
 
@@ -143,7 +143,7 @@ TEST(ShowEditCues, UpdateCueReplacesItAndRefusesABadGroupDuration) {
     changed.notes = "Lights down";
     const Show updated = apply(edit::UpdateCue{changed}, show);
     EXPECT_EQ(named(updated, "D"), changed);
-    EXPECT_TRUE(updated.sections[0].sharesStorageWith(show.sections[0]));
+    EXPECT_TRUE(updated.sections.shared(0).sharesStorageWith(show.sections.shared(0)));
 
     for (double bad : {0.0, -2.0, std::numeric_limits<double>::quiet_NaN(),
                        std::numeric_limits<double>::infinity()}) {
@@ -249,8 +249,8 @@ TEST(ShowEditMedia, RenamingAnItemRenamesCuesStillCalledAfterIt) {
     item.name = "Intro 2024";
     const Show renamed = apply(edit::UpdateMedia{item}, show);
     EXPECT_EQ(layout(renamed), "Intro 2024 Opener Intro|Other");
-    EXPECT_EQ(renamed.library[0]->name, "Intro 2024");
-    EXPECT_TRUE(renamed.sections[1].sharesStorageWith(show.sections[1]));
+    EXPECT_EQ(renamed.library[0].name, "Intro 2024");
+    EXPECT_TRUE(renamed.sections.shared(1).sharesStorageWith(show.sections.shared(1)));
 
     item.id = Uuid::random();
     EXPECT_EQ(refusal(edit::UpdateMedia{item}, show), "That media is missing from the show.");
@@ -297,7 +297,7 @@ TEST(ShowEditOverrides, ResetsClearOverridesAndLeaveOtherSectionsShared) {
     const Show visual = apply(edit::ResetVisualOverrides{}, show);
     EXPECT_FALSE(named(visual, "D").visualOutputIDs);
     EXPECT_EQ(named(visual, "D").audioDeviceID, "headset");
-    EXPECT_TRUE(visual.sections[0].sharesStorageWith(show.sections[0]));
+    EXPECT_TRUE(visual.sections.shared(0).sharesStorageWith(show.sections.shared(0)));
     const Show audio = apply(edit::ResetAudioOverrides{}, show);
     EXPECT_FALSE(named(audio, "D").audioDeviceID);
     EXPECT_TRUE(named(audio, "D").visualOutputIDs);

@@ -167,12 +167,12 @@ TEST(ShowQueries, MachineNamedMediaTakesTheFirstUsingCueOrTheKindName) {
 TEST(ShowQueries, SharedCopiesCompareByContentAndUnshareOnEdit) {
     Show a = showWith({{makeCue("A", ClearCue{})}}, {makeItem(MediaKind::image, "Logo")});
     Show b = a;
-    EXPECT_TRUE(a.sections[0].sharesStorageWith(b.sections[0]));
+    EXPECT_TRUE(a.sections.shared(0).sharesStorageWith(b.sections.shared(0)));
     EXPECT_EQ(a, b);
-    b.sections[0].edit().title = "Changed";
-    EXPECT_FALSE(a.sections[0].sharesStorageWith(b.sections[0]));
+    b.sections.edit(0).title = "Changed";
+    EXPECT_FALSE(a.sections.shared(0).sharesStorageWith(b.sections.shared(0)));
     EXPECT_NE(a, b);
-    b.sections[0].edit().title = a.sections[0]->title;
+    b.sections.edit(0).title = a.sections[0].title;
     EXPECT_EQ(a, b); // equal content in separate storage
 }
 

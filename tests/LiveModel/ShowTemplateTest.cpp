@@ -108,7 +108,7 @@ TEST(ShowTemplate, TitleIsTrimmedAndNeverEmpty) {
     const Show a = showTemplate::make(ShowTemplate::awards, "A");
     const Show b = showTemplate::make(ShowTemplate::awards, "A");
     EXPECT_NE(a.id, b.id);
-    EXPECT_NE(a.sections[0]->id, b.sections[0]->id);
+    EXPECT_NE(a.sections[0].id, b.sections[0].id);
 }
 
 TEST(ShowTemplate, SectionsAndTimersOfTheTemplatesWithoutDecks) {
@@ -124,21 +124,21 @@ TEST(ShowTemplate, SectionsAndTimersOfTheTemplatesWithoutDecks) {
     const Show panel = showTemplate::make(ShowTemplate::panel, "x");
     EXPECT_EQ(sectionTitles(panel), (Names{"Walk-on", "Introductions", "Discussion", "Q&A"}));
     EXPECT_EQ(cueNames(panel.sections[2]), Names{"Panel timer"});
-    EXPECT_EQ(countdownSeconds(panel.sections[2]->cues[0]), 2400);
+    EXPECT_EQ(countdownSeconds(panel.sections[2].cues[0]), 2400);
     EXPECT_EQ(cueNames(panel.sections[3]), Names{"Q&A timer"});
-    EXPECT_EQ(countdownSeconds(panel.sections[3]->cues[0]), 900);
+    EXPECT_EQ(countdownSeconds(panel.sections[3].cues[0]), 900);
 
     const Show conference = showTemplate::make(ShowTemplate::conference, "x");
     EXPECT_EQ(sectionTitles(conference),
               (Names{"Doors", "Opening", "Keynote", "Break", "Closing"}));
     EXPECT_EQ(cueNames(conference.sections[0]), Names{"Doors countdown"});
-    EXPECT_TRUE(std::holds_alternative<TimerCue>(conference.sections[0]->cues[0].kind));
+    EXPECT_TRUE(std::holds_alternative<TimerCue>(conference.sections[0].cues[0].kind));
     EXPECT_EQ(cueNames(conference.sections[2]), (Names{"Speaker timer", "Back soon"}));
-    EXPECT_EQ(countdownSeconds(conference.sections[2]->cues[0]), 1200);
-    EXPECT_EQ(std::get<MessageCue>(conference.sections[2]->cues[1].kind).text,
+    EXPECT_EQ(countdownSeconds(conference.sections[2].cues[0]), 1200);
+    EXPECT_EQ(std::get<MessageCue>(conference.sections[2].cues[1].kind).text,
               "Back in 10 minutes");
     EXPECT_EQ(cueNames(conference.sections[3]), Names{"Break countdown"});
-    EXPECT_EQ(countdownSeconds(conference.sections[3]->cues[0]), 600);
+    EXPECT_EQ(countdownSeconds(conference.sections[3].cues[0]), 600);
     EXPECT_EQ(conference.allCues().size(), 4u);
 }
 
@@ -152,12 +152,12 @@ TEST(ShowTemplate, PresentationDecksHoldEditableSlides) {
         ASSERT_EQ(section.cues.size(), 1u);
 
     // The welcome slide greets with the show's own title.
-    EXPECT_EQ(slideTexts(show, show.sections[0]->cues[0]), (Texts{{"Product launch", ""}}));
-    EXPECT_EQ(slideTexts(show, show.sections[1]->cues[0]),
+    EXPECT_EQ(slideTexts(show, show.sections[0].cues[0]), (Texts{{"Product launch", ""}}));
+    EXPECT_EQ(slideTexts(show, show.sections[1].cues[0]),
               (Texts{{"Your presentation", "Title and speaker"},
                      {"Key points", "First point\nSecond point\nThird point"},
                      {"Questions?"}}));
-    EXPECT_EQ(slideTexts(show, show.sections[2]->cues[0]),
+    EXPECT_EQ(slideTexts(show, show.sections[2].cues[0]),
               (Texts{{"Thank you", "We're glad you joined us"}}));
 
     // Editable means free boxes: the editor changes them without converting.

@@ -11,6 +11,7 @@
 
 #include "LiveModel/EnumNames.h"
 #include "LiveModel/Shared.h"
+#include "LiveModel/SharedList.h"
 #include "LiveModel/Uuid.h"
 
 #include <rapidjson/document.h>
@@ -150,6 +151,12 @@ template <class T> void read(const Value& value, Shared<T>& out, DecodeContext& 
     out = Shared<T>(std::move(inner));
 }
 
+template <class T> void read(const Value& value, SharedList<T>& out, DecodeContext& context) {
+    std::vector<T> elements;
+    read(value, elements, context);
+    out = SharedList<T>(std::move(elements));
+}
+
 // Reads the fields of one JSON object into a record.
 class FieldReader {
 public:
@@ -230,6 +237,16 @@ Value write(const std::map<std::string, T>& values, EncodeContext& context) {
 
 template <class T> Value write(const Shared<T>& value, EncodeContext& context) {
     return write(value.get(), context);
+}
+
+template <class T> Value write(const SharedList<T>& values, EncodeContext& context) {
+    Value array(rapidjson::kArrayType);
+    array.Reserve(static_cast<rapidjson::SizeType>(values.size()), context.allocator);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        PathScope scope(context, i);
+        array.PushBack(write(values[i], context), context.allocator);
+    }
+    return array;
 }
 
 // Writes the fields of a record into one JSON object; keys are static text.
