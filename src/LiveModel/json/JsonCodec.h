@@ -214,7 +214,8 @@ template <NamedEnum E> Value write(E value, EncodeContext&) {
     return Value(rapidjson::StringRef(name.data(), static_cast<rapidjson::SizeType>(name.size())));
 }
 
-template <class T> Value write(const std::vector<T>& values, EncodeContext& context) {
+// A JSON array of every element of a vector or SharedList.
+template <class List> Value writeList(const List& values, EncodeContext& context) {
     Value array(rapidjson::kArrayType);
     array.Reserve(static_cast<rapidjson::SizeType>(values.size()), context.allocator);
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -222,6 +223,10 @@ template <class T> Value write(const std::vector<T>& values, EncodeContext& cont
         array.PushBack(write(values[i], context), context.allocator);
     }
     return array;
+}
+
+template <class T> Value write(const std::vector<T>& values, EncodeContext& context) {
+    return writeList(values, context);
 }
 
 template <class T>
@@ -240,13 +245,7 @@ template <class T> Value write(const Shared<T>& value, EncodeContext& context) {
 }
 
 template <class T> Value write(const SharedList<T>& values, EncodeContext& context) {
-    Value array(rapidjson::kArrayType);
-    array.Reserve(static_cast<rapidjson::SizeType>(values.size()), context.allocator);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        PathScope scope(context, i);
-        array.PushBack(write(values[i], context), context.allocator);
-    }
-    return array;
+    return writeList(values, context);
 }
 
 // Writes the fields of a record into one JSON object; keys are static text.
