@@ -6,7 +6,7 @@
 // For the same reason callers draw in separate statements or braced lists:
 // the operands of + and a call's arguments are evaluated in no fixed order.
 
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <cmath>
 #include <cstddef>

@@ -3,7 +3,7 @@
 
 #include "LiveModel/CueKind.h"
 #include "LiveModel/EnumNames.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <optional>
 #include <string>

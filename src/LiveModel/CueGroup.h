@@ -1,7 +1,7 @@
 #pragma once
 // A named playback group: member cues that play step by step as one unit.
 
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <string>
 #include <vector>

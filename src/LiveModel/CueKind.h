@@ -6,7 +6,7 @@
 #include "LiveModel/EnumNames.h"
 #include "LiveModel/LayerKind.h"
 #include "LiveModel/TimerMode.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <optional>
 #include <string>

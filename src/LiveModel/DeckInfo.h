@@ -5,7 +5,7 @@
 #include "LiveModel/LyricSlideSource.h"
 #include "LiveModel/TextBox.h"
 #include "LiveModel/TimerMode.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <optional>
 #include <string>

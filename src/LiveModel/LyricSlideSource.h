@@ -3,7 +3,7 @@
 // so that a redraw can tell the operator's hand edits from the generator's.
 
 #include "LiveModel/TextBox.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <optional>
 #include <string>

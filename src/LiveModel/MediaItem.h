@@ -6,7 +6,7 @@
 #include "LiveModel/EnumNames.h"
 #include "LiveModel/NDISource.h"
 #include "LiveModel/Song.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <optional>
 #include <string>

@@ -5,7 +5,7 @@
 
 #include "LiveModel/EnumNames.h"
 #include "LiveModel/LayerKind.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <map>
 #include <optional>

@@ -11,7 +11,7 @@
 #include "LiveModel/MediaItem.h"
 #include "LiveModel/OutputSetup.h"
 #include "LiveModel/SharedList.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <optional>
 #include <set>

@@ -12,7 +12,7 @@
 #include "LiveModel/EnumNames.h"
 #include "LiveModel/LyricSlideSource.h"
 #include "LiveModel/TextBox.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <string>
 #include <string_view>

@@ -2,7 +2,7 @@
 // A free text box on a made slide, in unit coordinates, origin top left.
 
 #include "LiveModel/EnumNames.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <optional>
 #include <string>

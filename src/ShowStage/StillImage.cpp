@@ -6,7 +6,7 @@ namespace velarion {
 
 std::optional<StillImage> StillImage::fromBGRA(int width, int height,
                                                std::vector<std::uint8_t> bgra) {
-    return withID(SceneID::fresh(), width, height, std::move(bgra));
+    return withID(Uuid::random(), width, height, std::move(bgra));
 }
 
 std::optional<StillImage> StillImage::withID(SceneID id, int width, int height,
@@ -19,6 +19,6 @@ std::optional<StillImage> StillImage::withID(SceneID id, int width, int height,
     return StillImage(id, std::move(pixels));
 }
 
-StillImage StillImage::freshCopy() const { return StillImage(SceneID::fresh(), pixels_); }
+StillImage StillImage::freshCopy() const { return StillImage(Uuid::random(), pixels_); }
 
 } // namespace velarion

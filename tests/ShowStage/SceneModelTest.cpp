@@ -49,7 +49,7 @@ TEST(StillImageTest, RejectsBuffersThatDoNotMatchTheSize) {
 TEST(SceneIDTest, FreshIdsAreDistinctVersionFourIds) {
     std::unordered_set<SceneID> seen;
     for (int i = 0; i < 1000; ++i) {
-        SceneID id = SceneID::fresh();
+        SceneID id = Uuid::random();
         EXPECT_EQ(id.bytes[6] >> 4, 4);
         EXPECT_EQ(id.bytes[8] >> 6, 2);
         EXPECT_TRUE(seen.insert(id).second);
@@ -78,7 +78,7 @@ TEST(SceneValuesTest, ScalingNamesRoundTripInVariantOrder) {
 }
 
 TEST(SceneLayerTest, EveryFieldTakesPartInEquality) {
-    const SceneLayer base{.id = SceneID::fresh(),
+    const SceneLayer base{.id = Uuid::random(),
                           .content = SceneColorContent{SceneColor{1, 0, 0, 1}},
                           .frame = SceneRect{0.1, 0.2, 0.5, 0.5},
                           .scaling = SceneScaling::fill,
@@ -89,7 +89,7 @@ TEST(SceneLayerTest, EveryFieldTakesPartInEquality) {
     EXPECT_EQ(base, base);
 
     std::vector<SceneLayer> changed(9, base);
-    changed[0].id = SceneID::fresh();
+    changed[0].id = Uuid::random();
     changed[1].content = SceneColorContent{SceneColor{1, 0, 0, 0.5}};
     changed[2].frame.height = 0.25;
     changed[3].scaling = SceneScaling::stretch;
@@ -102,22 +102,22 @@ TEST(SceneLayerTest, EveryFieldTakesPartInEquality) {
 }
 
 TEST(SceneLayerTest, ContentComparesByKindAndPayload) {
-    const SceneID surface = SceneID::fresh();
+    const SceneID surface = Uuid::random();
     auto picture = StillImage::fromBGRA(1, 1, solid(1, 1, 255));
     ASSERT_TRUE(picture);
 
     EXPECT_EQ(SceneContent{SceneVideoContent{surface}}, SceneContent{SceneVideoContent{surface}});
     EXPECT_NE(SceneContent{SceneVideoContent{surface}},
-              SceneContent{SceneVideoContent{SceneID::fresh()}});
+              SceneContent{SceneVideoContent{Uuid::random()}});
     EXPECT_EQ(SceneContent{SceneStillContent{*picture}}, SceneContent{SceneStillContent{*picture}});
     EXPECT_NE(SceneContent{SceneStillContent{*picture}},
               SceneContent{SceneStillContent{picture->freshCopy()}});
 }
 
 TEST(OutputSceneTest, OrderOfLayersAndBackgroundAreChanges) {
-    SceneLayer lower{.id = SceneID::fresh()};
-    SceneLayer upper{.id = SceneID::fresh(), .opacity = 0.5};
-    const OutputScene scene{.destinationID = SceneID::fresh(), .layers = {lower, upper}};
+    SceneLayer lower{.id = Uuid::random()};
+    SceneLayer upper{.id = Uuid::random(), .opacity = 0.5};
+    const OutputScene scene{.destinationID = Uuid::random(), .layers = {lower, upper}};
     EXPECT_EQ(scene.background, SceneColor::black());
 
     OutputScene reordered = scene;
@@ -129,7 +129,7 @@ TEST(OutputSceneTest, OrderOfLayersAndBackgroundAreChanges) {
     EXPECT_NE(white, scene);
 
     OutputScene elsewhere = scene;
-    elsewhere.destinationID = SceneID::fresh();
+    elsewhere.destinationID = Uuid::random();
     EXPECT_NE(elsewhere, scene);
 
     OutputScene same = scene;

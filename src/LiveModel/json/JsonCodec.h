@@ -12,7 +12,7 @@
 #include "LiveModel/EnumNames.h"
 #include "LiveModel/Shared.h"
 #include "LiveModel/SharedList.h"
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <rapidjson/document.h>
 

@@ -1,4 +1,4 @@
-#include "LiveModel/Uuid.h"
+#include "Identity/Uuid.h"
 
 #include <mutex>
 #include <random>
