@@ -28,4 +28,10 @@ double Calendar::momentOnDay(double dayStartSeconds, int dayOffset, int minuteOf
     return utcFromLocal(*this, local, dayStartSeconds);
 }
 
+int Calendar::minuteOfDay(double unixSeconds) const {
+    const double local = unixSeconds + static_cast<double>(utcOffsetSeconds(unixSeconds));
+    const double secondsIntoDay = local - std::floor(local / 86400.0) * 86400.0;
+    return static_cast<int>(std::floor(secondsIntoDay / 60.0));
+}
+
 } // namespace velarion

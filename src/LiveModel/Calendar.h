@@ -18,6 +18,8 @@ public:
 
     // The UTC moment at which the local day holding `unixSeconds` begins.
     double startOfDay(double unixSeconds) const;
+    // The local minute of the day (0 … 1439) at `unixSeconds`.
+    int minuteOfDay(double unixSeconds) const;
     // The UTC moment of `minuteOfDay` on the local day that begins at
     // `dayStartSeconds` plus `dayOffset` days; follows offset changes.
     double momentOnDay(double dayStartSeconds, int dayOffset, int minuteOfDay) const;

@@ -1,0 +1,248 @@
+#pragma once
+// LiveEngine: the one object that runs a show. It owns the copy of the show
+// being played, every running cue, the visual stack and the show log, and
+// publishes one immutable EngineState that every view reads. Everything that
+// changes the live state goes through `perform`.
+//
+// Contract.
+// - Main thread only. Time, delays and the tick come from the Scheduler; the
+//   engine never reads a clock or sleeps.
+// - The ports are given at construction and must outlive the engine. The
+//   engine registers a health callback on the OutputManager and clears it in
+//   `shutdown` and on destruction.
+// - Tasks the engine schedules hold it weakly: after destruction they do
+//   nothing, and `shutdown` cancels every one of them, so no task outlives a
+//   shut-down engine.
+// - `state()` changes only when a different value is published.
+
+#include "LiveEngine/EngineCommand.h"
+#include "LiveEngine/EngineState.h"
+#include "LiveEngine/GroupPlayback.h"
+#include "LiveEngine/Run.h"
+#include "LiveEngine/ShowIndex.h"
+#include "LiveEngine/VisualStack.h"
+#include "LiveEngine/ports/ImageLoader.h"
+#include "LiveEngine/ports/MediaPlayers.h"
+#include "LiveEngine/ports/OutputManager.h"
+#include "LiveEngine/ports/Scheduler.h"
+#include "LiveEngine/ports/TextCards.h"
+#include "LiveModel/Show.h"
+#include "LiveModel/ShowPackage.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace velarion {
+
+struct EnginePorts {
+    Scheduler& scheduler;
+    OutputManager& outputs;
+    MediaPlayers& players;
+    ImageLoader& images;
+    TextCards& cards;
+};
+
+class LiveEngine {
+public:
+    static constexpr double goLockoutSeconds = 0.25;
+    static constexpr double panicFadeSeconds = 2.0;
+    static constexpr double dipLevel = 0.25;
+    static constexpr double dipFadeSeconds = 1.0;
+    static constexpr double tickSeconds = 0.1;
+    static constexpr std::size_t historyLimit = 400;
+    static constexpr std::size_t publishedHistoryLimit = 200;
+    static constexpr double videoPrepareTimeoutSeconds = 10;
+    // The reserved destination key of the operator's own program view.
+    static inline const std::string programDestination = "_program";
+
+    LiveEngine(Show show, ShowPackage package, EnginePorts ports, bool controlsMusicApps);
+    ~LiveEngine();
+    LiveEngine(const LiveEngine&) = delete;
+    LiveEngine& operator=(const LiveEngine&) = delete;
+
+    void perform(const EngineCommand& command);
+    void shutdown();
+
+    // Logging for other objects: `mode` and `warning` lines.
+    void note(const std::string& text);
+    void warn(const std::string& text);
+
+    // Published and observable.
+    const EngineState& state() const { return state_; }
+    // Goes up by one each time a different state is stored.
+    std::uint64_t stateVersion() const { return stateVersion_; }
+    const Show& show() const { return show_; }
+    const ShowPackage& package() const { return package_; }
+    const OutputScene& audienceScene() const { return audienceScene_; }
+    const LayerKinds& audienceLayerKinds() const { return audienceLayerKinds_; }
+    const LayerRoutes& audienceLayerRoutes() const { return audienceLayerRoutes_; }
+    const VideoSurfaces& surfaces() const { return surfaces_; }
+    double meterLevel() const { return meterLevel_; }
+    const Uuid& talkOverID() const { return talkOverID_; }
+
+    // Read-only views of the working state, for diagnostics and tests.
+    const std::map<Uuid, Run>& runs() const { return runs_; }
+    const std::vector<Uuid>& runOrder() const { return runOrder_; }
+    const std::map<Uuid, DestinationKeys>& visualRoutes() const { return visualRoutes_; }
+    const std::map<Uuid, DestinationKeys>& supersededDestinations() const { return supersededDestinations_; }
+    const std::map<Uuid, Uuid>& afterFinish() const { return afterFinish_; }
+    const std::deque<HistoryEntry>& history() const { return history_; }
+    const std::vector<Uuid>& heldFollowers() const { return heldFollowers_; }
+    const std::optional<GroupPlayback>& playbackGroup() const { return playbackGroup_; }
+    const VisualStack& stack() const { return stack_; }
+    std::uint64_t tickCount() const { return tickCount_; }
+    const std::map<Uuid, double>& sectionStarts() const { return sectionStarts_; }
+
+    // Where Next goes after a cue: the first enabled manual cue behind it,
+    // else the first enabled cue of any follow; none at the end of the show.
+    std::optional<Uuid> firstManualCue(const std::optional<Uuid>& after) const;
+    std::optional<int> scheduleDelta() const;
+    RunningCue runningCue(const Run& run) const;
+    std::optional<NowPlayingMusic> nowPlaying() const;
+
+private:
+    // The tick and the state.
+    void scheduleTick();
+    void tick();
+    void publish();
+    void refresh();
+    void log(HistoryEntry::Kind kind, const std::string& text);
+    std::vector<Run*> activeRuns();
+    void programRun(EngineState& next) const;
+
+    // Commands.
+    void fireCommand(const Uuid& cueID);
+    void setNextCommand(const std::optional<Uuid>& cueID);
+    void setMasterLevel(double level);
+    void setMuted(bool muted);
+    void setTalkOver(bool on);
+    void applyLevels();
+
+    // Firing and progression.
+    void go();
+    void fire(const Cue& cue, std::optional<int> requestedSlideIndex = std::nullopt,
+              bool backgroundOnly = false);
+    Run& enterRun(const Cue& cue, const Uuid& group, std::optional<Uuid> follower);
+    void startOrWait(const Uuid& runID);
+    void begin(const Uuid& runID);
+    void fail(const Uuid& runID, const std::string& reason);
+    void finish(const Uuid& runID, bool clearVisual, double fadeSeconds, bool fireFollowers);
+    void stop(const Uuid& runID, double fadeSeconds);
+    void stopEverything(double fadeSeconds);
+    void releaseOrHold(const Uuid& cueID);
+    void discardHeldFollowers(const std::string& reason);
+    void trackSchedule(const Cue& cue, double wallSeconds);
+    std::string numberLabel(const Cue& cue) const;
+    void noteFired(const Cue& cue);
+
+    // Kinds begun here.
+    void beginImage(Run& run);
+    void beginVideo(Run& run);
+    void videoPrepared(const Uuid& runID, const VideoPreparation& result);
+    void videoEnded(const Uuid& runID);
+    void beginGraphic(Run& run);
+    void beginClear(Run& run);
+    void tickVideo(Run& run);
+
+    // Clears.
+    // `sparing` is the clear cue's own run, which ends by itself right after.
+    void clear(ClearTarget target, double fadeSeconds, bool preservingGroup,
+               const std::optional<Uuid>& sparing = std::nullopt);
+    void clearLayer(LayerKind kind, double fadeSeconds);
+    void clearMessage(MessageTarget target);
+
+    // Cue groups.
+    void beginPlaybackGroup(const CueGroup& group);
+    void playGroupStep(int index);
+    void advancePlaybackGroup(bool endingCurrentStep);
+    void groupRunFinished(const Run& run, bool naturally);
+    void releaseHeldGroupStep();
+    void cancelPlaybackGroup();
+
+    // Pictures and routes.
+    DestinationKeys pictureDestinations(const Cue& cue) const;
+    DestinationKeys effectiveDestinations(const Run& run) const;
+    bool isForegroundPicture(const Cue& cue) const;
+    std::optional<CueGeometry> geometry(const Run& run) const;
+    void takeLayer(LayerKind kind, const Run& run, const std::optional<DestinationKeys>& destinations);
+    void retire(const VisualStack::Entry& entry, const Run& run, double fadeSeconds,
+                const std::optional<DestinationKeys>& destinations);
+    void replacePictures(const Run& run, double fadeSeconds,
+                         const std::optional<DestinationKeys>& destinations);
+    void showPicture(Run& run, SceneContent content, LayerKind layer, double fadeSeconds,
+                     SceneScaling scaling);
+
+    // Tasks that hold the engine weakly and are all cancelled by shutdown.
+    TaskHandle after(double seconds, std::function<void()> task);
+    void post(std::function<void()> task);
+
+    Run* findRun(const Uuid& runID);
+    const Run* findRun(const Uuid& runID) const;
+    std::filesystem::path mediaPath(const MediaItem& item) const;
+
+    EnginePorts ports_;
+    Show show_;
+    ShowPackage package_;
+    ShowIndex index_;
+    bool controlsMusicApps_;
+
+    EngineState state_;
+    OutputScene audienceScene_;
+    LayerKinds audienceLayerKinds_;
+    LayerRoutes audienceLayerRoutes_;
+    VideoSurfaces surfaces_;
+    double meterLevel_ = 0;
+
+    VisualStack stack_;
+    std::map<Uuid, Run> runs_;
+    std::vector<Uuid> runOrder_;
+    std::map<Uuid, Uuid> afterFinish_;
+    std::vector<Uuid> heldFollowers_;
+    std::optional<GroupPlayback> playbackGroup_;
+    std::map<Uuid, DestinationKeys> visualRoutes_;
+    std::map<Uuid, DestinationKeys> supersededDestinations_;
+    TaskHandle tickTask_;
+    std::uint64_t tickCount_ = 0;
+    std::optional<double> lastGo_; // none: the distant past
+    std::map<std::string, StillImage> imageCache_;
+    std::map<Uuid, double> sectionStarts_; // wall-clock seconds
+    std::deque<HistoryEntry> history_;
+    bool historyChanged_ = true;
+    std::set<Uuid> dippers_;
+    Uuid talkOverID_ = Uuid::random();
+    Shared<std::vector<Uuid>> firedCueIDs_;
+    std::optional<Uuid> activeDeckRunID_;
+    // Every surface made, kept while a run or a layer still shows it (a held
+    // last frame outlives its run).
+    VideoSurfaces surfaceOwners_;
+
+    // The working values that refresh() publishes.
+    std::optional<Uuid> nextCueID_;
+    std::optional<Uuid> lastFiredCueID_;
+    bool isHeld_ = false;
+    bool holdingOn_ = false;
+    PanicState panic_ = PanicIdle{};
+    double masterLevel_ = 1;
+    bool isMuted_ = false;
+    std::vector<OutputHealth> outputHealth_;
+    std::optional<std::string> stageMessage_;
+    std::optional<std::string> audienceMessage_;
+    std::map<MessageTarget, TaskHandle> messageTasks_;
+    std::uint64_t stateVersion_ = 0;
+
+    // Engine tasks by serial, so that shutdown can cancel what is left.
+    std::map<std::uint64_t, TaskHandle> tasks_;
+    std::uint64_t nextTaskSerial_ = 0;
+    bool isShutDown_ = false;
+    std::shared_ptr<int> life_ = std::make_shared<int>(0);
+};
+
+} // namespace velarion

@@ -1,0 +1,62 @@
+// Clears: taking pictures, sound and messages off by target.
+
+#include "LiveEngine/LiveEngine.h"
+
+namespace velarion {
+
+void LiveEngine::clear(ClearTarget target, double fadeSeconds, bool preservingGroup,
+                       const std::optional<Uuid>& sparing) {
+    log(HistoryEntry::Kind::clear, "Cleared " + std::string(toString(target)));
+    const auto stopWhere = [&](auto&& matches) {
+        std::vector<Uuid> chosen;
+        for (const Uuid& id : runOrder_)
+            if (const Run* run = findRun(id); run && id != sparing && matches(*run))
+                chosen.push_back(id);
+        for (const Uuid& id : chosen) stop(id, fadeSeconds);
+    };
+    switch (target) {
+    case ClearTarget::slides: clearLayer(LayerKind::slides, fadeSeconds); break;
+    case ClearTarget::media: clearLayer(LayerKind::media, fadeSeconds); break;
+    case ClearTarget::graphics: clearLayer(LayerKind::graphics, fadeSeconds); break;
+    case ClearTarget::music:
+        stopWhere([&](const Run& run) { return show_.soundRole(run.cue) == SoundRole::music; });
+        break;
+    case ClearTarget::messages:
+        stopWhere([](const Run& run) { return std::holds_alternative<MessageCue>(run.cue.kind); });
+        clearMessage(MessageTarget::stage);
+        clearMessage(MessageTarget::audience);
+        break;
+    case ClearTarget::everything:
+        if (!preservingGroup) cancelPlaybackGroup();
+        ports_.outputs.clearDiagnostics();
+        stopWhere([](const Run&) { return true; });
+        stack_.clearAll(fadeSeconds);
+        clearMessage(MessageTarget::stage);
+        clearMessage(MessageTarget::audience);
+        break;
+    }
+}
+
+void LiveEngine::clearLayer(LayerKind kind, double fadeSeconds) {
+    std::vector<Uuid> shown;
+    for (const Uuid& id : runOrder_)
+        if (stack_.layer(id) == kind) shown.push_back(id);
+    for (const Uuid& id : shown) stop(id, fadeSeconds);
+    // What has no run, such as a held last frame, goes too.
+    stack_.clear(kind, fadeSeconds);
+}
+
+void LiveEngine::clearMessage(MessageTarget target) {
+    if (auto task = messageTasks_.find(target); task != messageTasks_.end()) {
+        task->second.cancel();
+        messageTasks_.erase(task);
+    }
+    if (target == MessageTarget::stage) {
+        stageMessage_.reset();
+    } else {
+        audienceMessage_.reset();
+        stack_.clear(LayerKind::messages, 0.4);
+    }
+}
+
+} // namespace velarion

@@ -1,0 +1,64 @@
+#pragma once
+// Run: one firing of one cue, from GO through its pre-wait to its end.
+// Owned by the engine's `runs`; tasks that wake later hold only its id and
+// look it up again, since a stop may have removed it meanwhile. Main thread.
+// Times are the Scheduler's monotonic seconds.
+
+#include "Identity/Uuid.h"
+#include "LiveEngine/ports/Scheduler.h"
+#include "LiveEngine/ports/SoundFilePlayer.h"
+#include "LiveEngine/ports/VideoSurface.h"
+#include "LiveModel/Cue.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace velarion {
+
+// One playing sound file with the part of it the cue plays.
+struct AudioPlayback {
+    std::shared_ptr<SoundFilePlayer> player;
+    double inPointSeconds = 0;
+    double outPointSeconds = 0;
+    double fadeOutSeconds = 0;
+    double cueLevel = 1;     // the cue's own level; a live edit may change it
+    bool isFadingOut = false; // from then on no level operation touches it
+    bool isPaused = false;
+};
+
+struct Run {
+    Uuid id;
+    Cue cue; // refreshed by live updates
+    double started = 0; // when fired, before any pre-wait
+    Uuid group;         // shared by all runs of one GO
+    std::optional<double> pausedAt;
+    double pausedTotalSeconds = 0;
+    std::optional<double> waitingUntil; // set during the pre-wait
+    std::shared_ptr<VideoSurface> video;
+    std::optional<AudioPlayback> audio;
+    bool simulated = false;
+    std::optional<double> durationSeconds;
+    std::optional<int> slideIndex;
+    std::optional<int> slideCount;
+    bool isBackgroundOnly = false;
+    std::optional<Uuid> backdropToken;
+    int slidePart = 0;
+    bool fadingOut = false;
+    bool soundHandedOff = false;
+    std::vector<TaskHandle> tasks;
+    TaskHandle loopTask;
+    std::vector<Uuid> playlistOrder;
+    int playlistIndex = 0;
+    std::vector<AudioPlayback> audioTails;
+
+    bool isPaused() const { return pausedAt.has_value(); }
+    // Seconds the cue has really played: paused time and the pre-wait left
+    // out, never below 0.
+    double wallElapsed(double now) const;
+    // `audio` followed by `audioTails`.
+    std::vector<const AudioPlayback*> allAudio() const;
+    void cancelTasks();
+};
+
+} // namespace velarion

@@ -1,0 +1,34 @@
+#pragma once
+// MediaPlayers: where the engine gets its players. One factory for sound
+// files and video surfaces, so an engine can be built with real pipelines or
+// with players that run in virtual time.
+//
+// Contract.
+// - Main thread only.
+// - `openSound` decodes enough of the file to know its length and prepares
+//   it to play; a file that is missing or not sound gives null. It must not
+//   block the main loop for longer than opening a file takes.
+// - `makeVideoSurface` never fails: a bad file fails its `prepare`.
+// - `fileExists` tells whether a media file is there, so that a cue whose
+//   file is gone fails with the operator's words before any player is made.
+// - Ownership: the caller owns what it is given; the factory keeps nothing.
+
+#include "LiveEngine/ports/SoundFilePlayer.h"
+#include "LiveEngine/ports/VideoSurface.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace velarion {
+
+class MediaPlayers {
+public:
+    virtual ~MediaPlayers() = default;
+
+    virtual bool fileExists(const std::filesystem::path& path) const;
+    virtual std::shared_ptr<SoundFilePlayer> openSound(const std::filesystem::path& path) = 0;
+    virtual std::shared_ptr<VideoSurface> makeVideoSurface(const SceneID& id,
+                                                           const std::filesystem::path& path) = 0;
+};
+
+} // namespace velarion

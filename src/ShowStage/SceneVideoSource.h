@@ -1,0 +1,32 @@
+#pragma once
+// SceneVideoSource: what the renderer may ask a video surface, without
+// knowing the player behind it.
+//
+// Contract.
+// - Main thread only, like the renderer that asks.
+// - Ownership: the player side owns its surfaces; the renderer only keeps the
+//   shared pointer it was handed by the last `apply`, so a surface stays alive
+//   while a layer shows it.
+// - `SceneSurfaces` maps a surface id (SceneVideoContent::surfaceID) to its
+//   source; it is passed to SceneRenderer::apply with each scene. A surface
+//   missing from it shows nothing until a later apply finds it.
+
+#include "ShowStage/SceneID.h"
+
+#include <memory>
+#include <unordered_map>
+
+namespace velarion {
+
+class SceneVideoSource {
+public:
+    virtual ~SceneVideoSource() = default;
+
+    // True once the surface holds a frame worth showing (the first decoded
+    // frame has arrived); before that a layer showing it would be black.
+    virtual bool hasFrameToShow() const = 0;
+};
+
+using SceneSurfaces = std::unordered_map<SceneID, std::shared_ptr<const SceneVideoSource>>;
+
+} // namespace velarion
