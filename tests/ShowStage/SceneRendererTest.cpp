@@ -1,0 +1,266 @@
+#include "ShowStage/SceneRenderer.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace velarion {
+namespace {
+
+constexpr double rootWidth = 1000;
+constexpr double rootHeight = 500;
+
+SceneLayer colorLayer(double opacity = 1, double dissolveSeconds = 0) {
+    return SceneLayer{.id = Uuid::random(),
+                      .content = SceneColorContent{SceneColor{1, 0, 0, 1}},
+                      .opacity = opacity,
+                      .dissolveSeconds = dissolveSeconds};
+}
+
+OutputScene sceneOf(std::vector<SceneLayer> layers) {
+    return OutputScene{.destinationID = Uuid::nil(), .layers = std::move(layers)};
+}
+
+StillImage still(std::uint8_t value, std::optional<SceneID> id = std::nullopt) {
+    std::vector<std::uint8_t> pixels(16, value);
+    return *(id ? StillImage::withID(*id, 2, 2, pixels) : StillImage::fromBGRA(2, 2, pixels));
+}
+
+class FakeVideoSource : public SceneVideoSource {
+public:
+    explicit FakeVideoSource(bool hasFrame) : hasFrame_(hasFrame) {}
+    bool hasFrameToShow() const override { return hasFrame_; }
+
+private:
+    bool hasFrame_;
+};
+
+// Where the layer-local point (relative to the layer's centre) lands in root pixels.
+ScenePoint drawnAt(const SceneManagedLayer& layer, ScenePoint local) {
+    const ScenePoint moved = layer.transform.apply(local);
+    return ScenePoint{layer.position.x + moved.x, layer.position.y + moved.y};
+}
+
+void expectNear(ScenePoint actual, ScenePoint expected, const char* what) {
+    EXPECT_NEAR(actual.x, expected.x, 1e-9) << what;
+    EXPECT_NEAR(actual.y, expected.y, 1e-9) << what;
+}
+
+std::vector<SceneID> drawnIDs(const SceneFrame& frame) {
+    std::vector<SceneID> ids;
+    for (const SceneDrawOperation& operation : frame.operations) ids.push_back(operation.layerID);
+    return ids;
+}
+
+TEST(SceneRendererTest, ReorderRestacksTheSameRecordsWithoutDissolving) {
+    SceneRenderer renderer(rootWidth, rootHeight);
+    const SceneLayer a = colorLayer(1, 2), b = colorLayer(0.5, 2), c = colorLayer(1, 2);
+    renderer.apply(sceneOf({a, b, c}), {}, 0);
+    renderer.collectFinished(10);
+    const SceneManagedLayer* recordOfB = renderer.managedLayer(b.id);
+
+    renderer.apply(sceneOf({c, a, b}), {}, 10);
+    EXPECT_EQ(renderer.managedLayer(b.id), recordOfB) << "a staying id keeps its record";
+    EXPECT_EQ(renderer.managedLayer(c.id)->zPosition, 0);
+    EXPECT_EQ(renderer.managedLayer(a.id)->zPosition, 1);
+    EXPECT_EQ(recordOfB->zPosition, 2);
+    EXPECT_FALSE(renderer.isAnimating(10));
+    EXPECT_TRUE(renderer.fadingOutLayers().empty());
+
+    const SceneFrame frame = renderer.drawList(10);
+    EXPECT_EQ(drawnIDs(frame), (std::vector<SceneID>{c.id, a.id, b.id}));
+    EXPECT_FLOAT_EQ(frame.operations[2].opacity, 0.5f);
+}
+
+TEST(SceneRendererTest, NewLayerDissolvesInToItsOwnOpacityAndOthersCut) {
+    SceneRenderer renderer(rootWidth, rootHeight);
+    SceneLayer existing = colorLayer(1, 3);
+    renderer.apply(sceneOf({existing}), {}, 0);
+
+    existing.opacity = 0.4; // a change in place is a cut, whatever its dissolve
+    existing.frame = SceneRect{0, 0, 0.5, 0.5};
+    const SceneLayer added = colorLayer(0.6, 1.5);
+    renderer.apply(sceneOf({existing, added}), {}, 10);
+
+    EXPECT_EQ(drawnIDs(renderer.drawList(10)), (std::vector<SceneID>{existing.id}))
+        << "fully transparent at its start";
+    const SceneFrame midway = renderer.drawList(10.75);
+    ASSERT_EQ(midway.operations.size(), 2u);
+    EXPECT_FLOAT_EQ(midway.operations[0].opacity, 0.4f);
+    EXPECT_FLOAT_EQ(midway.operations[1].opacity, 0.3f);
+    EXPECT_TRUE(renderer.isAnimating(11.4));
+    EXPECT_FALSE(renderer.isAnimating(11.5));
+    EXPECT_FLOAT_EQ(renderer.drawList(20).operations[1].opacity, 0.6f);
+
+    renderer.collectFinished(11.5);
+    EXPECT_FALSE(renderer.managedLayer(added.id)->dissolveIn);
+    EXPECT_FLOAT_EQ(renderer.drawList(11.5).operations[1].opacity, 0.6f);
+}
+
+TEST(SceneRendererTest, DroppedLayerFadesOverItsLastDissolveFromItsPresentOpacity) {
+    SceneRenderer renderer(rootWidth, rootHeight);
+    std::vector<SceneID> finished;
+    renderer.setFadeOutFinished([&](SceneID id) { finished.push_back(id); });
+
+    const SceneLayer fading = colorLayer(0.8, 2);
+    const SceneLayer halfIn = colorLayer(0.8, 2);
+    const SceneLayer cut = colorLayer(1, 0);
+    renderer.apply(sceneOf({fading, cut}), {}, 0);
+    renderer.apply(sceneOf({fading, halfIn}), {}, 4);
+    EXPECT_EQ(drawnIDs(renderer.drawList(4)), (std::vector<SceneID>{fading.id}))
+        << "a cut layer goes at once";
+
+    // The new scene's only layer is a cut; the dropped one still takes its own 2 s.
+    const SceneLayer next = colorLayer(1, 0);
+    renderer.apply(sceneOf({next}), {}, 5);
+    EXPECT_EQ(renderer.managedLayer(fading.id), nullptr);
+    EXPECT_EQ(renderer.managedLayer(halfIn.id), nullptr);
+    ASSERT_EQ(renderer.fadingOutLayers().size(), 2u);
+
+    const SceneFrame frame = renderer.drawList(6);
+    ASSERT_EQ(frame.operations.size(), 3u);
+    EXPECT_EQ(frame.operations[0].layerID, fading.id);
+    EXPECT_FLOAT_EQ(frame.operations[0].opacity, 0.4f);
+    EXPECT_EQ(frame.operations[2].layerID, halfIn.id) << "keeps its former z, above the new z 0";
+    EXPECT_FLOAT_EQ(frame.operations[2].opacity, 0.2f) << "from the 0.4 it had reached";
+
+    renderer.collectFinished(6.9);
+    EXPECT_TRUE(finished.empty());
+    renderer.collectFinished(7);
+    renderer.collectFinished(8);
+    EXPECT_EQ(finished, (std::vector<SceneID>{fading.id, halfIn.id}));
+    EXPECT_TRUE(renderer.fadingOutLayers().empty());
+    EXPECT_EQ(drawnIDs(renderer.drawList(8)), (std::vector<SceneID>{next.id}));
+    EXPECT_FALSE(renderer.isAnimating(8));
+}
+
+TEST(SceneRendererTest, SameIdDuringItsFadeOutIsANewLayerBesideIt) {
+    SceneRenderer renderer(rootWidth, rootHeight);
+    int finishedCount = 0;
+    renderer.setFadeOutFinished([&](SceneID) { ++finishedCount; });
+    const SceneLayer layer = colorLayer(1, 1);
+    renderer.apply(sceneOf({layer}), {}, 0);
+    renderer.apply(sceneOf({}), {}, 10);
+
+    SceneLayer again = layer;
+    again.dissolveSeconds = 0;
+    renderer.apply(sceneOf({again}), {}, 10.5);
+    const SceneFrame frame = renderer.drawList(10.5);
+    ASSERT_EQ(frame.operations.size(), 2u);
+    EXPECT_EQ(frame.operations[0].layerID, layer.id);
+    EXPECT_FLOAT_EQ(frame.operations[0].opacity, 0.5f) << "the fading one, beneath";
+    EXPECT_FLOAT_EQ(frame.operations[1].opacity, 1.0f);
+
+    renderer.collectFinished(11);
+    EXPECT_EQ(finishedCount, 1);
+    ASSERT_NE(renderer.managedLayer(layer.id), nullptr);
+    EXPECT_EQ(renderer.drawList(11).operations.size(), 1u);
+}
+
+TEST(SceneRendererTest, RotationAndCornerPinTransforms) {
+    SceneRenderer renderer(rootWidth, rootHeight);
+    SceneLayer plain = colorLayer();
+    plain.cornerPin = SceneCornerPin::identity();
+
+    SceneLayer collinear = colorLayer();
+    collinear.rotationDegrees = 30;
+    collinear.cornerPin = SceneCornerPin{.topRight = {0.5, 0.5}, .bottomRight = {1, 0}};
+
+    // A 200 x 100 layer whose pin narrows its (0, 0)-(1, 0) edge to the middle half.
+    SceneLayer trapezoid = colorLayer();
+    trapezoid.frame = SceneRect{0.1, 0.2, 0.2, 0.2};
+    trapezoid.rotationDegrees = 90;
+    trapezoid.cornerPin = SceneCornerPin{.topLeft = {0.25, 0}, .topRight = {0.75, 0}};
+
+    renderer.apply(sceneOf({plain, collinear, trapezoid}), {}, 0);
+    EXPECT_EQ(renderer.managedLayer(plain.id)->transform, SceneMatrix4::identity());
+
+    EXPECT_EQ(SceneRenderer::pinTransform(*collinear.cornerPin, 1000, 500),
+              SceneMatrix4::identity());
+    const SceneMatrix4 rotated = SceneMatrix4::rotationZ(std::numbers::pi / 6);
+    const SceneMatrix4& collinearTransform = renderer.managedLayer(collinear.id)->transform;
+    for (std::size_t i = 0; i < 16; ++i) EXPECT_NEAR(collinearTransform.m[i], rotated.m[i], 1e-12);
+
+    // Hand-computed: pin, then rotate a quarter turn about the centre (200, 150).
+    const SceneManagedLayer& pinned = *renderer.managedLayer(trapezoid.id);
+    ASSERT_EQ(pinned.position, (ScenePoint{200, 150}));
+    expectNear(drawnAt(pinned, {-100, -50}), {250, 100}, "pin (0, 0) -> (0.25, 0)");
+    expectNear(drawnAt(pinned, {100, -50}), {250, 200}, "pin (1, 0) -> (0.75, 0)");
+    expectNear(drawnAt(pinned, {-100, 50}), {150, 50}, "pin (0, 1) stays");
+    expectNear(drawnAt(pinned, {100, 50}), {150, 250}, "pin (1, 1) stays");
+    // A true perspective map sends the centre to where the diagonals cross,
+    // a third of the way up, not halfway as a bilinear warp would.
+    expectNear(drawnAt(pinned, {0, 0}), {200 + 50.0 / 3, 150}, "centre");
+}
+
+TEST(SceneRendererTest, SameStillIdIsNotUploadedAgain) {
+    SceneRenderer renderer(rootWidth, rootHeight);
+    const StillImage first = still(10);
+    SceneLayer layer{.id = Uuid::random(), .content = SceneStillContent{first},
+                     .scaling = SceneScaling::fill};
+    renderer.apply(sceneOf({layer}), {}, 0);
+    const SceneManagedLayer* record = renderer.managedLayer(layer.id);
+    EXPECT_EQ(record->stillUploads, 1u);
+    EXPECT_EQ(record->gravity, SceneGravity::resizeAspectFill);
+
+    layer.content = SceneStillContent{still(200, first.id())};
+    renderer.apply(sceneOf({layer}), {}, 1);
+    EXPECT_EQ(record->stillUploads, 1u);
+    EXPECT_EQ(std::get<SceneStillContent>(record->contents).image.pixels(), first.pixels());
+
+    layer.content = SceneStillContent{first.freshCopy()};
+    renderer.apply(sceneOf({layer}), {}, 2);
+    EXPECT_EQ(record->stillUploads, 2u);
+}
+
+TEST(SceneRendererTest, OnlyAVideoWithAFrameIsReadyForDisplay) {
+    SceneRenderer renderer(rootWidth, rootHeight);
+    const SceneID readySurface = Uuid::random(), waitingSurface = Uuid::random();
+    const SceneID lateSurface = Uuid::random();
+    const SceneLayer picture{.id = Uuid::random(), .content = SceneStillContent{still(1)}};
+    const SceneLayer ready{.id = Uuid::random(), .content = SceneVideoContent{readySurface}};
+    const SceneLayer waiting{.id = Uuid::random(), .content = SceneVideoContent{waitingSurface}};
+    const SceneLayer late{.id = Uuid::random(), .content = SceneVideoContent{lateSurface}};
+    SceneSurfaces surfaces{{readySurface, std::make_shared<FakeVideoSource>(true)},
+                           {waitingSurface, std::make_shared<FakeVideoSource>(false)}};
+    const OutputScene scene = sceneOf({picture, ready, waiting, late});
+    renderer.apply(scene, surfaces, 0);
+
+    EXPECT_FALSE(renderer.isReadyForDisplay(picture.id));
+    EXPECT_FALSE(renderer.isReadyForDisplay(Uuid::random()));
+    EXPECT_TRUE(renderer.isReadyForDisplay(ready.id));
+    EXPECT_FALSE(renderer.isReadyForDisplay(waiting.id));
+    EXPECT_FALSE(renderer.isReadyForDisplay(late.id));
+    const SceneFrame frame = renderer.drawList(0);
+    EXPECT_EQ(drawnIDs(frame), (std::vector<SceneID>{picture.id, ready.id, waiting.id}))
+        << "a missing surface shows nothing";
+    EXPECT_EQ(frame.operations[1].surface, surfaces[readySurface]);
+
+    surfaces[lateSurface] = std::make_shared<FakeVideoSource>(true);
+    renderer.apply(scene, surfaces, 1);
+    EXPECT_TRUE(renderer.isReadyForDisplay(late.id));
+}
+
+TEST(SceneRendererTest, FrameBecomesAPixelRectFromTheBottomAndFollowsResize) {
+    SceneRenderer renderer(rootWidth, rootHeight);
+    SceneLayer layer = colorLayer();
+    layer.frame = SceneRect{0.1, 0.2, 0.5, 0.25};
+    renderer.apply(OutputScene{.background = SceneColor{0, 0, 1, 1}, .layers = {layer}}, {}, 0);
+
+    const SceneFrame frame = renderer.drawList(0);
+    EXPECT_EQ(frame.background, (SceneColor{0, 0, 1, 1}));
+    EXPECT_EQ(frame.operations.at(0).rect, (ScenePixelRect{100, 100, 500, 125}));
+    const SceneManagedLayer* record = renderer.managedLayer(layer.id);
+    EXPECT_EQ(record->bounds, (ScenePixelRect{0, 0, 500, 125}));
+    EXPECT_EQ(record->position, (ScenePoint{350, 162.5}));
+
+    renderer.resize(2000, 1000);
+    renderer.layout();
+    EXPECT_EQ(renderer.drawList(0).operations.at(0).rect, (ScenePixelRect{200, 200, 1000, 250}));
+    EXPECT_EQ(record->position, (ScenePoint{700, 325}));
+}
+
+} // namespace
+} // namespace velarion
