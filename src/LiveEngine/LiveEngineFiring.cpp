@@ -165,8 +165,12 @@ void LiveEngine::finish(const Uuid& runID, bool clearVisual, double fadeSeconds,
 
     Run ended = std::move(run);
     runs_.erase(found);
-    visualRoutes_.erase(runID);
-    supersededDestinations_.erase(runID);
+    // A picture left up (a held last frame) keeps its screens until it goes;
+    // publish drops the routes then.
+    if (!stack_.layer(runID)) {
+        visualRoutes_.erase(runID);
+        supersededDestinations_.erase(runID);
+    }
     std::erase(runOrder_, runID);
 
     groupRunFinished(ended, fireFollowers);

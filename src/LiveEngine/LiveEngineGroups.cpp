@@ -47,6 +47,8 @@ void LiveEngine::beginPlaybackGroup(const CueGroup& group) {
             playback.outsideFollowerID = behind->id;
     }
     playback.generation = Uuid::random();
+    // GO during the group ends it and goes on behind it.
+    nextCueID_ = playback.nextCueID;
     playbackGroup_ = std::move(playback);
     log(HistoryEntry::Kind::mode,
         group.name + " · " + (group.repeats ? "repeating group" : "cue group"));

@@ -1,0 +1,209 @@
+// GO, batches, followers, holds, pre-waits, failures and schedule tracking.
+
+#include "EngineFixture.h"
+
+namespace velarion::testing {
+namespace {
+
+using Firing = EngineFixture;
+
+TEST_F(Firing, GoLockoutCountsFromTheLastAcceptedPress) {
+    image("One");
+    image("Two");
+    image("Three");
+    start();
+    go();
+    scheduler.advance(0.2);
+    go(); // bounced
+    EXPECT_EQ(engine->state().firedCueIDs->size(), 1u);
+    scheduler.advance(0.1);
+    go(); // 0.3 s after the first accepted press
+    EXPECT_EQ(engine->state().lastFiredCueID, cueNamed("Two").id);
+    scheduler.advance(0.2);
+    go(); // 0.2 s after the second
+    EXPECT_EQ(engine->state().firedCueIDs->size(), 2u);
+
+    goLater();
+    goLater();
+    goLater();
+    const auto log = logTexts();
+    EXPECT_EQ(std::count(log.begin(), log.end(), "GO pressed at the end of the show"), 2);
+    EXPECT_FALSE(engine->state().nextCueID);
+}
+
+TEST_F(Firing, BatchSkipsDisabledCuesAndHangsTheFollowerOnItsLast) {
+    // Three layers, so that none of the batch takes another's place.
+    graphic("Lead", 2);
+    image("With", Follow::withPrevious);
+    graphic("Off", std::nullopt, Follow::withPrevious).isEnabled = false;
+    image("Also", Follow::withPrevious);
+    std::get<ImageCue>(show.sections.edit(0).cues.edit(3).kind).layer = LayerKind::background;
+    graphic("After", std::nullopt, Follow::afterPrevious);
+    graphic("Later", std::nullopt);
+    start();
+    go();
+    ASSERT_EQ(runningNames(), (std::vector<std::string>{"Lead", "With", "Also"}));
+    const Uuid group = runOf("Lead")->group;
+    EXPECT_EQ(runOf("With")->group, group);
+    EXPECT_EQ(runOf("Also")->group, group);
+    EXPECT_EQ(engine->afterFinish().size(), 1u);
+    EXPECT_EQ(engine->afterFinish().at(runOf("Also")->id), cueNamed("After").id);
+    EXPECT_EQ(engine->state().nextCueID, cueNamed("Later").id);
+
+    // The lead ending starts nothing; only the batch's last cue has the follower.
+    scheduler.advance(2.1);
+    EXPECT_FALSE(runOf("After"));
+    perform(command::Stop{runOf("Also")->id});
+    EXPECT_FALSE(runOf("After")) << "a stopped cue never starts what follows";
+}
+
+TEST_F(Firing, AnEndingCueStartsItsFollowerAndAStoppedOneDoesNot) {
+    graphic("Title", 3);
+    graphic("Credits", std::nullopt, Follow::afterPrevious);
+    start();
+    go();
+    scheduler.advance(3.05);
+    EXPECT_EQ(runningNames(), std::vector<std::string>{"Credits"});
+    EXPECT_TRUE(engine->state().wasFired(cueNamed("Credits").id));
+}
+
+TEST_F(Firing, HeldFollowersWaitForGoInOrder) {
+    graphic("A", 1);
+    graphic("A2", std::nullopt, Follow::afterPrevious);
+    video("B");
+    graphic("B2", std::nullopt, Follow::afterPrevious);
+    graphic("C", std::nullopt);
+    players.defaultVideoBehaviour.durationSeconds = 2;
+    start();
+    perform(command::ToggleHold{});
+    go();
+    goLater();
+    scheduler.advance(2.5);
+    EXPECT_EQ(engine->state().heldCueIDs,
+              (std::vector<Uuid>{cueNamed("A2").id, cueNamed("B2").id}));
+    EXPECT_EQ(engine->state().nextCueID, cueNamed("A2").id);
+
+    perform(command::ToggleHold{}); // turning the hold off releases nothing
+    EXPECT_EQ(engine->state().heldCueIDs.size(), 2u);
+    go();
+    ASSERT_TRUE(runOf("A2"));
+    const Uuid firstBatch = runOf("A2")->group;
+    EXPECT_EQ(engine->state().nextCueID, cueNamed("B2").id);
+    goLater();
+    ASSERT_TRUE(runOf("B2"));
+    EXPECT_NE(runOf("B2")->group, firstBatch);
+    EXPECT_TRUE(logged("Released held cue: B2"));
+}
+
+TEST_F(Firing, ChoosingACueByHandSkipsHeldCuesAndSetNextNeedsAnEnabledCue) {
+    graphic("A", 1);
+    graphic("A2", std::nullopt, Follow::afterPrevious);
+    graphic("Off", std::nullopt).isEnabled = false;
+    graphic("Z", std::nullopt);
+    start();
+    perform(command::ToggleHold{});
+    go();
+    scheduler.advance(1.5);
+    ASSERT_EQ(engine->heldFollowers().size(), 1u);
+
+    perform(command::SetNext{cueNamed("Off").id});
+    EXPECT_EQ(engine->heldFollowers().size(), 1u) << "a disabled cue changes nothing";
+
+    perform(command::Fire{cueNamed("Z").id});
+    EXPECT_TRUE(logged("Skipped held cue: A2 — chose Z"));
+    EXPECT_TRUE(engine->heldFollowers().empty());
+}
+
+TEST_F(Firing, PreWaitShowsWaitingAndASecondGoMovesOn) {
+    graphic("Late", std::nullopt).preWait = 2.5;
+    graphic("Next", std::nullopt);
+    start();
+    go();
+    ASSERT_EQ(engine->state().running.size(), 1u);
+    EXPECT_EQ(engine->state().running[0].detail, "Starts in 3");
+    EXPECT_FALSE(engine->state().running[0].isOnScreen);
+    goLater();
+    EXPECT_EQ(runningNames(), (std::vector<std::string>{"Late", "Next"}));
+    scheduler.advance(2.3);
+    EXPECT_TRUE(engine->state().running[0].isOnScreen);
+    EXPECT_EQ(engine->state().running[0].detail, "");
+}
+
+TEST_F(Firing, AFailedCueLogsWhyAndStopsTheChain) {
+    image("Logo");
+    graphic("After", std::nullopt, Follow::afterPrevious);
+    const Cue& logo = cueNamed("Logo");
+    images.failingPaths.insert("/shows/Test.velarion/Media/Logo.png");
+    add("Gone", ImageCue{Uuid::random()});
+    start();
+    go();
+    EXPECT_TRUE(logged("Logo didn't play — the image is missing"));
+    EXPECT_TRUE(engine->runs().empty());
+    EXPECT_TRUE(engine->state().wasFired(logo.id)) << "it still counts as fired";
+    EXPECT_EQ(engine->state().nextCueID, cueNamed("Gone").id);
+    goLater();
+    EXPECT_TRUE(logged("Gone didn't play — the image is missing"));
+}
+
+TEST_F(Firing, HistoryKeepsFourHundredAndPublishesTwoHundred) {
+    start();
+    for (int i = 0; i < 401; ++i) engine->note("line " + std::to_string(i));
+    perform(command::ToggleHold{});
+    EXPECT_EQ(engine->history().size(), 400u);
+    EXPECT_EQ(engine->history().back().text, "Follows paused");
+    EXPECT_EQ(engine->history().front().text, "line 2");
+    ASSERT_EQ(engine->state().history->size(), 200u);
+    EXPECT_EQ(engine->state().history->back().text, "Follows paused");
+}
+
+TEST_F(Firing, SectionStartsCountOnlyNearThePlannedTime) {
+    // The virtual clock starts at 10:00 UTC, minute 600.
+    show.sections.edit(0).plannedStart = 600 - 90;
+    graphic("One", std::nullopt);
+    graphic("Two", std::nullopt);
+    show.sections.push_back(Section{Uuid::random(), "Late", 510, std::nullopt, {}});
+    add("Three", GraphicCue{"Three", "", std::nullopt}, Follow::manual, 1);
+    start();
+    go();
+    EXPECT_EQ(engine->state().scheduleDeltaMinutes, 90);
+    const double firstStart = engine->sectionStarts().begin()->second;
+    goLater();
+    EXPECT_EQ(engine->sectionStarts().begin()->second, firstStart);
+
+    scheduler.advance(60);
+    goLater(); // minute 601 is 91 minutes past the plan: a rehearsal
+    EXPECT_EQ(engine->sectionStarts().size(), 1u);
+    EXPECT_EQ(engine->state().scheduleDeltaMinutes, 90);
+}
+
+TEST_F(Firing, StateIsStoredOnlyWhenItChanges) {
+    graphic("Title", 0.5);
+    start();
+    go();
+    const auto running = engine->stateVersion();
+    scheduler.advance(0.25);
+    EXPECT_GT(engine->stateVersion(), running) << "elapsed time is part of the state";
+    scheduler.advance(1);
+    const auto version = engine->stateVersion();
+    scheduler.advance(1); // ten ticks, nothing changing
+    EXPECT_EQ(engine->stateVersion(), version);
+}
+
+TEST_F(Firing, ShutdownLeavesNoTaskBehind) {
+    graphic("Timed", 30).preWait = 5;
+    video("Film");
+    start();
+    go();
+    goLater();
+    scheduler.advance(1);
+    engine->shutdown();
+    EXPECT_EQ(scheduler.pendingCount(), 0u);
+    EXPECT_EQ(outputs.closeAllCount, 1);
+    EXPECT_FALSE(outputs.hasHealthCallback());
+    const auto ticks = engine->tickCount();
+    scheduler.advance(10);
+    EXPECT_EQ(engine->tickCount(), ticks);
+}
+
+} // namespace
+} // namespace velarion::testing

@@ -1,0 +1,130 @@
+#pragma once
+// A live engine on doubles: virtual time, recorded outputs, players and
+// pictures that answer at once. Tests build a show with the helpers, start
+// the engine, and drive it with commands and time.
+
+#include "FakePictures.h"
+#include "FakePlayers.h"
+#include "RecordingOutputManager.h"
+#include "VirtualScheduler.h"
+
+#include "LiveEngine/LiveEngine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace velarion::testing {
+
+class EngineFixture : public ::testing::Test {
+protected:
+    EngineFixture() {
+        show.sections.push_back(Section{Uuid::random(), "Main", std::nullopt, std::nullopt, {}});
+        show.outputs.usesLogicalScreens = true;
+        show.outputs.screens = {screen("A"), screen("B")};
+        players.defaultSoundSeconds = 30;
+    }
+    ~EngineFixture() override {
+        if (engine) engine->shutdown();
+    }
+
+    static LogicalScreen screen(const std::string& id) {
+        LogicalScreen made;
+        made.id = id;
+        made.name = "Screen " + id;
+        made.destination = destination::Display{id};
+        made.layers = {LayerKind::background, LayerKind::media, LayerKind::slides,
+                       LayerKind::graphics, LayerKind::holding, LayerKind::messages};
+        return made;
+    }
+
+    Uuid addItem(const std::string& name, MediaKind kind, std::optional<double> seconds = {}) {
+        MediaItem item;
+        item.id = Uuid::random();
+        item.kind = kind;
+        item.name = name;
+        item.fileName = name;
+        item.duration = seconds;
+        show.library.push_back(item);
+        return item.id;
+    }
+
+    Cue& add(std::string name, CueKind kind, Follow follow = Follow::manual, std::size_t section = 0) {
+        Cue cue;
+        cue.id = Uuid::random();
+        cue.name = std::move(name);
+        cue.kind = std::move(kind);
+        cue.follow = follow;
+        show.sections.edit(section).cues.push_back(cue);
+        auto& cues = show.sections.edit(section).cues;
+        return cues.edit(cues.size() - 1);
+    }
+    Cue& image(std::string name, Follow follow = Follow::manual) {
+        const Uuid item = addItem(name + ".png", MediaKind::image);
+        return add(std::move(name), ImageCue{item}, follow);
+    }
+    Cue& video(std::string name, Follow follow = Follow::manual) {
+        const Uuid item = addItem(name + ".mp4", MediaKind::video, 10);
+        return add(std::move(name), VideoCue{item}, follow);
+    }
+    Cue& graphic(std::string name, std::optional<double> seconds, Follow follow = Follow::manual) {
+        return add(name, GraphicCue{name, "", seconds}, follow);
+    }
+    Cue& clearCue(std::string name, ClearTarget target, Follow follow = Follow::manual) {
+        return add(std::move(name), ClearCue{target, 0, std::nullopt}, follow);
+    }
+
+    void start() {
+        engine = std::make_unique<LiveEngine>(show, ShowPackage("/shows/Test.velarion"),
+                                              EnginePorts{scheduler, outputs, players, images, cards},
+                                              false);
+        scheduler.runDue();
+    }
+    void perform(const EngineCommand& command) { engine->perform(command); }
+    void go() { perform(command::Go{}); }
+    // GO after the lockout has passed.
+    void goLater() {
+        scheduler.advance(0.3);
+        go();
+    }
+
+    const Cue& cueNamed(const std::string& name) const {
+        for (const Cue* cue : show.allCues())
+            if (cue->name == name) return *cue;
+        throw std::runtime_error("no cue " + name);
+    }
+    std::vector<std::string> runningNames() const {
+        std::vector<std::string> names;
+        for (const RunningCue& running : engine->state().running) names.push_back(running.name);
+        return names;
+    }
+    const velarion::Run* runOf(const std::string& name) const {
+        for (const auto& [id, run] : engine->runs())
+            if (run.cue.name == name) return &run;
+        return nullptr;
+    }
+    std::vector<std::string> logTexts() const {
+        std::vector<std::string> texts;
+        for (const HistoryEntry& entry : engine->history()) texts.push_back(entry.text);
+        return texts;
+    }
+    bool logged(const std::string& text) const {
+        for (const HistoryEntry& entry : engine->history())
+            if (entry.text == text) return true;
+        return false;
+    }
+
+    VirtualScheduler scheduler;
+    RecordingOutputManager outputs;
+    FakeMediaPlayers players{scheduler};
+    FakeImageLoader images;
+    FakeTextCards cards;
+    Show show;
+    std::unique_ptr<LiveEngine> engine;
+};
+
+} // namespace velarion::testing

@@ -1,0 +1,86 @@
+#pragma once
+// An output manager for tests that draws nothing and remembers every call,
+// so a test reads exactly what the engine asked the screens to show.
+//
+// `health()` gives `reportedHealth`; `emitHealth` sets it and tells the
+// engine as a real manager would when a screen comes or goes. The program
+// output is `programID` unless the operator picked one; `programLayerIDs`
+// are the layers of the last applied scene routed to it or routed
+// everywhere. Main thread only, like the port.
+
+#include "LiveEngine/ports/OutputManager.h"
+
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace velarion::testing {
+
+struct AppliedOutputCall {
+    OutputScene scene;
+    LayerKinds kinds;
+    std::set<SceneID> surfaceIDs; // the keys of the surfaces given
+    LayerRoutes routes;
+    std::set<int> lyricLineLimits; // the keys of the lyric part pictures
+    std::optional<SceneID> lyricLayerID;
+};
+
+struct StageUpdateCall {
+    ConfidenceState confidence;
+    std::optional<TimerState> timer;
+    std::optional<std::string> nextCueName;
+    double wallSeconds = 0;
+    friend bool operator==(const StageUpdateCall&, const StageUpdateCall&) = default;
+};
+
+class RecordingOutputManager final : public OutputManager {
+public:
+    void apply(const OutputScene& scene, const LayerKinds& kinds, const VideoSurfaces& surfaces,
+               const LayerRoutes& routes, const LyricPartPictures& lyricParts,
+               const std::optional<SceneID>& lyricLayerID) override;
+    void configure(const OutputSetup& setup) override { setups.push_back(setup); }
+    void updateStage(const ConfidenceState& confidence, const std::optional<TimerState>& timer,
+                     const std::optional<std::string>& nextCueName, double wallSeconds) override;
+    void clearDiagnostics() override { ++clearDiagnosticsCount; }
+    void closeAll() override { ++closeAllCount; }
+
+    void setOnHealthChange(HealthCallback callback) override {
+        onHealthChange_ = std::move(callback);
+    }
+    std::vector<OutputHealth> health() const override { return reportedHealth; }
+
+    std::optional<std::string> programOutputID() const override;
+    std::string programOutputName() const override { return programName; }
+    std::optional<std::string> programOutputSelection() const override { return programSelection_; }
+    void selectProgramOutput(const std::optional<std::string>& destination) override {
+        programSelection_ = destination;
+    }
+    std::set<SceneID> programLayerIDs() const override;
+
+    // Stores the health and calls the engine's callback, if it set one.
+    void emitHealth(std::vector<OutputHealth> health);
+    bool hasHealthCallback() const { return static_cast<bool>(onHealthChange_); }
+
+    std::size_t applyCount() const { return applied.size(); }
+    // The latest apply; fails the test (throws) when there was none.
+    const AppliedOutputCall& lastApply() const;
+    const OutputScene& lastScene() const { return lastApply().scene; }
+
+    std::vector<AppliedOutputCall> applied;
+    std::vector<OutputSetup> setups;
+    std::vector<StageUpdateCall> stageUpdates;
+    int clearDiagnosticsCount = 0;
+    int closeAllCount = 0;
+
+    std::vector<OutputHealth> reportedHealth;
+    std::optional<std::string> programID = "_program";
+    std::string programName = "Program";
+
+private:
+    HealthCallback onHealthChange_;
+    std::optional<std::string> programSelection_;
+};
+
+} // namespace velarion::testing
