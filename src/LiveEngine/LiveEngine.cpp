@@ -49,6 +49,7 @@ LiveEngine::~LiveEngine() {
 void LiveEngine::shutdown() {
     if (isShutDown_) return;
     tickTask_.cancel();
+    panicTask_.cancel();
     stopEverything(0);
     publish();
     isShutDown_ = true;
@@ -87,8 +88,15 @@ void LiveEngine::perform(const EngineCommand& command) {
                 isHeld_ = !isHeld_;
                 log(HistoryEntry::Kind::mode, isHeld_ ? "Follows paused" : "Follows resumed");
             },
-            // Pause, seek, clears, the safe slide, decks, messages, Panic and
-            // track skipping are served by the on-air and sound controls.
+            [&](const command::Pause& c) { pause(c.runID); },
+            [&](const command::Resume& c) { resume(c.runID); },
+            [&](const command::Seek& c) { seek(c.runID, c.seconds); },
+            [&](const command::SetHolding& c) { setHolding(c.on); },
+            [&](const command::PauseAll&) { pauseAll(); },
+            [&](const command::ResumeAll&) { resumeAll(); },
+            [&](const command::Panic&) { panic(); },
+            // Decks, messages and track skipping are served by the deck,
+            // message and sound parts of the engine.
             [&](const auto&) {},
         },
         command);
@@ -146,11 +154,21 @@ void LiveEngine::applyLevels() {
             playback->player->setVolume(master * (dipped ? dipLevel : 1.0) * playback->cueLevel);
         }
         const auto* video = std::get_if<VideoCue>(&run->cue.kind);
-        if (video && run->video && !run->fadingOut)
+        if (video && run->video && !run->fadingOut) {
+            if (auto ramp = videoRamps_.find(run->video->id()); ramp != videoRamps_.end()) {
+                ramp->second.nextStep.cancel();
+                videoRamps_.erase(ramp);
+                videoRampTokens_.erase(run->video->id());
+            }
             run->video->setVolume(master * (run->soundHandedOff ? 0 : video->level), false);
+        }
     }
-    if (master == 0)
+    if (master == 0) {
+        for (auto& [id, ramp] : videoRamps_) ramp.nextStep.cancel();
+        videoRamps_.clear();
+        videoRampTokens_.clear();
         for (auto& [id, surface] : surfaceOwners_) surface->setVolume(0, false);
+    }
 }
 
 // MARK: The log

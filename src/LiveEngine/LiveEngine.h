@@ -159,6 +159,20 @@ private:
     void clearLayer(LayerKind kind, double fadeSeconds);
     void clearMessage(MessageTarget target);
 
+    // Panic, the safe slide, pause and seek.
+    void panic();
+    void setHolding(bool on);
+    void pause(const Uuid& runID);
+    void resume(const Uuid& runID);
+    void pauseAll();
+    void resumeAll();
+    void seek(const Uuid& runID, double seconds);
+    // A straight line in amplitude to `level` times the master, 30 steps a
+    // second; a newer ramp of the same surface replaces it.
+    void rampVideo(const std::shared_ptr<VideoSurface>& surface, double level, double seconds);
+    void rampStep(const SceneID& surfaceID, const Uuid& token, int step);
+    double master() const { return isMuted_ ? 0 : masterLevel_; }
+
     // Cue groups.
     void beginPlaybackGroup(const CueGroup& group);
     void playGroupStep(int index);
@@ -236,6 +250,17 @@ private:
     std::optional<std::string> stageMessage_;
     std::optional<std::string> audienceMessage_;
     std::map<MessageTarget, TaskHandle> messageTasks_;
+    TaskHandle panicTask_;
+    struct VideoRamp {
+        std::weak_ptr<VideoSurface> surface;
+        double startLevel = 0;
+        double targetLevel = 0;
+        int steps = 1;
+        double stepSeconds = 0;
+        TaskHandle nextStep;
+    };
+    std::map<SceneID, VideoRamp> videoRamps_;
+    std::map<SceneID, Uuid> videoRampTokens_;
     std::uint64_t stateVersion_ = 0;
 
     // Engine tasks by serial, so that shutdown can cancel what is left.

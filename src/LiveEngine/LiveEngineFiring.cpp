@@ -187,13 +187,15 @@ void LiveEngine::stop(const Uuid& runID, double fadeSeconds) {
     if (run == nullptr) return;
     log(HistoryEntry::Kind::stopped, "Stopped " + run->cue.name);
     run->cancelTasks();
+    if (run->audio) run->audio->isFadingOut = true;
+    for (AudioPlayback& tail : run->audioTails) tail.isFadingOut = true;
     for (const AudioPlayback* playback : run->allAudio()) {
         std::shared_ptr<SoundFilePlayer> player = playback->player;
         player->setVolume(0, std::max(fadeSeconds, 0.01));
         if (fadeSeconds > 0) after(fadeSeconds, [player] { player->stop(); });
         else player->stop();
     }
-    if (run->video) run->video->setVolume(0, false);
+    if (run->video) rampVideo(run->video, 0, fadeSeconds);
     finish(runID, true, fadeSeconds, false);
 }
 
@@ -212,6 +214,9 @@ void LiveEngine::stopEverything(double fadeSeconds) {
     visualRoutes_.clear();
     supersededDestinations_.clear();
     dippers_.clear();
+    for (auto& [id, ramp] : videoRamps_) ramp.nextStep.cancel();
+    videoRamps_.clear();
+    videoRampTokens_.clear();
     activeDeckRunID_.reset();
     stack_.clearAll(fadeSeconds);
     stageMessage_.reset();
@@ -316,7 +321,7 @@ void LiveEngine::tickVideo(Run& run) {
     const double position = run.video->currentSeconds();
     if (video.fadeOut > 0 && !run.fadingOut && *video.outPoint - video.fadeOut <= position) {
         run.fadingOut = true;
-        run.video->setVolume(0, false);
+        rampVideo(run.video, 0, video.fadeOut);
         stack_.clear(run.id, video.fadeOut);
     }
     if (position >= *video.outPoint)

@@ -1,0 +1,108 @@
+// Panic, the safe slide, pause and seek.
+
+#include "EngineFixture.h"
+
+namespace velarion::testing {
+namespace {
+
+using OnAir = EngineFixture;
+
+TEST_F(OnAir, PanicFadesThenStopsAndASecondPressStopsAtOnce) {
+    video("Film");
+    graphic("Title", std::nullopt, Follow::withPrevious);
+    graphic("Next", std::nullopt);
+    start();
+    go();
+    scheduler.advance(0.1);
+    auto surface = players.surfaces().front();
+    perform(command::Panic{});
+    EXPECT_TRUE(std::holds_alternative<PanicFading>(engine->state().panic));
+    EXPECT_EQ(engine->runs().size(), 2u) << "runs fade out first";
+    scheduler.advance(1.0);
+    EXPECT_NEAR(surface->volume(), 0.5, 0.05) << "the video's sound ramps down";
+    scheduler.advance(1.05);
+    EXPECT_TRUE(engine->runs().empty());
+    EXPECT_TRUE(std::holds_alternative<PanicIdle>(engine->state().panic));
+    EXPECT_EQ(engine->state().nextCueID, cueNamed("Next").id) << "Panic doesn't move Next";
+
+    goLater();
+    perform(command::Panic{});
+    perform(command::Panic{});
+    EXPECT_TRUE(logged("Panic — hard stop"));
+    EXPECT_TRUE(std::holds_alternative<PanicIdle>(engine->state().panic));
+    EXPECT_TRUE(engine->runs().empty());
+    goLater(); // end of show
+    perform(command::Fire{cueNamed("Title").id});
+    scheduler.advance(3);
+    EXPECT_TRUE(runOf("Title")) << "no delayed stop from the first press";
+}
+
+TEST_F(OnAir, PanicDropsWaitingCuesAndTakesTheSafeSlideDownButNotItsSwitch) {
+    graphic("A", 1);
+    graphic("A2", std::nullopt, Follow::afterPrevious);
+    graphic("B", std::nullopt);
+    start();
+    perform(command::ToggleHold{});
+    go();
+    scheduler.advance(1.5);
+    ASSERT_EQ(engine->state().heldCueIDs.size(), 1u);
+    const auto next = engine->state().nextCueID;
+    perform(command::SetHolding{true});
+    perform(command::SetHolding{true});
+    const auto log = logTexts();
+    EXPECT_EQ(std::count(log.begin(), log.end(), "Safe slide up"), 1);
+    EXPECT_EQ(engine->stack().layerID(LayerKind::holding).has_value(), true);
+    EXPECT_EQ(cards.calls.back().card, "holding");
+
+    perform(command::Panic{});
+    EXPECT_TRUE(engine->state().heldCueIDs.empty());
+    EXPECT_EQ(engine->state().nextCueID, next);
+    EXPECT_FALSE(engine->stack().layerID(LayerKind::holding));
+    EXPECT_TRUE(engine->state().holdingOn);
+}
+
+TEST_F(OnAir, PauseKeepsElapsedTimeAndSeekMovesAVideo) {
+    graphic("Title", std::nullopt);
+    video("Film");
+    std::get<VideoCue>(show.sections.edit(0).cues.edit(1).kind).layer = LayerKind::background;
+    start();
+    go();
+    scheduler.advance(2);
+    const Uuid title = runOf("Title")->id;
+    perform(command::Pause{title});
+    ASSERT_EQ(engine->state().running.size(), 1u);
+    const double elapsed = engine->state().running[0].elapsedSeconds;
+    scheduler.advance(10);
+    EXPECT_DOUBLE_EQ(engine->state().running[0].elapsedSeconds, elapsed);
+    perform(command::Resume{title});
+    EXPECT_DOUBLE_EQ(runOf("Title")->wallElapsed(scheduler.now()), elapsed);
+
+    goLater();
+    scheduler.advance(0.1);
+    perform(command::PauseAll{});
+    ASSERT_TRUE(runOf("Film"));
+    EXPECT_FALSE(runOf("Film")->video->isPlaying());
+    perform(command::Seek{runOf("Film")->id, 4});
+    perform(command::ResumeAll{});
+    EXPECT_TRUE(logged("Film moved to 0:04"));
+    EXPECT_NEAR(runOf("Film")->video->currentSeconds(), 4, 1e-9);
+    EXPECT_TRUE(logged("Resumed everything"));
+}
+
+TEST_F(OnAir, AClearCueInsideAGroupLeavesTheGroupPlaying) {
+    image("Still").groupDuration = 2;
+    clearCue("Wipe", ClearTarget::everything);
+    show.sections.edit(0).cues.edit(1).groupDuration = 1;
+    show.cueGroups = std::vector<CueGroup>{
+        CueGroup{Uuid::random(), "Loop", {cueNamed("Still").id, cueNamed("Wipe").id}, true}};
+    start();
+    go();
+    scheduler.advance(2.05);
+    EXPECT_TRUE(logged("Cleared everything"));
+    ASSERT_TRUE(engine->state().cueGroup) << "the group still plays";
+    EXPECT_EQ(engine->state().cueGroup->step, 2);
+    EXPECT_FALSE(runOf("Still"));
+}
+
+} // namespace
+} // namespace velarion::testing
