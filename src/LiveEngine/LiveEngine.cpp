@@ -73,11 +73,24 @@ void LiveEngine::perform(const EngineCommand& command) {
             [&](const command::SetMasterLevel& c) { setMasterLevel(c.level); },
             [&](const command::SetMuted& c) { setMuted(c.muted); },
             [&](const command::SetTalkOver& c) { setTalkOver(c.on); },
-            // The timer arrives with its own cue kind; until one runs these
-            // have nothing to act on.
-            [&](const command::AdjustTimer&) {},
-            [&](const command::ToggleTimerPause&) {},
-            [&](const command::ResetTimer&) {},
+            [&](const command::AdjustTimer& c) {
+                if (timer_) timer_->adjust(c.seconds);
+            },
+            [&](const command::ToggleTimerPause&) {
+                if (!timer_) return;
+                if (Run* run = findRun(timer_->runID()))
+                    run->isPaused() ? resume(run->id) : pause(run->id);
+                else
+                    timer_->togglePause(ports_.scheduler.now(), ports_.scheduler.wallNow());
+            },
+            [&](const command::ResetTimer&) {
+                if (timer_)
+                    timer_->reset(ports_.scheduler.now(), ports_.scheduler.wallNow(),
+                                  ports_.scheduler.calendar());
+            },
+            [&](const command::SendMessage& c) {
+                sendMessage(c.text, c.target, std::nullopt, std::nullopt);
+            },
             [&](const command::SelectProgramOutput& c) {
                 ports_.outputs.selectProgramOutput(c.destination);
             },
@@ -95,8 +108,8 @@ void LiveEngine::perform(const EngineCommand& command) {
             [&](const command::PauseAll&) { pauseAll(); },
             [&](const command::ResumeAll&) { resumeAll(); },
             [&](const command::Panic&) { panic(); },
-            // Decks, messages and track skipping are served by the deck,
-            // message and sound parts of the engine.
+            // Decks and track skipping are served by the deck and sound
+            // parts of the engine.
             [&](const auto&) {},
         },
         command);

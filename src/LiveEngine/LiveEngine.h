@@ -19,6 +19,7 @@
 #include "LiveEngine/EngineState.h"
 #include "LiveEngine/GroupPlayback.h"
 #include "LiveEngine/Run.h"
+#include "LiveEngine/TimerRun.h"
 #include "LiveEngine/ShowIndex.h"
 #include "LiveEngine/VisualStack.h"
 #include "LiveEngine/ports/ImageLoader.h"
@@ -100,6 +101,7 @@ public:
     const VisualStack& stack() const { return stack_; }
     std::uint64_t tickCount() const { return tickCount_; }
     const std::map<Uuid, double>& sectionStarts() const { return sectionStarts_; }
+    const std::optional<TimerRun>& timer() const { return timer_; }
 
     // Where Next goes after a cue: the first enabled manual cue behind it,
     // else the first enabled cue of any follow; none at the end of the show.
@@ -158,6 +160,16 @@ private:
                const std::optional<Uuid>& sparing = std::nullopt);
     void clearLayer(LayerKind kind, double fadeSeconds);
     void clearMessage(MessageTarget target);
+
+    // Timers, messages and the Stage Display.
+    void beginTimer(Run& run);
+    void beginMessage(Run& run);
+    void sendMessage(const std::string& text, MessageTarget target,
+                     std::optional<double> durationSeconds, std::optional<Uuid> runID);
+    void tickTimer();
+    void updateAudienceTimer();
+    ConfidenceState confidence() const;
+    std::optional<StillImage> loadImage(const Uuid& mediaID);
 
     // Panic, the safe slide, pause and seek.
     void panic();
@@ -251,6 +263,9 @@ private:
     std::optional<std::string> audienceMessage_;
     std::map<MessageTarget, TaskHandle> messageTasks_;
     TaskHandle panicTask_;
+    std::optional<TimerRun> timer_;
+    std::string lastAudienceTimerText_;
+    std::string lastAudienceTimerTitle_;
     struct VideoRamp {
         std::weak_ptr<VideoSurface> surface;
         double startLevel = 0;

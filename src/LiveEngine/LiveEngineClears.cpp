@@ -46,17 +46,4 @@ void LiveEngine::clearLayer(LayerKind kind, double fadeSeconds) {
     stack_.clear(kind, fadeSeconds);
 }
 
-void LiveEngine::clearMessage(MessageTarget target) {
-    if (auto task = messageTasks_.find(target); task != messageTasks_.end()) {
-        task->second.cancel();
-        messageTasks_.erase(task);
-    }
-    if (target == MessageTarget::stage) {
-        stageMessage_.reset();
-    } else {
-        audienceMessage_.reset();
-        stack_.clear(LayerKind::messages, 0.4);
-    }
-}
-
 } // namespace velarion

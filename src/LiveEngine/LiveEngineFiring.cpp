@@ -134,8 +134,10 @@ void LiveEngine::begin(const Uuid& runID) {
     case CueKindCase::video: beginVideo(*run); break;
     case CueKindCase::graphic: beginGraphic(*run); break;
     case CueKindCase::clear: beginClear(*run); break;
-    // Decks, sound, music apps, timers and messages start through their own
-    // parts of the engine; until then their runs stand without media.
+    case CueKindCase::timer: beginTimer(*run); break;
+    case CueKindCase::message: beginMessage(*run); break;
+    // Decks, sound and music apps start through their own parts of the
+    // engine; until then their runs stand without media.
     default: break;
     }
 }
@@ -161,6 +163,7 @@ void LiveEngine::finish(const Uuid& runID, bool clearVisual, double fadeSeconds,
         else surface->pause();
     }
     if (activeDeckRunID_ == runID) activeDeckRunID_.reset();
+    if (timer_ && timer_->runID() == runID) timer_.reset();
     if (dippers_.erase(runID) > 0 && dippers_.empty()) applyLevels();
 
     Run ended = std::move(run);
@@ -214,13 +217,14 @@ void LiveEngine::stopEverything(double fadeSeconds) {
     visualRoutes_.clear();
     supersededDestinations_.clear();
     dippers_.clear();
+    timer_.reset();
     for (auto& [id, ramp] : videoRamps_) ramp.nextStep.cancel();
     videoRamps_.clear();
     videoRampTokens_.clear();
     activeDeckRunID_.reset();
     stack_.clearAll(fadeSeconds);
-    stageMessage_.reset();
-    audienceMessage_.reset();
+    clearMessage(MessageTarget::stage);
+    clearMessage(MessageTarget::audience);
 }
 
 void LiveEngine::releaseOrHold(const Uuid& cueID) {
@@ -280,6 +284,8 @@ void LiveEngine::tick() {
         if (run == nullptr || run->isPaused() || run->waitingUntil) continue;
         if (std::holds_alternative<VideoCue>(run->cue.kind) && run->video) tickVideo(*run);
     }
+
+    tickTimer();
 
     if (playbackGroup_ && playbackGroup_->driverRunID) {
         const Run* driver = findRun(*playbackGroup_->driverRunID);

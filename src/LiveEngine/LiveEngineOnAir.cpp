@@ -68,6 +68,8 @@ void LiveEngine::pause(const Uuid& runID) {
     Run* run = findRun(runID);
     if (run == nullptr || run->isPaused()) return;
     run->pausedAt = ports_.scheduler.now();
+    if (timer_ && timer_->runID() == runID)
+        timer_->pause(ports_.scheduler.now(), ports_.scheduler.wallNow());
     if (run->audio) run->audio->isPaused = true;
     for (AudioPlayback& tail : run->audioTails) tail.isPaused = true;
     for (const AudioPlayback* playback : run->allAudio()) playback->player->pause();
@@ -79,6 +81,7 @@ void LiveEngine::resume(const Uuid& runID) {
     if (run == nullptr || !run->isPaused()) return;
     run->pausedTotalSeconds += ports_.scheduler.now() - *run->pausedAt;
     run->pausedAt.reset();
+    if (timer_ && timer_->runID() == runID) timer_->resume(ports_.scheduler.now());
     if (run->audio) run->audio->isPaused = false;
     for (AudioPlayback& tail : run->audioTails) tail.isPaused = false;
     for (const AudioPlayback* playback : run->allAudio()) playback->player->play();

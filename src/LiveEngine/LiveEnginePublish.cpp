@@ -97,7 +97,8 @@ void LiveEngine::refresh() {
     } else {
         next.history = state_.history;
     }
-    next.confidence = state_.confidence;
+    if (timer_) next.timer = timer_->snapshot(ports_.scheduler.now(), ports_.scheduler.wallNow());
+    next.confidence = confidence();
     if (activeDeckRunID_)
         if (const Run* deck = findRun(*activeDeckRunID_)) {
             next.activeDeckCueID = deck->cue.id;

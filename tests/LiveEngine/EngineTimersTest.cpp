@@ -1,0 +1,108 @@
+// Timers and messages.
+
+#include "EngineFixture.h"
+
+namespace velarion::testing {
+namespace {
+
+using Timers = EngineFixture;
+
+
+TEST_F(Timers, ACountdownRunsIntoOverrunAndReleasesItsFollowerOnce) {
+    TimerCue countdown{CountdownMode{10}, "Talk", 3, true, true, std::nullopt};
+    add("Speaker", countdown);
+    image("Applause", Follow::afterPrevious);
+    start();
+    go();
+    scheduler.advance(6.05);
+    ASSERT_TRUE(engine->state().timer);
+    EXPECT_NEAR(engine->state().timer->valueSeconds, 4, 1e-6) << "as of the last tick";
+    EXPECT_FALSE(engine->state().timer->isWarning);
+    scheduler.advance(1.5);
+    EXPECT_TRUE(engine->state().timer->isWarning);
+    EXPECT_FALSE(runOf("Applause"));
+    scheduler.advance(2.6);
+    EXPECT_TRUE(engine->state().timer->isOverrun);
+    EXPECT_TRUE(runOf("Applause"));
+    EXPECT_TRUE(runOf("Speaker")) << "a finished countdown stays, showing the overrun";
+    perform(command::Stop{runOf("Applause")->id});
+    scheduler.advance(5);
+    EXPECT_FALSE(runOf("Applause")) << "released once only";
+
+    const double before = engine->state().timer->valueSeconds;
+    perform(command::AdjustTimer{60});
+    EXPECT_NEAR(engine->state().timer->valueSeconds, before + 60, 0.11);
+    perform(command::Stop{runOf("Speaker")->id});
+    EXPECT_FALSE(engine->state().timer);
+}
+
+TEST_F(Timers, TheAudienceCardIsDrawnOnlyWhenItsTextChanges) {
+    add("Break", TimerCue{CountdownMode{120}, std::nullopt, 0, true, true, std::nullopt});
+    start();
+    go();
+    scheduler.advance(3.02);
+    std::vector<std::string> values;
+    for (const TextCardCall& call : cards.calls) {
+        ASSERT_EQ(call.card, "countdown");
+        EXPECT_EQ(call.texts[0], "Break");
+        values.push_back(call.texts[1]);
+    }
+    EXPECT_EQ(values, (std::vector<std::string>{"2:00", "1:59", "1:58", "1:57"}));
+    const SceneID layer = *engine->stack().layerID(LayerKind::graphics);
+    scheduler.advance(1);
+    EXPECT_EQ(engine->stack().layerID(LayerKind::graphics), layer) << "a new card is a cut";
+}
+
+TEST_F(Timers, PausingTheTimerRunFreezesItAndResetStartsOver) {
+    add("Clock", TimerCue{CountUpMode{}, std::nullopt, 0, true, false, std::nullopt});
+    start();
+    go();
+    scheduler.advance(5);
+    perform(command::ToggleTimerPause{});
+    EXPECT_TRUE(runOf("Clock")->isPaused());
+    scheduler.advance(5);
+    EXPECT_NEAR(engine->state().timer->valueSeconds, 5, 1e-9);
+    EXPECT_TRUE(engine->state().timer->isPaused);
+    perform(command::ToggleTimerPause{});
+    scheduler.advance(1);
+    EXPECT_NEAR(engine->state().timer->valueSeconds, 6, 1e-9);
+    perform(command::ResetTimer{});
+    EXPECT_NEAR(engine->state().timer->valueSeconds, 0, 1e-9);
+}
+
+TEST_F(Timers, ACountToTimerFreezesWhilePausedAndJumpsBackOnResume) {
+    // The virtual clock starts at 10:00; the timer aims at 10:30.
+    add("Doors", TimerCue{CountToMode{630}, std::nullopt, 0, true, false, std::nullopt});
+    start();
+    go();
+    EXPECT_NEAR(engine->state().timer->valueSeconds, 1800, 1e-6);
+    perform(command::ToggleTimerPause{});
+    scheduler.advance(60);
+    EXPECT_NEAR(engine->state().timer->valueSeconds, 1800, 1e-6);
+    perform(command::ToggleTimerPause{});
+    EXPECT_NEAR(engine->state().timer->valueSeconds, 1740, 1e-6);
+}
+
+TEST_F(Timers, MessagesReachTheirTargetAndExpire) {
+    add("Welcome", MessageCue{"Welcome!", MessageTarget::audience, 5});
+    graphic("Next", std::nullopt, Follow::afterPrevious);
+    start();
+    go();
+    EXPECT_EQ(engine->state().audienceMessage, "Welcome!");
+    EXPECT_TRUE(logged("Audience message: Welcome!"));
+    EXPECT_FALSE(runOf("Welcome")) << "the cue ends at once";
+    EXPECT_TRUE(runOf("Next"));
+    EXPECT_TRUE(engine->stack().layerID(LayerKind::messages));
+    scheduler.advance(5.1);
+    EXPECT_FALSE(engine->state().audienceMessage);
+    EXPECT_FALSE(engine->stack().layerID(LayerKind::messages));
+
+    perform(command::SendMessage{"Wrap up", MessageTarget::stage});
+    EXPECT_EQ(engine->state().confidence.stageMessage, "Wrap up");
+    EXPECT_FALSE(engine->stack().layerID(LayerKind::messages)) << "stage messages draw nothing";
+    perform(command::SendMessage{"", MessageTarget::stage});
+    EXPECT_FALSE(engine->state().stageMessage);
+}
+
+} // namespace
+} // namespace velarion::testing
