@@ -108,8 +108,12 @@ void LiveEngine::perform(const EngineCommand& command) {
             [&](const command::PauseAll&) { pauseAll(); },
             [&](const command::ResumeAll&) { resumeAll(); },
             [&](const command::Panic&) { panic(); },
-            // Decks and track skipping are served by the deck and sound
-            // parts of the engine.
+            [&](const command::GoToSlide& c) { goToSlide(c.index); },
+            [&](const command::GoToDeckSlide& c) { showDeckSlide(c.cueID, c.index); },
+            [&](const command::ShowDeckBackground& c) { showDeckBackground(c.cueID); },
+            [&](const command::NextSlide&) { moveSlide(1); },
+            [&](const command::PreviousSlide&) { moveSlide(-1); },
+            // Skipping a track is served by the sound part of the engine.
             [&](const auto&) {},
         },
         command);

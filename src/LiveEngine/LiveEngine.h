@@ -26,6 +26,7 @@
 #include "LiveEngine/ports/MediaPlayers.h"
 #include "LiveEngine/ports/OutputManager.h"
 #include "LiveEngine/ports/Scheduler.h"
+#include "LiveEngine/ports/SlidePictures.h"
 #include "LiveEngine/ports/TextCards.h"
 #include "LiveModel/Show.h"
 #include "LiveModel/ShowPackage.h"
@@ -49,6 +50,7 @@ struct EnginePorts {
     MediaPlayers& players;
     ImageLoader& images;
     TextCards& cards;
+    SlidePictures& slides;
 };
 
 class LiveEngine {
@@ -65,6 +67,16 @@ public:
     static inline const std::string programDestination = "_program";
 
     LiveEngine(Show show, ShowPackage package, EnginePorts ports, bool controlsMusicApps);
+
+    // Built-in backdrop loops: where one is already rendered, and how to
+    // render one. The second answers once, on the main loop, with the file
+    // or none when rendering failed. Set by the application; without them a
+    // built-in backdrop shows nothing.
+    using BackdropReady = std::function<std::optional<std::filesystem::path>(BuiltInBackdrop)>;
+    using PrepareBackdrop = std::function<void(
+        BuiltInBackdrop, std::function<void(std::optional<std::filesystem::path>)>)>;
+    BackdropReady backdropReadyURL;
+    PrepareBackdrop prepareBackdropLoop;
     ~LiveEngine();
     LiveEngine(const LiveEngine&) = delete;
     LiveEngine& operator=(const LiveEngine&) = delete;
@@ -171,6 +183,30 @@ private:
     ConfidenceState confidence() const;
     std::optional<StillImage> loadImage(const Uuid& mediaID);
 
+    // Live decks.
+    struct LiveLyric {
+        const Song* song = nullptr;
+        std::vector<std::string> lines;
+        const MadeSlide* slide = nullptr;
+        Uuid deckID;
+        std::optional<Backdrop> background;
+    };
+    const DeckInfo* deck(const Run& run) const;
+    double slideDissolve(const Run& run) const;
+    void beginSlides(Run& run);
+    void showSlide(int index, const Uuid& runID);
+    void moveSlide(int delta);
+    void goToSlide(int index);
+    void showDeckSlide(const Uuid& cueID, int index);
+    void showDeckBackground(const Uuid& cueID);
+    void applyDeckBackground(const Uuid& runID);
+    void showBackdrop(const Backdrop& backdrop, const Uuid& runID);
+    void loopBackdrop(const std::filesystem::path& file, const Uuid& runID, const Uuid& token);
+    std::optional<LiveLyric> liveLyric(const Run& run) const;
+    int lyricPartCount(const Run& run) const;
+    LyricPartPictures lyricPartPictures();
+    Run* activeRunOf(const Uuid& cueID);
+
     // Panic, the safe slide, pause and seek.
     void panic();
     void setHolding(bool on);
@@ -264,6 +300,8 @@ private:
     std::map<MessageTarget, TaskHandle> messageTasks_;
     TaskHandle panicTask_;
     std::optional<TimerRun> timer_;
+    std::map<std::string, StillImage> lyricPictures_;
+    std::map<Uuid, std::shared_ptr<VideoSurface>> backdropSurfaces_; // by run
     std::string lastAudienceTimerText_;
     std::string lastAudienceTimerTitle_;
     struct VideoRamp {

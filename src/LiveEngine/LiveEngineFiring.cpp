@@ -130,14 +130,15 @@ void LiveEngine::begin(const Uuid& runID) {
     Run* run = findRun(runID);
     if (run == nullptr) return;
     switch (cueKind::kindCase(run->cue.kind)) {
+    case CueKindCase::slides: beginSlides(*run); break;
     case CueKindCase::image: beginImage(*run); break;
     case CueKindCase::video: beginVideo(*run); break;
     case CueKindCase::graphic: beginGraphic(*run); break;
     case CueKindCase::clear: beginClear(*run); break;
     case CueKindCase::timer: beginTimer(*run); break;
     case CueKindCase::message: beginMessage(*run); break;
-    // Decks, sound and music apps start through their own parts of the
-    // engine; until then their runs stand without media.
+    // Sound and music apps start through their own parts of the engine;
+    // until then their runs stand without media.
     default: break;
     }
 }
@@ -163,6 +164,12 @@ void LiveEngine::finish(const Uuid& runID, bool clearVisual, double fadeSeconds,
         else surface->pause();
     }
     if (activeDeckRunID_ == runID) activeDeckRunID_.reset();
+    if (auto backdrop = backdropSurfaces_.find(runID); backdrop != backdropSurfaces_.end()) {
+        std::shared_ptr<VideoSurface> surface = backdrop->second;
+        backdropSurfaces_.erase(backdrop);
+        if (fadeSeconds > 0) after(fadeSeconds, [surface] { surface->pause(); });
+        else surface->pause();
+    }
     if (timer_ && timer_->runID() == runID) timer_.reset();
     if (dippers_.erase(runID) > 0 && dippers_.empty()) applyLevels();
 
@@ -210,6 +217,8 @@ void LiveEngine::stopEverything(double fadeSeconds) {
         for (const AudioPlayback* playback : run.allAudio()) playback->player->stop();
         if (run.video) run.video->pause();
     }
+    for (auto& [id, surface] : backdropSurfaces_) surface->pause();
+    backdropSurfaces_.clear();
     runs_.clear();
     runOrder_.clear();
     afterFinish_.clear();

@@ -2,6 +2,8 @@
 
 #include "LiveEngine/LiveEngine.h"
 
+#include "LiveModel/TimeText.h"
+
 #include <cmath>
 
 namespace velarion {
@@ -38,6 +40,7 @@ void LiveEngine::publish() {
     for (const SceneLayer& layer : audienceScene_.layers) collectSurface(layer.content, shown);
     for (const auto& [id, run] : runs_)
         if (run.video) shown.insert(run.video->id());
+    for (const auto& [id, surface] : backdropSurfaces_) shown.insert(surface->id());
     std::erase_if(surfaceOwners_, [&](const auto& item) { return !shown.contains(item.first); });
     surfaces_ = surfaceOwners_;
 
@@ -56,7 +59,7 @@ void LiveEngine::publish() {
     }
 
     ports_.outputs.apply(audienceScene_, audienceLayerKinds_, surfaces_, audienceLayerRoutes_,
-                         LyricPartPictures{}, stack_.layerID(LayerKind::slides));
+                         lyricPartPictures(), stack_.layerID(LayerKind::slides));
 
     // Leaving layers have now been shown one last time; the next scene
     // leaves them out and the renderer plays their fade.
@@ -176,6 +179,15 @@ RunningCue LiveEngine::runningCue(const Run& run) const {
     } else if (run.slideIndex && run.slideCount) {
         view.detail = "Slide " + std::to_string(*run.slideIndex + 1) + " of " +
                       std::to_string(*run.slideCount);
+        if (const int parts = lyricPartCount(run); parts > 1)
+            view.detail += " · part " + std::to_string(run.slidePart + 1) + " of " +
+                           std::to_string(parts);
+    } else if (timer_ && timer_->runID() == run.id) {
+        view.detail = timer_->isCountUp()
+                          ? "Counting up"
+                          : TimeText::duration(TimeText::timerSeconds(
+                                timer_->value(now, ports_.scheduler.wallNow()), false)) +
+                                " left";
     } else if (!run.playlistOrder.empty()) {
         view.detail = "Song " + std::to_string(run.playlistIndex + 1) + " of " +
                       std::to_string(run.playlistOrder.size());

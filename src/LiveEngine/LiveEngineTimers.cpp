@@ -134,8 +134,20 @@ void LiveEngine::clearMessage(MessageTarget target) {
 
 ConfidenceState LiveEngine::confidence() const {
     ConfidenceState digest;
-    if (lastFiredCueID_) {
+    if (lastFiredCueID_)
         if (const Section* section = index_.section(*lastFiredCueID_)) digest.sectionName = section->title;
+    const Run* deckRun = activeDeckRunID_ ? findRun(*activeDeckRunID_) : nullptr;
+    const DeckInfo* info = deckRun ? deck(*deckRun) : nullptr;
+    if (info && deckRun->slideIndex) {
+        const auto index = static_cast<std::size_t>(*deckRun->slideIndex);
+        digest.slideNumber = *deckRun->slideIndex + 1;
+        digest.slideCount = static_cast<int>(info->pages.size());
+        if (index < info->pages.size())
+            digest.currentSlide = package_.mediaURL(info->pages[index]).string();
+        if (index + 1 < info->pages.size())
+            digest.nextSlide = package_.mediaURL(info->pages[index + 1]).string();
+        if (index < info->notes.size()) digest.notes = info->notes[index];
+    } else if (lastFiredCueID_) {
         if (const Cue* cue = index_.cue(*lastFiredCueID_)) digest.notes = cue->notes;
     }
     digest.stageMessage = stageMessage_;

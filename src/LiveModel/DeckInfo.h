@@ -38,6 +38,10 @@ struct MadeSlide {
     std::vector<std::string> effectiveSectionNames() const;
     // `boxes`, or the layout's fixed boxes holding `title` and `text`.
     std::vector<TextBox> effectiveBoxes() const;
+    // A copy showing only `lyrics` where the slide's sung lines stand: in
+    // its generated lyric box when it has boxes, else as its text. Screens
+    // that show fewer lines than the slide get one part each this way.
+    MadeSlide showingLyricPart(const std::string& lyrics) const;
 
     friend bool operator==(const MadeSlide&, const MadeSlide&) = default;
 };

@@ -122,6 +122,19 @@ std::vector<std::string> MadeSlide::effectiveSectionNames() const {
     return {};
 }
 
+MadeSlide MadeSlide::showingLyricPart(const std::string& lyrics) const {
+    MadeSlide part = *this;
+    if (!part.boxes) {
+        part.text = lyrics;
+        return part;
+    }
+    if (!lyricSource || lyricSource->baseline.boxes.empty()) return part;
+    const Uuid& lyricID = lyricSource->baseline.boxes.front().id;
+    for (TextBox& box : *part.boxes)
+        if (box.id == lyricID) box.text = lyrics;
+    return part;
+}
+
 std::vector<TextBox> MadeSlide::effectiveBoxes() const {
     if (boxes)
         return *boxes;

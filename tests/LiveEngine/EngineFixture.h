@@ -80,7 +80,7 @@ protected:
 
     void start() {
         engine = std::make_unique<LiveEngine>(show, ShowPackage("/shows/Test.velarion"),
-                                              EnginePorts{scheduler, outputs, players, images, cards},
+                                              EnginePorts{scheduler, outputs, players, images, cards, slides},
                                               false);
         scheduler.runDue();
     }
@@ -123,6 +123,7 @@ protected:
     FakeMediaPlayers players{scheduler};
     FakeImageLoader images;
     FakeTextCards cards;
+    FakeSlidePictures slides;
     Show show;
     std::unique_ptr<LiveEngine> engine;
 };

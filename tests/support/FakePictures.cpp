@@ -74,3 +74,21 @@ std::optional<StillImage> FakeTextCards::draw(TextCardCall call) {
 }
 
 } // namespace velarion::testing
+
+namespace velarion::testing {
+
+std::string FakeSlidePictures::pageName(const Uuid& deckID, const MadeSlide& slide) {
+    std::string text = slide.text;
+    if (slide.boxes)
+        for (const TextBox& box : *slide.boxes) text += "|" + box.text;
+    return deckID.text() + ":" + text;
+}
+
+std::optional<StillImage> FakeSlidePictures::render(const MadeSlide& slide,
+                                                    const std::optional<Backdrop>&) {
+    rendered.push_back(pageName(Uuid{}, slide).substr(Uuid{}.text().size() + 1));
+    if (failing) return std::nullopt;
+    return solidStill(4, 4, SceneColor{1, 1, 1, 1});
+}
+
+} // namespace velarion::testing

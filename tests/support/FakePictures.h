@@ -60,3 +60,22 @@ private:
 };
 
 } // namespace velarion::testing
+
+#include "LiveEngine/ports/SlidePictures.h"
+
+namespace velarion::testing {
+
+// Slides drawn as small solid pictures; the page name is the slide's text,
+// so tests can see which lyric part a screen was given.
+class FakeSlidePictures final : public SlidePictures {
+public:
+    std::string pageName(const Uuid& deckID, const MadeSlide& slide) override;
+    std::optional<StillImage> render(const MadeSlide& slide,
+                                     const std::optional<Backdrop>& background) override;
+
+    bool failing = false;
+    // The lyric text of every slide drawn, in order.
+    std::vector<std::string> rendered;
+};
+
+} // namespace velarion::testing
