@@ -84,6 +84,12 @@ public:
     void perform(const EngineCommand& command);
     void shutdown();
 
+    // A committed edit: the new show and the cues the edit changed. What
+    // runs is brought in line without restarting what needn't restart.
+    void apply(Show show, const std::set<Uuid>& touched);
+    // The same show in another package, as after Save As.
+    void replacePackage(ShowPackage package) { package_ = std::move(package); }
+
     // Logging for other objects: `mode` and `warning` lines.
     void note(const std::string& text);
     void warn(const std::string& text);
@@ -206,6 +212,11 @@ private:
     int lyricPartCount(const Run& run) const;
     LyricPartPictures lyricPartPictures();
     Run* activeRunOf(const Uuid& cueID);
+
+    // Live updates.
+    void updateRun(const Uuid& runID, const Cue& old, const Show& oldShow, bool touched);
+    void updateRoutes(const Uuid& runID);
+    void updateDeck(const Uuid& runID, const Cue& old, const Show& oldShow);
 
     // Panic, the safe slide, pause and seek.
     void panic();
