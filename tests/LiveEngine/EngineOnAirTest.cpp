@@ -61,6 +61,31 @@ TEST_F(OnAir, PanicDropsWaitingCuesAndTakesTheSafeSlideDownButNotItsSwitch) {
     EXPECT_TRUE(engine->state().holdingOn);
 }
 
+TEST_F(OnAir, TheSafeSlideCoversAPlayingVideoUntilPanicTakesBothDown) {
+    video("Film");
+    const Uuid logo = addItem("Logo.png", MediaKind::image);
+    show.holding.mediaID = logo;
+    start();
+    go();
+    scheduler.advance(0.5);
+    perform(command::SetHolding{true});
+    const OutputScene& scene = engine->audienceScene();
+    ASSERT_EQ(scene.layers.size(), 2u);
+    EXPECT_EQ(engine->audienceLayerKinds().at(scene.layers.back().id), LayerKind::holding);
+    EXPECT_TRUE(std::holds_alternative<SceneStillContent>(scene.layers.back().content));
+    EXPECT_EQ(scene.layers.back().scaling, SceneScaling::fill);
+    EXPECT_TRUE(engine->state().programCoveredByHolding);
+    scheduler.advance(3);
+    EXPECT_TRUE(runOf("Film")->video->isPlaying()) << "everything goes on behind it";
+
+    perform(command::Panic{});
+    scheduler.advance(2.1);
+    EXPECT_TRUE(engine->audienceScene().layers.empty());
+    EXPECT_TRUE(engine->state().holdingOn);
+    perform(command::SetHolding{false});
+    EXPECT_TRUE(logged("Safe slide down"));
+}
+
 TEST_F(OnAir, PauseKeepsElapsedTimeAndSeekMovesAVideo) {
     graphic("Title", std::nullopt);
     video("Film");

@@ -83,6 +83,26 @@ TEST_F(Timers, ACountToTimerFreezesWhilePausedAndJumpsBackOnResume) {
     EXPECT_NEAR(engine->state().timer->valueSeconds, 1740, 1e-6);
 }
 
+TEST(TimerClock, CountingToATimeCrossesMidnightInTheOperatorsZone) {
+    // 23:00 in a zone five hours behind UTC is 04:00 UTC the next day.
+    const FixedOffsetCalendar newYork(-5 * 3600);
+    const double elevenPM = 1'773'100'800 + 4 * 3600; // 2026-03-10 04:00 UTC
+    Cue cue;
+    cue.name = "Midnight";
+    const TimerCue toMidnight{CountToMode{0}, std::nullopt, 60, true, false, std::nullopt};
+    TimerRun run(Uuid::random(), cue, toMidnight, 0, elevenPM, newYork);
+    EXPECT_NEAR(run.value(0, elevenPM), 3600, 1e-6) << "midnight tomorrow, not 23 hours ago";
+
+    // Ninety minutes past a target still counts as late, not as tomorrow.
+    const TimerCue toTen{CountToMode{22 * 60}, std::nullopt, 60, true, false, std::nullopt};
+    TimerRun late(Uuid::random(), cue, toTen, 0, elevenPM + 1800, newYork);
+    EXPECT_NEAR(late.value(0, elevenPM + 1800), -5400, 1e-6);
+    const TimerState state = late.snapshot(0, elevenPM + 1800);
+    EXPECT_TRUE(state.isOverrun);
+    EXPECT_FALSE(state.isWarning);
+    EXPECT_EQ(state.endsAt, elevenPM - 3600);
+}
+
 TEST_F(Timers, MessagesReachTheirTargetAndExpire) {
     add("Welcome", MessageCue{"Welcome!", MessageTarget::audience, 5});
     graphic("Next", std::nullopt, Follow::afterPrevious);
@@ -102,6 +122,20 @@ TEST_F(Timers, MessagesReachTheirTargetAndExpire) {
     EXPECT_FALSE(engine->stack().layerID(LayerKind::messages)) << "stage messages draw nothing";
     perform(command::SendMessage{"", MessageTarget::stage});
     EXPECT_FALSE(engine->state().stageMessage);
+}
+
+TEST_F(Timers, AMessageWithoutADurationOrWithZeroStaysUp) {
+    add("Forever", MessageCue{"Doors open", MessageTarget::audience, std::nullopt});
+    add("Zero", MessageCue{"Coffee", MessageTarget::stage, 0});
+    start();
+    go();
+    goLater();
+    scheduler.advance(600);
+    EXPECT_EQ(engine->state().audienceMessage, "Doors open");
+    EXPECT_EQ(engine->state().stageMessage, "Coffee");
+    perform(command::ClearMessage{MessageTarget::audience});
+    EXPECT_FALSE(engine->state().audienceMessage);
+    EXPECT_EQ(engine->state().stageMessage, "Coffee");
 }
 
 } // namespace
