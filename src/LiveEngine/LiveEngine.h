@@ -127,6 +127,11 @@ public:
     std::optional<int> scheduleDelta() const;
     RunningCue runningCue(const Run& run) const;
     std::optional<NowPlayingMusic> nowPlaying() const;
+    // A picture of what a cue will show, for the Stage Display's next-cue
+    // view; answers once, on the main loop, with none when there is nothing
+    // to show or it can't be made. Videos answer none until frame grabbing
+    // is available to the engine.
+    void standbyImage(const Uuid& cueID, std::function<void(std::optional<StillImage>)> done);
 
 private:
     // The tick and the state.

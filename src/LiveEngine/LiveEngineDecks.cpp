@@ -287,4 +287,26 @@ LyricPartPictures LiveEngine::lyricPartPictures() {
     return pictures;
 }
 
+void LiveEngine::standbyImage(const Uuid& cueID,
+                              std::function<void(std::optional<StillImage>)> done) {
+    std::optional<StillImage> picture;
+    if (const Cue* cue = index_.cue(cueID)) {
+        if (const auto* slides = std::get_if<SlidesCue>(&cue->kind)) {
+            const MediaItem* item = show_.media(slides->deckID);
+            if (item && item->deck && !item->deck->pages.empty()) {
+                const auto page = std::min(static_cast<std::size_t>(std::max(slides->startSlide, 0)),
+                                           item->deck->pages.size() - 1);
+                picture = ports_.images.load(package_.mediaURL(item->deck->pages[page]).string());
+            }
+        } else if (const auto* image = std::get_if<ImageCue>(&cue->kind)) {
+            picture = loadImage(image->mediaID);
+        } else if (const auto* message = std::get_if<MessageCue>(&cue->kind)) {
+            picture = ports_.cards.banner(message->text);
+        } else if (const auto* graphic = std::get_if<GraphicCue>(&cue->kind)) {
+            picture = ports_.cards.lowerThird(graphic->title, graphic->subtitle);
+        }
+    }
+    post([done = std::move(done), picture = std::move(picture)] { done(picture); });
+}
+
 } // namespace velarion

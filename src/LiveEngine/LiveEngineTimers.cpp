@@ -15,6 +15,13 @@ void LiveEngine::beginTimer(Run& run) {
     lastAudienceTimerTitle_.clear();
     if (const auto* countdown = std::get_if<CountdownMode>(&timer.mode))
         run.durationSeconds = countdown->seconds;
+    const CountdownLook look = timer.effectiveLook();
+    if (timer.showOnAudience && look.layout == CountdownLayout::fullScreen &&
+        !std::holds_alternative<backdrop::None>(look.backdrop)) {
+        const Uuid runID = run.id;
+        takeLayer(LayerKind::background, run, std::nullopt);
+        if (findRun(runID)) showBackdrop(look.backdrop, runID);
+    }
     updateAudienceTimer();
 }
 

@@ -140,3 +140,31 @@ TEST_F(Timers, AMessageWithoutADurationOrWithZeroStaysUp) {
 
 } // namespace
 } // namespace velarion::testing
+
+namespace velarion::testing {
+namespace {
+
+TEST_F(Timers, AFullScreenCountdownBringsItsBackdropAndStandbyPicturesArrive) {
+    TimerCue full{CountdownMode{60}, std::nullopt, 0, true, true, std::nullopt};
+    full.look = CountdownLook{CountdownLayout::fullScreen, backdrop::Color{0x0000FF}, std::nullopt};
+    add("Countdown", full);
+    image("Poster");
+    start();
+    go();
+    ASSERT_TRUE(engine->stack().layerID(LayerKind::background));
+    EXPECT_EQ(engine->stack().runID(LayerKind::background), runOf("Countdown")->id);
+    EXPECT_EQ(cards.calls.back().card, "countdownFull");
+
+    std::optional<StillImage> standby;
+    bool answered = false;
+    engine->standbyImage(cueNamed("Poster").id, [&](std::optional<StillImage> picture) {
+        answered = true;
+        standby = std::move(picture);
+    });
+    EXPECT_FALSE(answered) << "the answer comes on the main loop, not inside the call";
+    scheduler.runDue();
+    EXPECT_TRUE(answered && standby);
+}
+
+} // namespace
+} // namespace velarion::testing
