@@ -113,8 +113,7 @@ void LiveEngine::perform(const EngineCommand& command) {
             [&](const command::ShowDeckBackground& c) { showDeckBackground(c.cueID); },
             [&](const command::NextSlide&) { moveSlide(1); },
             [&](const command::PreviousSlide&) { moveSlide(-1); },
-            // Skipping a track is served by the sound part of the engine.
-            [&](const auto&) {},
+            [&](const command::SkipTrack&) { skipTrack(); },
         },
         command);
     publish();
@@ -154,10 +153,11 @@ void LiveEngine::setMuted(bool muted) {
 }
 
 void LiveEngine::setTalkOver(bool on) {
+    if (dippers_.contains(talkOverID_) == on) return;
     const bool wasDipping = !dippers_.empty();
     if (on) dippers_.insert(talkOverID_);
     else dippers_.erase(talkOverID_);
-    if (wasDipping != !dippers_.empty()) applyLevels();
+    if (wasDipping != !dippers_.empty()) rampMusic(dipFadeSeconds);
     log(HistoryEntry::Kind::mode,
         on ? "Talk over — music dipped" : "Talk over ended — music back up");
 }

@@ -37,6 +37,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <random>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -223,6 +224,29 @@ private:
     void updateRoutes(const Uuid& runID);
     void updateDeck(const Uuid& runID, const Cue& old, const Show& oldShow);
 
+    // Sound.
+    bool isMusic(const Run& run) const { return show_.soundRole(run.cue) == SoundRole::music; }
+    double dipFactor(const Run& run) const { return !dippers_.empty() && isMusic(run) ? dipLevel : 1.0; }
+    std::optional<std::string> deviceUID(AudioBus bus, const Cue& cue) const;
+    void rampMusic(double seconds);
+    void handOffMusic(const Run& run, double fadeInSeconds);
+    void handOffVideoSound(const Run& run, double fadeInSeconds);
+    void applyMusicRule(const Run& run, const VideoCue& video);
+    std::optional<AudioPlayback> openPlayback(const std::filesystem::path& file,
+                                              const std::optional<std::string>& device,
+                                              double inPoint, std::optional<double> outPoint,
+                                              double fadeOut, double level, bool loopsItself);
+    void startPlayback(AudioPlayback& playback, double target, double fadeInSeconds);
+    void beginAudio(Run& run);
+    void tickAudio(Run& run);
+    void crossfadeAudioLoop(const Uuid& runID);
+    void beginPlaylist(Run& run);
+    std::vector<Uuid> playingOrder(const PlaylistCue& cue, const std::optional<Uuid>& avoidingFirst);
+    bool startPlaylistSong(const Uuid& runID, std::size_t from, double fadeInSeconds);
+    void tickPlaylist(Run& run);
+    void advancePlaylist(const Uuid& runID, double fadeSeconds);
+    void skipTrack();
+
     // Panic, the safe slide, pause and seek.
     void panic();
     void setHolding(bool on);
@@ -330,6 +354,7 @@ private:
     };
     std::map<SceneID, VideoRamp> videoRamps_;
     std::map<SceneID, Uuid> videoRampTokens_;
+    std::mt19937 shuffler_{std::random_device{}()};
     std::uint64_t stateVersion_ = 0;
 
     // Engine tasks by serial, so that shutdown can cancel what is left.

@@ -132,13 +132,15 @@ void LiveEngine::begin(const Uuid& runID) {
     switch (cueKind::kindCase(run->cue.kind)) {
     case CueKindCase::slides: beginSlides(*run); break;
     case CueKindCase::image: beginImage(*run); break;
+    case CueKindCase::audio: beginAudio(*run); break;
+    case CueKindCase::playlist: beginPlaylist(*run); break;
     case CueKindCase::video: beginVideo(*run); break;
     case CueKindCase::graphic: beginGraphic(*run); break;
     case CueKindCase::clear: beginClear(*run); break;
     case CueKindCase::timer: beginTimer(*run); break;
     case CueKindCase::message: beginMessage(*run); break;
-    // Sound and music apps start through their own parts of the engine;
-    // until then their runs stand without media.
+    // Music apps start through their own part of the engine; until then
+    // their runs stand without media.
     default: break;
     }
 }
@@ -171,7 +173,7 @@ void LiveEngine::finish(const Uuid& runID, bool clearVisual, double fadeSeconds,
         else surface->pause();
     }
     if (timer_ && timer_->runID() == runID) timer_.reset();
-    if (dippers_.erase(runID) > 0 && dippers_.empty()) applyLevels();
+    if (dippers_.erase(runID) > 0 && dippers_.empty()) rampMusic(dipFadeSeconds);
 
     Run ended = std::move(run);
     runs_.erase(found);
@@ -225,6 +227,8 @@ void LiveEngine::stopEverything(double fadeSeconds) {
     heldFollowers_.clear();
     visualRoutes_.clear();
     supersededDestinations_.clear();
+    if (dippers_.contains(talkOverID_))
+        log(HistoryEntry::Kind::mode, "Talk over ended with the music");
     dippers_.clear();
     timer_.reset();
     for (auto& [id, ramp] : videoRamps_) ramp.nextStep.cancel();
@@ -291,7 +295,9 @@ void LiveEngine::tick() {
     for (const Uuid& id : ids) {
         Run* run = findRun(id);
         if (run == nullptr || run->isPaused() || run->waitingUntil) continue;
-        if (std::holds_alternative<VideoCue>(run->cue.kind) && run->video) tickVideo(*run);
+        if (std::holds_alternative<PlaylistCue>(run->cue.kind)) tickPlaylist(*run);
+        else if (std::holds_alternative<AudioCue>(run->cue.kind) && run->audio) tickAudio(*run);
+        else if (std::holds_alternative<VideoCue>(run->cue.kind) && run->video) tickVideo(*run);
     }
 
     tickTimer();

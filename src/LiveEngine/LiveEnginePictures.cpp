@@ -198,8 +198,17 @@ void LiveEngine::videoPrepared(const Uuid& runID, const VideoPreparation& result
         run->durationSeconds = video.outPoint.value_or(info.durationSeconds) - video.inPoint;
     std::shared_ptr<VideoSurface> surface = run->video;
     if (video.inPoint > 0) surface->seek(video.inPoint);
-    const double master = isMuted_ ? 0 : masterLevel_;
-    surface->setVolume(master * video.level, false);
+    surface->setAudioOutputDeviceUID(deviceUID(AudioBus::house, run->cue));
+    handOffVideoSound(*run, video.fadeIn);
+    if (Run* current = findRun(runID)) applyMusicRule(*current, video);
+    run = findRun(runID);
+    if (run == nullptr) return;
+    if (video.fadeIn > 0) {
+        surface->setVolume(0, false);
+        rampVideo(surface, video.level, video.fadeIn);
+    } else {
+        surface->setVolume(master() * video.level, false);
+    }
     showPicture(*run, SceneVideoContent{surface->id()}, video.layer, video.fadeIn, SceneScaling::fit);
     surface->play();
 }

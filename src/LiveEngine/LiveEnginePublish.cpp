@@ -202,8 +202,14 @@ std::optional<NowPlayingMusic> LiveEngine::nowPlaying() const {
         if (!run->audio) continue;
         NowPlayingMusic music;
         music.source = NowPlayingMusic::Source::file;
-        if (const MediaItem* item = show_.media(cueKind::mediaID(run->cue.kind).value_or(Uuid{})))
-            music.title = item->name;
+        std::optional<Uuid> song = cueKind::mediaID(run->cue.kind);
+        if (std::holds_alternative<PlaylistCue>(run->cue.kind)) {
+            const auto index = static_cast<std::size_t>(run->playlistIndex);
+            if (index < run->playlistOrder.size()) song = run->playlistOrder[index];
+            music.isPlaylist = true;
+            music.artist = std::to_string(index + 1) + " of " + std::to_string(run->playlistOrder.size());
+        }
+        if (const MediaItem* item = song ? show_.media(*song) : nullptr) music.title = item->name;
         music.positionSeconds = std::max(0.0, run->audio->player->currentSeconds());
         music.durationSeconds = std::max(0.0, run->audio->player->durationSeconds());
         music.isPlaying = !run->isPaused();

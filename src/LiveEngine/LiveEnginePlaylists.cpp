@@ -1,0 +1,132 @@
+// Playlists of sound files: their playing order, crossfades between songs,
+// repeats and skipping.
+
+#include "LiveEngine/LiveEngine.h"
+
+#include <algorithm>
+
+namespace velarion {
+
+std::vector<Uuid> LiveEngine::playingOrder(const PlaylistCue& cue,
+                                           const std::optional<Uuid>& avoidingFirst) {
+    std::vector<Uuid> order = cue.mediaIDs;
+    if (!cue.shuffle) return order;
+    std::shuffle(order.begin(), order.end(), shuffler_);
+    // A repeated shuffle never plays the same song twice in a row.
+    if (order.size() >= 2 && order.front() == avoidingFirst) std::swap(order.front(), order.back());
+    return order;
+}
+
+void LiveEngine::beginPlaylist(Run& run) {
+    const auto& playlist = std::get<PlaylistCue>(run.cue.kind);
+    if (playlist.mediaIDs.empty()) return fail(run.id, "it has no songs");
+    const Uuid runID = run.id;
+    run.playlistOrder = playingOrder(playlist, std::nullopt);
+    run.playlistIndex = 0;
+    handOffMusic(run, playlist.fadeIn);
+    if (Run* current = findRun(runID)) handOffVideoSound(*current, playlist.fadeIn);
+    if (!findRun(runID)) return;
+    if (!startPlaylistSong(runID, 0, playlist.fadeIn)) fail(runID, "none of its songs can play");
+}
+
+bool LiveEngine::startPlaylistSong(const Uuid& runID, std::size_t from, double fadeInSeconds) {
+    Run* run = findRun(runID);
+    if (run == nullptr) return false;
+    const auto& playlist = std::get<PlaylistCue>(run->cue.kind);
+    for (std::size_t index = from; index < run->playlistOrder.size(); ++index) {
+        const MediaItem* item = show_.media(run->playlistOrder[index]);
+        if (item == nullptr) {
+            log(HistoryEntry::Kind::warning,
+                run->cue.name + ": a song was removed from the library — skipped");
+            continue;
+        }
+        auto playback = openPlayback(mediaPath(*item), deviceUID(playlist.bus, run->cue), 0,
+                                     std::nullopt, 0, playlist.level, false);
+        if (!playback) continue;
+        run->audio = std::move(*playback);
+        run->playlistIndex = static_cast<int>(index);
+        startPlayback(*run->audio, master() * dipFactor(*run) * run->audio->cueLevel, fadeInSeconds);
+        // An advance during a pause stays paused.
+        if (run->isPaused()) {
+            run->audio->isPaused = true;
+            run->audio->player->pause();
+        }
+        return true;
+    }
+    return false;
+}
+
+void LiveEngine::tickPlaylist(Run& run) {
+    if (!run.audio) return;
+    const auto& playlist = std::get<PlaylistCue>(run.cue.kind);
+    const AudioPlayback& playback = *run.audio;
+    SoundFilePlayer& player = *playback.player;
+    const double length = playback.outPointSeconds - playback.inPointSeconds;
+    const double crossfade = std::min(playlist.crossfade, std::max(length, 0.0) / 3);
+    const double played = player.currentSeconds() - playback.inPointSeconds;
+    const double remaining = std::max(length, 0.0) - std::max(played, 0.0);
+    const bool hasNext = playlist.repeats ? !run.playlistOrder.empty()
+                                          : static_cast<std::size_t>(run.playlistIndex) + 1 <
+                                                run.playlistOrder.size();
+    if (hasNext && crossfade > 0.05 && remaining <= crossfade && player.isPlaying()) {
+        advancePlaylist(run.id, std::max(remaining, 0.05));
+        return;
+    }
+    if (run.isPaused() || player.loopCount() < 0) return;
+    if (player.isPlaying() && player.currentSeconds() < playback.outPointSeconds - 0.02) return;
+    if (hasNext) advancePlaylist(run.id, 0);
+    else finish(run.id, false, 0.3, true);
+}
+
+void LiveEngine::advancePlaylist(const Uuid& runID, double fadeSeconds) {
+    Run* run = findRun(runID);
+    if (run == nullptr) return;
+    const auto& playlist = std::get<PlaylistCue>(run->cue.kind);
+    std::size_t next = static_cast<std::size_t>(run->playlistIndex) + 1;
+    if (next >= run->playlistOrder.size()) {
+        if (!playlist.repeats) return finish(runID, false, 0.3, true);
+        const std::optional<Uuid> justPlayed =
+            run->playlistOrder.empty() ? std::nullopt
+                                       : std::optional<Uuid>(run->playlistOrder[static_cast<std::size_t>(run->playlistIndex)]);
+        run->playlistOrder = playingOrder(playlist, justPlayed);
+        next = 0;
+    }
+    if (run->audio) {
+        AudioPlayback old = std::move(*run->audio);
+        run->audio.reset();
+        old.isFadingOut = true;
+        old.player->setVolume(0, fadeSeconds > 0 ? fadeSeconds : 0.01);
+        std::shared_ptr<SoundFilePlayer> tail = old.player;
+        run->audioTails.push_back(std::move(old));
+        run->tasks.push_back(after(std::max(fadeSeconds, 0.01), [this, runID, tail] {
+            tail->stop();
+            if (Run* owner = findRun(runID))
+                std::erase_if(owner->audioTails,
+                              [&](const AudioPlayback& playback) { return playback.player == tail; });
+        }));
+    }
+    if (!startPlaylistSong(runID, next, fadeSeconds)) {
+        if (Run* failed = findRun(runID)) {
+            log(HistoryEntry::Kind::warning, failed->cue.name + " didn't play — the sound file is missing");
+            finish(runID, true, 0.3, false);
+        }
+    }
+}
+
+void LiveEngine::skipTrack() {
+    for (auto id = runOrder_.rbegin(); id != runOrder_.rend(); ++id) {
+        Run* run = findRun(*id);
+        if (run == nullptr || !std::holds_alternative<PlaylistCue>(run->cue.kind)) continue;
+        const auto& playlist = std::get<PlaylistCue>(run->cue.kind);
+        const double fade = std::clamp(playlist.crossfade, 0.5, 3.0);
+        const bool hasNext = (playlist.repeats && !run->playlistOrder.empty()) ||
+                             static_cast<std::size_t>(run->playlistIndex) + 1 < run->playlistOrder.size();
+        const Uuid runID = run->id;
+        if (hasNext) advancePlaylist(runID, fade);
+        else stop(runID, fade);
+        log(HistoryEntry::Kind::mode, "Skipped to the next song");
+        return;
+    }
+}
+
+} // namespace velarion

@@ -1,0 +1,198 @@
+// Sound: files, the one-music-at-a-time rule, dips, hand-offs of video
+// sound, and seamless crossfading loops.
+
+#include "LiveEngine/LiveEngine.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velarion {
+
+namespace {
+
+// "system" in a device field means the system output, which is no device.
+std::optional<std::string> realDevice(const std::optional<std::string>& chosen) {
+    if (!chosen || *chosen == "system") return std::nullopt;
+    return chosen;
+}
+
+double handOffFade(const Cue& cue, double fadeInSeconds) {
+    if (cue.musicHandoff == MusicHandoff::cut) return 0;
+    // A crossfade is never shorter than a second, even for a song with no fade-in.
+    return std::max(fadeInSeconds, 1.0);
+}
+
+} // namespace
+
+std::optional<std::string> LiveEngine::deviceUID(AudioBus bus, const Cue& cue) const {
+    if (cue.audioDeviceID) return realDevice(cue.audioDeviceID);
+    return realDevice(bus == AudioBus::house ? show_.audio.houseDeviceID
+                                             : show_.audio.headphonesDeviceID);
+}
+
+void LiveEngine::rampMusic(double seconds) {
+    for (Run* run : activeRuns()) {
+        if (!isMusic(*run) || run->fadingOut) continue;
+        for (const AudioPlayback* playback : run->allAudio()) {
+            if (playback->isFadingOut) continue;
+            playback->player->setVolume(master() * dipFactor(*run) * playback->cueLevel,
+                                        seconds > 0 ? seconds : 0);
+        }
+    }
+}
+
+void LiveEngine::handOffMusic(const Run& run, double fadeInSeconds) {
+    if (!isMusic(run)) return;
+    const double fade = handOffFade(run.cue, fadeInSeconds);
+    std::vector<Uuid> older;
+    for (const Uuid& id : runOrder_)
+        if (const Run* other = findRun(id); other && id != run.id && other->group != run.group && isMusic(*other))
+            older.push_back(id);
+    for (const Uuid& id : older) stop(id, fade);
+}
+
+void LiveEngine::handOffVideoSound(const Run& run, double fadeInSeconds) {
+    if (!show_.audio.newSoundFadesOld.value_or(true)) return;
+    // Effects leave video sound alone.
+    if (std::holds_alternative<AudioCue>(run.cue.kind) && !isMusic(run)) return;
+    const double fade = handOffFade(run.cue, fadeInSeconds);
+    for (Run* other : activeRuns()) {
+        const auto* video = std::get_if<VideoCue>(&other->cue.kind);
+        if (other->id == run.id || other->group == run.group || other->started >= run.started ||
+            other->fadingOut || other->soundHandedOff || video == nullptr || !(video->level > 0))
+            continue;
+        other->soundHandedOff = true;
+        if (other->video) rampVideo(other->video, 0, fade);
+        log(HistoryEntry::Kind::stopped, other->cue.name + " sound faded for " + run.cue.name);
+    }
+}
+
+void LiveEngine::applyMusicRule(const Run& run, const VideoCue& video) {
+    switch (video.effectiveMusicRule()) {
+    case VideoMusicRule::leave: return;
+    case VideoMusicRule::dip: {
+        const bool wasEmpty = dippers_.empty();
+        dippers_.insert(run.id);
+        if (wasEmpty) rampMusic(dipFadeSeconds);
+        return;
+    }
+    case VideoMusicRule::fadeOut: {
+        const double fade = run.cue.musicHandoff == MusicHandoff::cut ? 0 : std::max(video.fadeIn, 1.0);
+        std::vector<Uuid> music;
+        for (const Uuid& id : runOrder_)
+            if (const Run* other = findRun(id); other && other->group != run.group && isMusic(*other))
+                music.push_back(id);
+        for (const Uuid& id : music) stop(id, fade);
+        return;
+    }
+    }
+}
+
+std::optional<AudioPlayback> LiveEngine::openPlayback(const std::filesystem::path& file,
+                                                      const std::optional<std::string>& device,
+                                                      double inPoint, std::optional<double> outPoint,
+                                                      double fadeOut, double level, bool loopsItself) {
+    if (!ports_.players.fileExists(file)) return std::nullopt;
+    std::shared_ptr<SoundFilePlayer> player = ports_.players.openSound(file);
+    if (!player) return std::nullopt;
+    if (device && !player->setDevice(device))
+        warn("The sound device for " + file.filename().string() + " is gone; it plays on the system output");
+    player->setLoopCount(loopsItself ? -1 : 0);
+    const double duration = player->durationSeconds();
+    AudioPlayback playback;
+    playback.player = player;
+    playback.inPointSeconds = std::clamp(inPoint, 0.0, std::max(duration - 0.05, 0.0));
+    playback.outPointSeconds = std::min(outPoint.value_or(duration), duration);
+    playback.fadeOutSeconds = fadeOut;
+    playback.cueLevel = level;
+    player->setCurrentSeconds(playback.inPointSeconds);
+    return playback;
+}
+
+void LiveEngine::startPlayback(AudioPlayback& playback, double target, double fadeInSeconds) {
+    if (fadeInSeconds > 0) {
+        playback.player->setVolume(0);
+        playback.player->play();
+        playback.player->setVolume(target, fadeInSeconds);
+    } else {
+        playback.player->setVolume(target);
+        playback.player->play();
+    }
+}
+
+void LiveEngine::beginAudio(Run& run) {
+    const auto& audio = std::get<AudioCue>(run.cue.kind);
+    const MediaItem* item = show_.media(audio.mediaID);
+    if (item == nullptr) return fail(run.id, "the sound file is missing");
+    const bool crossfades = audio.loops && audio.crossfadesLoop.value_or(false);
+    auto playback = openPlayback(mediaPath(*item), deviceUID(audio.bus, run.cue), audio.inPoint,
+                                 audio.outPoint, audio.fadeOut, audio.level, audio.loops && !crossfades);
+    if (!playback) return fail(run.id, "the sound file is missing");
+    const Uuid runID = run.id;
+    run.audio = std::move(*playback);
+    run.durationSeconds = run.audio->outPointSeconds - run.audio->inPointSeconds;
+    handOffMusic(run, audio.fadeIn);
+    if (Run* current = findRun(runID)) handOffVideoSound(*current, audio.fadeIn);
+    Run* current = findRun(runID);
+    if (current == nullptr) return;
+    startPlayback(*current->audio, master() * dipFactor(*current) * current->audio->cueLevel, audio.fadeIn);
+    if (crossfades) crossfadeAudioLoop(runID);
+}
+
+void LiveEngine::tickAudio(Run& run) {
+    AudioPlayback& playback = *run.audio;
+    SoundFilePlayer& player = *playback.player;
+    if (player.loopCount() < 0) return;
+    const double now = player.currentSeconds();
+    if (!playback.isFadingOut && playback.fadeOutSeconds > 0 &&
+        playback.outPointSeconds - now <= playback.fadeOutSeconds) {
+        playback.isFadingOut = true;
+        player.setVolume(0, std::max(playback.outPointSeconds - now, 0.01));
+    }
+    if (!playback.isPaused && (!player.isPlaying() || playback.outPointSeconds - 0.02 <= now))
+        finish(run.id, false, playback.fadeOutSeconds, true);
+}
+
+void LiveEngine::crossfadeAudioLoop(const Uuid& runID) {
+    Run* run = findRun(runID);
+    if (run == nullptr || !run->audio) return;
+    const AudioPlayback& playing = *run->audio;
+    const double length = playing.outPointSeconds - playing.inPointSeconds;
+    // Too short to overlap: it plays once and ends at its out point.
+    if (!(length > 0.6)) return;
+    const double overlap = std::clamp(length * 0.25, 0.3, 2.0);
+    const double trigger = length - overlap;
+    const double position = playing.player->currentSeconds() - playing.inPointSeconds;
+    const double wait = std::max(position < 0 ? trigger : trigger - position, 0.1);
+    run->loopTask = after(wait, [this, runID, overlap] {
+        Run* looping = findRun(runID);
+        if (looping == nullptr || looping->fadingOut || !looping->audio) return;
+        if (looping->isPaused()) {
+            looping->loopTask = after(0.1, [this, runID] { crossfadeAudioLoop(runID); });
+            return;
+        }
+        const auto& audio = std::get<AudioCue>(looping->cue.kind);
+        const MediaItem* item = show_.media(audio.mediaID);
+        auto next = item ? openPlayback(mediaPath(*item), deviceUID(audio.bus, looping->cue),
+                                        audio.inPoint, audio.outPoint, audio.fadeOut,
+                                        looping->audio->cueLevel, false)
+                         : std::nullopt;
+        if (!next) return; // the file went; this pass plays out and ends
+        startPlayback(*next, master() * dipFactor(*looping) * next->cueLevel, overlap);
+        AudioPlayback old = std::move(*looping->audio);
+        old.isFadingOut = true;
+        old.player->setVolume(0, overlap);
+        std::shared_ptr<SoundFilePlayer> tail = old.player;
+        looping->audioTails.push_back(std::move(old));
+        looping->audio = std::move(*next);
+        looping->tasks.push_back(after(overlap, [this, runID, tail] {
+            tail->stop();
+            if (Run* owner = findRun(runID))
+                std::erase_if(owner->audioTails,
+                              [&](const AudioPlayback& playback) { return playback.player == tail; });
+        }));
+        crossfadeAudioLoop(runID);
+    });
+}
+
+} // namespace velarion

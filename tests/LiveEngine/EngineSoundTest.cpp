@@ -1,0 +1,155 @@
+// Sound: hand-offs, dips, talk-over, ends of files, loops and playlists.
+
+#include "EngineFixture.h"
+
+namespace velarion::testing {
+namespace {
+
+class Sound : public EngineFixture {
+protected:
+    Cue& song(const std::string& name, double seconds, Follow follow = Follow::manual) {
+        const Uuid item = addItem(name + ".mp3", MediaKind::audio, seconds);
+        players.soundDurations[path(name + ".mp3")] = seconds;
+        return add(name, AudioCue{item}, follow);
+    }
+    static std::filesystem::path path(const std::string& file) {
+        return "/shows/Test.velarion/Media/" + file;
+    }
+    std::shared_ptr<FakeSoundFilePlayer> player(const std::string& file) const {
+        return players.sound(path(file));
+    }
+};
+
+TEST_F(Sound, ANewSongTakesOverInASecondOrCutsWhenAskedTo) {
+    song("First", 120);
+    song("Second", 120);
+    song("Third", 120).musicHandoff = MusicHandoff::cut;
+    start();
+    go();
+    const auto first = player("First.mp3");
+    goLater();
+    const auto second = player("Second.mp3");
+    EXPECT_DOUBLE_EQ(second->volume(), 1) << "the new song starts at its level at once";
+    scheduler.advance(0.5);
+    EXPECT_NEAR(first->volume(), 0.5, 1e-6);
+    scheduler.advance(0.6);
+    EXPECT_TRUE(first->isStopped());
+    EXPECT_FALSE(runOf("First"));
+
+    goLater();
+    scheduler.advance(0.02);
+    EXPECT_DOUBLE_EQ(second->volume(), 0) << "a cut";
+    EXPECT_EQ(engine->state().music->title, "Third.mp3");
+}
+
+TEST_F(Sound, DipAndTalkOverHoldTheMusicDownUntilBothAreGone) {
+    song("Music", 300);
+    video("Clip");
+    std::get<VideoCue>(show.sections.edit(0).cues.edit(1).kind).musicRule = VideoMusicRule::dip;
+    players.defaultVideoBehaviour.durationSeconds = 3;
+    start();
+    go();
+    const auto music = player("Music.mp3");
+    goLater();
+    scheduler.advance(0.1); // the video is ready and starts
+    scheduler.advance(1.0);
+    EXPECT_NEAR(music->volume(), 0.25, 1e-6);
+    perform(command::SetTalkOver{true});
+    perform(command::SetTalkOver{true});
+    const auto log = logTexts();
+    EXPECT_EQ(std::count(log.begin(), log.end(), "Talk over — music dipped"), 1);
+    scheduler.advance(3); // the video has ended; the talk-over still dips
+    EXPECT_FALSE(runOf("Clip"));
+    EXPECT_NEAR(music->volume(), 0.25, 1e-6);
+    perform(command::SetTalkOver{false});
+    scheduler.advance(0.5);
+    EXPECT_NEAR(music->volume(), 0.625, 1e-6);
+    scheduler.advance(0.6);
+    EXPECT_NEAR(music->volume(), 1, 1e-6);
+    EXPECT_FALSE(engine->state().isTalkingOver);
+}
+
+TEST_F(Sound, MasterAtZeroSilencesEveryVideoAndItsRamps) {
+    video("Film");
+    std::get<VideoCue>(show.sections.edit(0).cues.edit(0).kind).fadeIn = 2;
+    start();
+    go();
+    scheduler.advance(0.6);
+    const auto surface = players.surfaces().front();
+    ASSERT_GT(surface->volume(), 0);
+    perform(command::SetMasterLevel{0});
+    scheduler.advance(2);
+    EXPECT_EQ(surface->volume(), 0) << "the fade-in can't bring it back";
+    perform(command::SetMasterLevel{std::nan("")});
+    EXPECT_EQ(engine->state().masterLevel, 0);
+}
+
+TEST_F(Sound, AFileEndsAtItsOutPointAndFadesOnTheWay) {
+    Cue& sting = song("Sting", 30);
+    std::get<AudioCue>(sting.kind).outPoint = 4;
+    std::get<AudioCue>(sting.kind).fadeOut = 1;
+    graphic("After", std::nullopt, Follow::afterPrevious);
+    start();
+    go();
+    const auto file = player("Sting.mp3");
+    file->levelDecibels = -25;
+    scheduler.advance(3.5);
+    EXPECT_NEAR(engine->meterLevel(), 0.5, 1e-9);
+    EXPECT_LT(file->volume(), 0.6) << "fading over the last second";
+    scheduler.advance(0.6);
+    EXPECT_FALSE(runOf("Sting"));
+    EXPECT_TRUE(runOf("After"));
+}
+
+TEST_F(Sound, CrossfadingLoopsOverlapByTheirLength) {
+    for (const auto& [seconds, overlap] : {std::pair{0.6, 0.0}, {1.0, 0.3}, {20.0, 2.0}}) {
+        SCOPED_TRACE(seconds);
+        show = Show{};
+        show.sections.push_back(Section{Uuid::random(), "Main", std::nullopt, std::nullopt, {}});
+        Cue& loop = song("Loop", seconds);
+        std::get<AudioCue>(loop.kind).loops = true;
+        std::get<AudioCue>(loop.kind).crossfadesLoop = true;
+        start();
+        go();
+        const std::size_t opened = players.sounds().size();
+        scheduler.advance(seconds - overlap + 0.05);
+        if (overlap == 0) {
+            scheduler.advance(0.2);
+            EXPECT_FALSE(runOf("Loop")) << "too short to overlap: it plays once";
+        } else {
+            EXPECT_EQ(players.sounds().size(), opened + 1);
+            ASSERT_TRUE(runOf("Loop"));
+            EXPECT_EQ(runOf("Loop")->audioTails.size(), 1u);
+            scheduler.advance(overlap);
+            EXPECT_TRUE(runOf("Loop")->audioTails.empty());
+        }
+        engine->shutdown();
+        engine.reset();
+    }
+}
+
+TEST_F(Sound, PlaylistsCrossfadeWithinAThirdAndNeverRepeatASongBackToBack) {
+    const Uuid a = addItem("A.mp3", MediaKind::audio, 9);
+    const Uuid b = addItem("B.mp3", MediaKind::audio, 9);
+    players.soundDurations[path("A.mp3")] = 9;
+    players.soundDurations[path("B.mp3")] = 9;
+    PlaylistCue walkIn{{a, b}, true, true, 5, 0, 1, AudioBus::house};
+    add("Walk-in", walkIn);
+    start();
+    go();
+    std::vector<std::string> played;
+    for (int i = 0; i < 60; ++i) {
+        ASSERT_TRUE(runOf("Walk-in"));
+        const std::string title = engine->state().music->title;
+        if (played.empty() || played.back() != title) played.push_back(title);
+        scheduler.advance(0.5);
+    }
+    EXPECT_GT(played.size(), 3u);
+    // Each song starts its crossfade 3 s before its end: 6 s apart.
+    EXPECT_NEAR(60 * 0.5 / static_cast<double>(played.size()), 6, 1.5);
+    perform(command::SkipTrack{});
+    EXPECT_TRUE(logged("Skipped to the next song"));
+}
+
+} // namespace
+} // namespace velarion::testing
