@@ -56,8 +56,37 @@ protected:
             if (chance(0.05)) behaviour.failure = VideoSurfaceError{};
             players.videoBehaviours["/shows/Test.velarion/Media/" + name + ".mp4"] = behaviour;
             kind = video;
-        } else if (roll < 0.85) {
+        } else if (roll < 0.68) {
             kind = GraphicCue{name, "", chance(0.6) ? std::optional<double>(uniform(0.5, 20)) : std::nullopt};
+        } else if (roll < 0.74) {
+            AudioCue audio{addSound(name, uniform(0.5, 90))};
+            audio.loops = chance(0.2);
+            audio.crossfadesLoop = chance(0.5);
+            audio.fadeIn = chance(0.3) ? uniform(0, 2) : 0;
+            audio.fadeOut = chance(0.3) ? uniform(0, 2) : 0;
+            kind = audio;
+        } else if (roll < 0.77) {
+            PlaylistCue playlist{{}, chance(0.5), chance(0.5), uniform(0, 4), 0, 1, AudioBus::house};
+            for (int song = 0; song < 3; ++song)
+                playlist.mediaIDs.push_back(addSound(name + " song " + std::to_string(song), uniform(2, 40)));
+            kind = playlist;
+        } else if (roll < 0.8) {
+            const double mode = uniform(0, 1);
+            kind = TimerCue{mode < 0.6 ? TimerMode{CountdownMode{uniform(1, 120)}}
+                            : mode < 0.8 ? TimerMode{CountToMode{static_cast<int>(pick(1440))}}
+                                         : TimerMode{CountUpMode{}},
+                            std::nullopt, 10, true, chance(0.5), std::nullopt};
+        } else if (roll < 0.83) {
+            kind = MessageCue{name, chance(0.5) ? MessageTarget::stage : MessageTarget::audience,
+                              chance(0.5) ? std::optional<double>(uniform(0, 20)) : std::nullopt};
+        } else if (roll < 0.87) {
+            const Uuid deck = addItem(name, MediaKind::deck);
+            DeckInfo info;
+            for (std::size_t page = 0; page < 1 + pick(6); ++page)
+                info.pages.push_back(name + "/" + std::to_string(page) + ".png");
+            if (chance(0.5)) info.background = backdrop::Color{0x203040};
+            show.library.edit(show.library.size() - 1).deck = info;
+            kind = SlidesCue{deck, static_cast<int>(pick(3)), std::nullopt};
         } else {
             ClearCue clear{static_cast<ClearTarget>(pick(6)), chance(0.5) ? uniform(0, 1.5) : 0,
                            std::nullopt};
@@ -77,6 +106,11 @@ protected:
         if (chance(0.1)) cue.geometry = CueGeometry{0.5, 0.1, 0.1, 0, 1};
         if (chance(0.1)) cue.keepOnScreen = true;
         if (chance(0.1)) cue.groupDuration = uniform(1, 10);
+    }
+
+    Uuid addSound(const std::string& name, double seconds) {
+        players.soundDurations["/shows/Test.velarion/Media/" + name + ".mp3"] = seconds;
+        return addItem(name + ".mp3", MediaKind::audio, seconds);
     }
 
     void addGroup(std::size_t section) {
@@ -115,7 +149,16 @@ protected:
                 perform(command::Fire{group.cueIDs.front()});
             }
         } else {
-            perform(command::SetMasterLevel{uniform(0, 1)});
+            const double what = uniform(0, 1);
+            if (what < 0.2) perform(command::SetMasterLevel{uniform(0, 1)});
+            else if (what < 0.35) perform(command::NextSlide{});
+            else if (what < 0.45) perform(command::PreviousSlide{});
+            else if (what < 0.55) perform(command::SetTalkOver{chance(0.5)});
+            else if (what < 0.65) perform(command::SkipTrack{});
+            else if (what < 0.75) perform(command::SetHolding{chance(0.5)});
+            else if (what < 0.85) perform(command::PauseAll{});
+            else if (what < 0.95) perform(command::ResumeAll{});
+            else perform(command::Panic{});
         }
     }
 
@@ -154,6 +197,7 @@ TEST_F(LongRun, AVirtualHourOfRandomOperatingKeepsTheBooksStraight) {
         random.seed(seed);
         images.failingPaths.clear();
         players.videoBehaviours.clear();
+        players.soundDurations.clear();
         show = Show{};
         show.outputs.usesLogicalScreens = true;
         show.outputs.screens = {screen("A"), screen("B")};
