@@ -1,0 +1,204 @@
+// The MCP bridge's protocol, line by line: the replies to malformed input,
+// notifications, the handshake, the tool list, and tool calls that pass,
+// fail the argument check, or come back refused.
+
+#include "LiveAgentKit/MCPServer.h"
+
+#include "LiveAgentKit/AgentGuide.h"
+#include "LiveAgentKit/AgentTools.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velarion {
+namespace {
+
+using Object = JSONValue::Object;
+
+struct Call {
+    std::string tool;
+    JSONValue arguments;
+};
+
+class MCPServerTest : public ::testing::Test {
+protected:
+    MCPServer server{[this](const std::string& tool, const JSONValue& arguments) {
+        calls.push_back({tool, arguments});
+        return answer;
+    }};
+    std::vector<Call> calls;
+    AgentResponse answer = AgentResponse::success(1, Object{});
+
+    std::string reply(const std::string& line) { return server.handle(line).value_or("(none)"); }
+
+    // The reply's "result", or null when there is none.
+    JSONValue resultOf(const std::string& line) {
+        const std::optional<JSONValue> json = JSONValue::parse(reply(line));
+        const JSONValue* result = json ? (*json)["result"] : nullptr;
+        return result != nullptr ? *result : JSONValue();
+    }
+};
+
+TEST_F(MCPServerTest, FailureTableRowByRow) {
+    const std::string parseError =
+        R"({"error":{"code":-32700,"message":"Parse error"},"id":null,"jsonrpc":"2.0"})";
+    EXPECT_EQ(reply("{\"id\":1,"), parseError);
+    EXPECT_EQ(reply(""), parseError);
+    EXPECT_EQ(reply(R"({"id":1})"), parseError);
+    EXPECT_EQ(reply(R"({"id":1,"method":{"name":"ping"}})"), parseError);
+    EXPECT_EQ(reply(R"({"id":1,"method":null})"), parseError);
+    EXPECT_EQ(reply(R"(["ping"])"), parseError);
+
+    EXPECT_EQ(reply(R"({"jsonrpc":"2.0","id":3,"method":"resources/list"})"),
+              R"({"error":{"code":-32601,"message":"Method not found"},"id":3,"jsonrpc":"2.0"})");
+    // A number is a method's text too, and no method is called that.
+    EXPECT_EQ(reply(R"({"id":"a","method":7})"),
+              R"({"error":{"code":-32601,"message":"Method not found"},"id":"a","jsonrpc":"2.0"})");
+
+    const std::string unknownTool =
+        R"({"error":{"code":-32602,"message":"Unknown tool"},"id":4,"jsonrpc":"2.0"})";
+    EXPECT_EQ(reply(R"({"id":4,"method":"tools/call","params":{"name":"fire"}})"), unknownTool);
+    EXPECT_EQ(reply(R"({"id":4,"method":"tools/call","params":{}})"), unknownTool);
+    EXPECT_EQ(reply(R"({"id":4,"method":"tools/call"})"), unknownTool);
+    EXPECT_EQ(reply(R"({"id":4,"method":"tools/call","params":{"name":["go"]}})"), unknownTool);
+
+    EXPECT_EQ(reply(R"({"id":5,"method":"tools/call","params":{"name":"clear",)"
+                    R"("arguments":{"target":"music","fade":"slow"}}})"),
+              R"({"error":{"code":-32602,"message":"arguments.fade must be number for clear."},)"
+              R"("id":5,"jsonrpc":"2.0"})");
+    // Left out, the arguments are an empty object.
+    EXPECT_EQ(reply(R"({"id":6,"method":"tools/call","params":{"name":"fire_cue"}})"),
+              R"({"error":{"code":-32602,"message":"Give cue for fire_cue."},"id":6,)"
+              R"("jsonrpc":"2.0"})");
+    EXPECT_TRUE(calls.empty()) << "a refused call reached the application";
+
+    // Refusals by the application, the socket's words included, are results.
+    answer = AgentResponse::failure(7, "Velarion isn't running or its local connection is "
+                                       "unavailable. Open Velarion; check Settings → Agent "
+                                       "control for connection errors.");
+    EXPECT_EQ(reply(R"({"id":7,"method":"tools/call","params":{"name":"go"}})"),
+              R"({"id":7,"jsonrpc":"2.0","result":{"content":[{"text":"Velarion isn't running )"
+              R"(or its local connection is unavailable. Open Velarion; check Settings → Agent )"
+              R"(control for connection errors.","type":"text"}],"isError":true}})");
+    answer = AgentResponse{8, false, std::nullopt, std::nullopt};
+    EXPECT_EQ(resultOf(R"({"id":8,"method":"tools/call","params":{"name":"go"}})"),
+              JSONValue(Object{
+                  {"content", JSONValue::Array{Object{{"type", "text"}, {"text", "Failed"}}}},
+                  {"isError", true}}));
+}
+
+TEST_F(MCPServerTest, NotificationsAndNullIdsGetNoReply) {
+    EXPECT_EQ(server.handle(R"({"jsonrpc":"2.0","method":"notifications/initialized"})"),
+              std::nullopt);
+    EXPECT_EQ(server.handle(R"({"id":null,"method":"ping"})"), std::nullopt);
+    EXPECT_EQ(server.handle(R"({"method":"no/such/method"})"), std::nullopt);
+    EXPECT_EQ(server.handle(R"({"method":"tools/call","params":{"name":"go"}})"), std::nullopt);
+    EXPECT_TRUE(calls.empty()) << "a notification ran a tool";
+}
+
+TEST_F(MCPServerTest, PingEchoesTheIdAsGiven) {
+    EXPECT_EQ(reply(R"({"id":1,"method":"ping"})"), R"({"id":1,"jsonrpc":"2.0","result":{}})");
+    EXPECT_EQ(reply(R"({"id":"abc/1","method":"ping","params":[]})"),
+              R"({"id":"abc/1","jsonrpc":"2.0","result":{}})");
+    EXPECT_EQ(reply(R"({"id":2.5,"method":"ping"})"), R"({"id":2.5,"jsonrpc":"2.0","result":{}})");
+}
+
+TEST_F(MCPServerTest, HandshakeChoosesAKnownProtocolVersion) {
+    const JSONValue handshake =
+        resultOf(R"({"id":1,"method":"initialize","params":{"protocolVersion":"2024-11-05"}})");
+    EXPECT_EQ(handshake,
+              JSONValue(Object{
+                  {"protocolVersion", "2024-11-05"},
+                  {"capabilities", Object{{"tools", Object{{"listChanged", false}}}}},
+                  {"serverInfo", Object{{"name", "velarion"}, {"version", "2.0-alpha.9"}}},
+                  {"instructions", agentGuide::mcpInstructions},
+              }));
+    for (const char* params : {R"({"protocolVersion":"1999-01-01"})", R"({"protocolVersion":7})",
+                               R"({})", R"("2024-11-05")"}) {
+        const JSONValue chosen =
+            resultOf(std::string(R"({"id":1,"method":"initialize","params":)") + params + "}");
+        ASSERT_NE(chosen["protocolVersion"], nullptr) << params;
+        EXPECT_EQ(*chosen["protocolVersion"], JSONValue("2025-06-18")) << params;
+    }
+    EXPECT_EQ(
+        *resultOf(R"({"id":1,"method":"initialize","params":{"protocolVersion":"2025-03-26"}})")
+            ["protocolVersion"],
+        JSONValue("2025-03-26"));
+}
+
+TEST_F(MCPServerTest, ToolsListGivesTheCatalogueInOrderWithTiers) {
+    const JSONValue list = resultOf(R"({"id":1,"method":"tools/list"})");
+    ASSERT_NE(list["tools"], nullptr);
+    const JSONValue::Array& tools = *list["tools"]->arrayValue();
+    ASSERT_EQ(tools.size(), 44u);
+    ASSERT_EQ(agentTools::all().size(), 44u);
+
+    std::string tiers;
+    for (std::size_t i = 0; i < tools.size(); ++i) {
+        const AgentTool& tool = agentTools::all()[i];
+        EXPECT_EQ(tools[i], JSONValue(Object{{"name", tool.name},
+                                             {"description", tool.description},
+                                             {"inputSchema", tool.inputSchema}}));
+        EXPECT_EQ(agentTools::tool(tool.name), &tool);
+        tiers += std::string(toString(tool.tier)).substr(0, 1);
+
+        // Every object schema closes its keys and lists its required ones.
+        const JSONValue& schema = tool.inputSchema;
+        EXPECT_EQ(*schema["type"], JSONValue("object")) << tool.name;
+        EXPECT_EQ(*schema["additionalProperties"], JSONValue(false)) << tool.name;
+        EXPECT_NE(schema["required"]->arrayValue(), nullptr) << tool.name;
+    }
+    EXPECT_EQ(*tools.front()["name"], JSONValue("get_show"));
+    EXPECT_EQ(*tools.back()["name"], JSONValue("redo"));
+    // Reading, running the show, launch_app and lock_show, then building.
+    EXPECT_EQ(tiers, std::string(5, 'o') + std::string(14, 'r') + "or" + std::string(23, 'e'));
+    EXPECT_EQ(agentTools::tool("Get_show"), nullptr);
+    EXPECT_EQ(parseAgentTier("edit"), AgentTier::edit);
+    EXPECT_EQ(parseAgentTier("Edit"), std::nullopt);
+}
+
+TEST_F(MCPServerTest, ToolCallForwardsValidArgumentsAndPrintsTheResult) {
+    answer = AgentResponse::success(1, 3);
+    EXPECT_EQ(reply(R"({"id":9,"method":"tools/call","params":{"name":"fire_cue",)"
+                    R"("arguments":{"cue":"4"}}})"),
+              R"({"id":9,"jsonrpc":"2.0","result":{"content":[{"text":"3","type":"text"}],)"
+              R"("isError":false}})");
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].tool, "fire_cue");
+    EXPECT_EQ(calls[0].arguments, JSONValue(Object{{"cue", "4"}}));
+
+    answer = AgentResponse::success(1, Object{{"title", "Sunday"}, {"cues", JSONValue::Array{1}}});
+    const JSONValue shown =
+        resultOf(R"({"id":10,"method":"tools/call","params":{"name":"get_show"}})");
+    EXPECT_EQ(*(*shown["content"]->arrayValue())[0]["text"],
+              JSONValue("{\n  \"cues\": [\n    1\n  ],\n  \"title\": \"Sunday\"\n}"));
+    EXPECT_EQ(calls.back().arguments, JSONValue(Object{}));
+
+    answer = AgentResponse{1, true, std::nullopt, std::nullopt};
+    const JSONValue empty = resultOf(R"({"id":11,"method":"tools/call","params":{"name":"go"}})");
+    EXPECT_EQ(*(*empty["content"]->arrayValue())[0]["text"], JSONValue("null"));
+}
+
+TEST(AgentGuide, SnippetsCarryTheBridgePath) {
+    const std::string path = "/opt/Velarion/velarion-mcp";
+    EXPECT_EQ(agentGuide::claudeCodeCommand(path),
+              "claude mcp add --scope user velarion -- \"/opt/Velarion/velarion-mcp\"");
+    EXPECT_EQ(agentGuide::claudeDesktopEntry(path),
+              "\"velarion\": { \"command\": \"/opt/Velarion/velarion-mcp\" }");
+    const std::string guide = agentGuide::agentInstructions(path);
+    EXPECT_NE(guide.find("  command: " + path +
+                         "\n\nClaude Code:     " + agentGuide::claudeCodeCommand(path) +
+                         "\nClaude Desktop, Cursor, and most MCP clients — add to "
+                         "\"mcpServers\":\n  " +
+                         agentGuide::claudeDesktopEntry(path) + "\n\nVelarion must be open."),
+              std::string::npos);
+    EXPECT_EQ(guide.rfind("# Velarion — instructions for AI agents\n\n", 0), 0u);
+    const std::string ending = "\n7. ready_check, and tell the operator anything it flags.";
+    ASSERT_GT(guide.size(), ending.size());
+    EXPECT_EQ(guide.substr(guide.size() - ending.size()), ending);
+}
+
+} // namespace
+} // namespace velarion
