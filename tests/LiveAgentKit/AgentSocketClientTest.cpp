@@ -1,0 +1,186 @@
+// The client against the real server and against a scripted one: stale
+// answers, timeouts, a restart between calls, a server gone mid-call, and
+// many clients at once.
+
+#include "LiveAgentKit/AgentSocketClient.h"
+
+#include "AgentSocketTestSupport.h"
+#include "LiveAgentKit/AgentLine.h"
+#include "LiveAgentKit/AgentSocketError.h"
+#include "LiveAgentKit/AgentSocketPath.h"
+#include "LiveAgentKit/AgentSocketServer.h"
+
+#include <atomic>
+#include <future>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace velarion {
+namespace {
+
+using namespace socketTest;
+using Object = JSONValue::Object;
+
+const std::string noAnswer = "Velarion closed the connection before answering. The action may "
+                             "have happened; read get_show before retrying it.";
+const std::string notRunning = "Velarion isn't running or its local connection is unavailable. "
+                               "Open Velarion; check Settings → Agent control for connection "
+                               "errors.";
+
+template <class Case> std::string callFails(AgentSocketClient& client) {
+    try {
+        client.call("echo", Object{}, 1);
+    } catch (const AgentSocketError& error) {
+        EXPECT_TRUE(error.is<Case>()) << error.errorDescription();
+        EXPECT_FALSE(client.isConnected());
+        return error.errorDescription();
+    }
+    return "answered";
+}
+
+// A listener that answers one request with the lines it is given, each
+// written on its own after the request arrived.
+std::thread scriptedServer(const std::string& path, std::vector<std::string> lines) {
+    UniqueFd listener(::socket(AF_UNIX, SOCK_STREAM, 0));
+    const auto address = agentSocketPath::makeAddress(path);
+    if (::bind(listener.get(), reinterpret_cast<const sockaddr*>(&address.address),
+               address.length) != 0 ||
+        ::listen(listener.get(), 1) != 0) {
+        throw std::runtime_error("scripted server can't listen");
+    }
+    return std::thread([listener = std::move(listener), lines = std::move(lines)] {
+        UniqueFd peer(::accept(listener.get(), nullptr, nullptr));
+        char byte = 0;
+        while (::recv(peer.get(), &byte, 1, 0) == 1 && byte != '\n') {
+        }
+        for (const std::string& line : lines) {
+            ::send(peer.get(), line.data(), line.size(), MSG_NOSIGNAL);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        char rest[64];
+        while (::recv(peer.get(), rest, sizeof rest, 0) > 0) {
+        }
+    });
+}
+
+TEST(AgentSocketClient, SkipsResponsesToOtherCalls) {
+    TempFolder temp;
+    const std::string path = temp / "agent.sock";
+    std::thread server =
+        scriptedServer(path, {R"({"id":0,"ok":false,"error":"That request wasn't valid JSON."})"
+                              "\n"
+                              R"({"id":41,"ok":true,"result":"late"})"
+                              "\n{\"id\":1,",
+                              R"("ok":true,"result":"mine"})"
+                              "\n"
+                              R"({"id":2,"ok":true})"
+                              "\n"});
+    AgentSocketClient client(path);
+    EXPECT_EQ(client.call("get_show", Object{}, 5), AgentResponse::success(1, "mine"));
+    client.disconnect();
+    server.join();
+}
+
+TEST(AgentSocketClient, ALineThatIsntAResponseIsThrownAsItIs) {
+    TempFolder temp;
+    const std::string path = temp / "agent.sock";
+    std::thread server = scriptedServer(path, {"{\"id\":1}\n"});
+    AgentSocketClient client(path);
+    EXPECT_THROW(client.call("get_show", Object{}, 5), AgentDecodeError);
+    EXPECT_FALSE(client.isConnected());
+    server.join();
+}
+
+TEST(AgentSocketClient, TimesOutAndLeavesTheLateAnswerBehind) {
+    ThreadMainLoop loop;
+    TempFolder temp;
+    HeldRequests held;
+    AgentSocketServer server(temp / "agent.sock", loop, held.handler());
+    server.start();
+    AgentSocketClient client(server.path());
+
+    EXPECT_EQ(callFails<agentSocketError::TimedOut>(client),
+              "Velarion did not answer in time. The action may have happened; read get_show "
+              "before retrying it.");
+    held.answer(0); // id 1, too late
+    auto second = std::async(std::launch::async, [&] { return client.call("echo", "two", 5); });
+    ASSERT_TRUE(held.waitFor(2));
+    held.answer(1);
+    EXPECT_EQ(second.get(), AgentResponse::success(2, "two"));
+}
+
+TEST(AgentSocketClient, RetriesOnceWhenTheApplicationRestartedBetweenCalls) {
+    ThreadMainLoop loop;
+    TempFolder temp;
+    AgentSocketServer server(temp / "agent.sock", loop, echoHandler());
+    server.start();
+    AgentSocketClient client(server.path());
+    EXPECT_EQ(client.call("echo", "before", 5), AgentResponse::success(1, "before"));
+
+    server.stop();
+    AgentSocketServer restarted(server.path(), loop, echoHandler());
+    restarted.start();
+    EXPECT_EQ(client.call("echo", "after", 5), AgentResponse::success(3, "after"));
+    EXPECT_TRUE(client.isConnected());
+
+    // Gone for good: the retry can't connect.
+    restarted.stop();
+    EXPECT_EQ(callFails<agentSocketError::NotRunning>(client), notRunning);
+    EXPECT_EQ(callFails<agentSocketError::NotRunning>(client), notRunning);
+}
+
+TEST(AgentSocketClient, LosesTheResponseWhenTheServerStopsDuringTheCall) {
+    ThreadMainLoop loop;
+    TempFolder temp;
+    HeldRequests held;
+    AgentSocketServer server(temp / "agent.sock", loop, held.handler());
+    server.start();
+    AgentSocketClient client(server.path());
+
+    auto call = std::async(std::launch::async,
+                           [&] { return callFails<agentSocketError::ResponseLost>(client); });
+    ASSERT_TRUE(held.waitFor(1));
+    server.stop();
+    EXPECT_EQ(call.get(), noAnswer);
+    EXPECT_EQ(held.count(), 1u); // not sent again
+}
+
+// Each answer echoes its call, and the client skips any id but the one it
+// waits for: a lost or reordered response ends in a wrong answer or a timeout.
+TEST(AgentSocketClient, ManyClientsAtOnceLoseAndReorderNothing) {
+    constexpr int clients = 50;
+    constexpr int callsEach = 1000;
+    ThreadMainLoop loop;
+    TempFolder temp;
+    AgentSocketServer server(temp / "agent.sock", loop, echoHandler());
+    server.start();
+
+    std::atomic<int> answered = 0;
+    std::vector<std::string> failures(clients);
+    std::vector<std::thread> threads;
+    for (int c = 0; c < clients; ++c) {
+        threads.emplace_back([&, c] {
+            AgentSocketClient client(server.path());
+            try {
+                for (int n = 1; n <= callsEach; ++n) {
+                    const JSONValue arguments = Object{{"client", c}, {"call", n}};
+                    if (client.call("echo", arguments, 20) != AgentResponse::success(n, arguments))
+                        throw std::runtime_error("wrong answer to call " + std::to_string(n));
+                    ++answered;
+                }
+            } catch (const std::exception& error) {
+                failures[static_cast<std::size_t>(c)] = error.what();
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(answered, clients * callsEach);
+    for (int c = 0; c < clients; ++c)
+        EXPECT_EQ(failures[static_cast<std::size_t>(c)], "") << c;
+}
+
+} // namespace
+} // namespace velarion

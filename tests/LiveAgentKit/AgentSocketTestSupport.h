@@ -1,0 +1,205 @@
+#pragma once
+// What the socket tests share: a private folder, a main loop run by a thread
+// of its own, a raw peer that speaks bytes rather than records, and handlers.
+
+#include "LiveAgentKit/AgentMainLoop.h"
+#include "LiveAgentKit/AgentSocketServer.h"
+#include "LiveAgentKit/UniqueFd.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstring>
+#include <deque>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <poll.h>
+#include <stdexcept>
+#include <stdlib.h>
+#include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+#include <vector>
+
+namespace velarion::socketTest {
+
+// Long enough never to cut a slow run short; only a hang reaches it.
+inline constexpr auto hangGuard = std::chrono::seconds(20);
+
+class TempFolder {
+public:
+    TempFolder() {
+        char name[] = "/tmp/vsock-XXXXXX";
+        if (::mkdtemp(name) == nullptr)
+            throw std::runtime_error("mkdtemp failed");
+        path_ = name;
+    }
+    ~TempFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    const std::string& path() const { return path_; }
+    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+// The main loop: tasks run in order on one thread until the loop is destroyed.
+class ThreadMainLoop : public AgentMainLoop {
+public:
+    ThreadMainLoop() : thread_([this] { run(); }) {}
+    ~ThreadMainLoop() override {
+        {
+            const std::lock_guard lock(mutex_);
+            stopping_ = true;
+        }
+        wake_.notify_one();
+        thread_.join();
+    }
+
+    void post(Task task) override {
+        {
+            const std::lock_guard lock(mutex_);
+            tasks_.push_back(std::move(task));
+        }
+        wake_.notify_one();
+    }
+
+    std::thread::id threadID() const { return thread_.get_id(); }
+
+private:
+    void run() {
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            wake_.wait(lock, [this] { return stopping_ || !tasks_.empty(); });
+            if (stopping_)
+                return;
+            Task task = std::move(tasks_.front());
+            tasks_.pop_front();
+            lock.unlock();
+            task();
+            lock.lock();
+        }
+    }
+
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::deque<Task> tasks_;
+    bool stopping_ = false;
+    std::thread thread_;
+};
+
+// Answers every request at once with its own arguments.
+inline AgentSocketServer::Handler echoHandler() {
+    return [](const AgentRequest& request, const AgentSocketServer::Reply& reply) {
+        reply(AgentResponse::success(request.id, request.arguments));
+    };
+}
+
+// Keeps each request and its reply for the test to answer when it likes.
+class HeldRequests {
+public:
+    AgentSocketServer::Handler handler() {
+        return [this](AgentRequest request, AgentSocketServer::Reply reply) {
+            {
+                const std::lock_guard lock(mutex_);
+                held_.push_back({std::move(request), std::move(reply)});
+            }
+            changed_.notify_all();
+        };
+    }
+
+    // Waits until `count` requests have arrived in all; false on a hang.
+    bool waitFor(std::size_t count) {
+        std::unique_lock lock(mutex_);
+        return changed_.wait_for(lock, hangGuard, [&] { return held_.size() >= count; });
+    }
+    std::size_t count() {
+        const std::lock_guard lock(mutex_);
+        return held_.size();
+    }
+    AgentRequest request(std::size_t index) {
+        const std::lock_guard lock(mutex_);
+        return held_.at(index).request;
+    }
+    // Answers the index-th request with its arguments.
+    void answer(std::size_t index) {
+        std::unique_lock lock(mutex_);
+        Held& held = held_.at(index);
+        AgentResponse response = AgentResponse::success(held.request.id, held.request.arguments);
+        AgentSocketServer::Reply reply = held.reply;
+        lock.unlock();
+        reply(std::move(response));
+    }
+
+private:
+    struct Held {
+        AgentRequest request;
+        AgentSocketServer::Reply reply;
+    };
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<Held> held_;
+};
+
+// A client that writes and reads raw bytes, to put on the wire what the
+// real client never would.
+class RawPeer {
+public:
+    explicit RawPeer(const std::string& path)
+        : RawPeer(UniqueFd(::socket(AF_UNIX, SOCK_STREAM, 0)), path) {}
+    // Connects a socket made earlier.
+    RawPeer(UniqueFd fd, const std::string& path) : fd_(std::move(fd)) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+        if (::connect(fd_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+            throw std::runtime_error("connect failed");
+    }
+
+    void send(const std::string& bytes) {
+        std::size_t offset = 0;
+        while (offset < bytes.size()) {
+            const ssize_t sent =
+                ::send(fd_.get(), bytes.data() + offset, bytes.size() - offset, MSG_NOSIGNAL);
+            if (sent <= 0)
+                throw std::runtime_error("send failed");
+            offset += static_cast<std::size_t>(sent);
+        }
+    }
+
+    // The next line without its line feed; absent when none comes within
+    // `waitSeconds` or the server hung up.
+    std::optional<std::string> readLine(double waitSeconds = 20) {
+        const auto deadline =
+            std::chrono::steady_clock::now() + std::chrono::duration<double>(waitSeconds);
+        for (;;) {
+            if (const auto end = buffer_.find('\n'); end != std::string::npos) {
+                std::string line = buffer_.substr(0, end);
+                buffer_.erase(0, end + 1);
+                return line;
+            }
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                deadline - std::chrono::steady_clock::now());
+            pollfd polled{fd_.get(), POLLIN, 0};
+            if (left.count() <= 0 || ::poll(&polled, 1, static_cast<int>(left.count())) <= 0)
+                return std::nullopt;
+            char chunk[65536];
+            const ssize_t count = ::recv(fd_.get(), chunk, sizeof chunk, 0);
+            if (count <= 0)
+                return std::nullopt;
+            buffer_.append(chunk, static_cast<std::size_t>(count));
+        }
+    }
+
+private:
+    UniqueFd fd_;
+    std::string buffer_;
+};
+
+} // namespace velarion::socketTest
