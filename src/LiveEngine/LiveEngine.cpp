@@ -165,7 +165,7 @@ void LiveEngine::setTalkOver(bool on) {
 void LiveEngine::applyLevels() {
     const double master = isMuted_ ? 0 : masterLevel_;
     for (Run* run : activeRuns()) {
-        const bool dipped = !dippers_.empty() && show_.soundRole(run->cue) == SoundRole::music;
+        const bool dipped = !dippers_.empty() && index_.soundRole(run->cue) == SoundRole::music;
         for (const AudioPlayback* playback : run->allAudio()) {
             if (playback->isFadingOut) continue;
             playback->player->setVolume(master * (dipped ? dipLevel : 1.0) * playback->cueLevel);

@@ -225,7 +225,7 @@ private:
     void updateDeck(const Uuid& runID, const Cue& old, const Show& oldShow);
 
     // Sound.
-    bool isMusic(const Run& run) const { return show_.soundRole(run.cue) == SoundRole::music; }
+    bool isMusic(const Run& run) const { return index_.soundRole(run.cue) == SoundRole::music; }
     double dipFactor(const Run& run) const { return !dippers_.empty() && isMusic(run) ? dipLevel : 1.0; }
     std::optional<std::string> deviceUID(AudioBus bus, const Cue& cue) const;
     void rampMusic(double seconds);
@@ -262,7 +262,7 @@ private:
     double master() const { return isMuted_ ? 0 : masterLevel_; }
 
     // Cue groups.
-    void beginPlaybackGroup(const CueGroup& group);
+    void beginPlaybackGroup(const ShowIndex::PreparedGroup& prepared);
     void playGroupStep(int index);
     void advancePlaybackGroup(bool endingCurrentStep);
     void groupRunFinished(const Run& run, bool naturally);

@@ -19,7 +19,7 @@ void LiveEngine::clear(ClearTarget target, double fadeSeconds, bool preservingGr
     case ClearTarget::media: clearLayer(LayerKind::media, fadeSeconds); break;
     case ClearTarget::graphics: clearLayer(LayerKind::graphics, fadeSeconds); break;
     case ClearTarget::music:
-        stopWhere([&](const Run& run) { return show_.soundRole(run.cue) == SoundRole::music; });
+        stopWhere([&](const Run& run) { return index_.soundRole(run.cue) == SoundRole::music; });
         break;
     case ClearTarget::messages:
         stopWhere([](const Run& run) { return std::holds_alternative<MessageCue>(run.cue.kind); });

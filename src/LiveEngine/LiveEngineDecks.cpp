@@ -29,7 +29,7 @@ bool isNone(const std::optional<Backdrop>& backdrop) {
 const DeckInfo* LiveEngine::deck(const Run& run) const {
     const auto* slides = std::get_if<SlidesCue>(&run.cue.kind);
     if (slides == nullptr) return nullptr;
-    const MediaItem* item = show_.media(slides->deckID);
+    const MediaItem* item = index_.media(slides->deckID);
     return item && item->deck ? &*item->deck : nullptr;
 }
 
@@ -130,7 +130,7 @@ void LiveEngine::goToSlide(int index) {
 void LiveEngine::showDeckSlide(const Uuid& cueID, int index) {
     const Cue* cue = index_.cue(cueID);
     if (cue == nullptr || !std::holds_alternative<SlidesCue>(cue->kind)) return;
-    const MediaItem* item = show_.media(std::get<SlidesCue>(cue->kind).deckID);
+    const MediaItem* item = index_.media(std::get<SlidesCue>(cue->kind).deckID);
     if (item == nullptr || !item->deck) return;
     if (Run* run = activeRunOf(cueID)) {
         activeDeckRunID_ = run->id;
@@ -184,7 +184,7 @@ void LiveEngine::showBackdrop(const Backdrop& backdrop, const Uuid& runID) {
         stack_.show(SceneColorContent{colorOf(color->rgb)}, LayerKind::background, runID, 0.6,
                     SceneScaling::fit, std::nullopt);
     } else if (const auto* media = std::get_if<backdrop::Media>(&backdrop)) {
-        const MediaItem* item = show_.media(media->mediaID);
+        const MediaItem* item = index_.media(media->mediaID);
         if (item == nullptr) return;
         if (item->kind == MediaKind::video) return loopBackdrop(mediaPath(*item), runID, token);
         if (std::optional<StillImage> picture = loadImage(item->id))
@@ -230,7 +230,7 @@ void LiveEngine::loopBackdrop(const std::filesystem::path& file, const Uuid& run
 std::optional<LiveEngine::LiveLyric> LiveEngine::liveLyric(const Run& run) const {
     const auto* slides = std::get_if<SlidesCue>(&run.cue.kind);
     if (slides == nullptr || !run.slideIndex) return std::nullopt;
-    const MediaItem* item = show_.media(slides->deckID);
+    const MediaItem* item = index_.media(slides->deckID);
     if (item == nullptr || !item->deck || !item->song || !item->deck->lyricSources || !item->deck->made)
         return std::nullopt;
     const auto index = static_cast<std::size_t>(*run.slideIndex);
@@ -292,7 +292,7 @@ void LiveEngine::standbyImage(const Uuid& cueID,
     std::optional<StillImage> picture;
     if (const Cue* cue = index_.cue(cueID)) {
         if (const auto* slides = std::get_if<SlidesCue>(&cue->kind)) {
-            const MediaItem* item = show_.media(slides->deckID);
+            const MediaItem* item = index_.media(slides->deckID);
             if (item && item->deck && !item->deck->pages.empty()) {
                 const auto page = std::min(static_cast<std::size_t>(std::max(slides->startSlide, 0)),
                                            item->deck->pages.size() - 1);

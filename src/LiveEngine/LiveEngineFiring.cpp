@@ -44,7 +44,7 @@ void LiveEngine::fire(const Cue& cue, std::optional<int> requestedSlideIndex, bo
     if (!cue.isEnabled) return;
     cancelPlaybackGroup();
     if (!requestedSlideIndex && !backgroundOnly)
-        if (const CueGroup* group = cueGroup(show_, cue.id)) {
+        if (const ShowIndex::PreparedGroup* group = index_.groupContaining(cue.id)) {
             beginPlaybackGroup(*group);
             return;
         }
@@ -313,7 +313,7 @@ void LiveEngine::tick() {
     if (dippers_.contains(talkOverID_)) {
         bool musicPlays = false;
         for (const Uuid& id : runOrder_)
-            if (const Run* run = findRun(id); run && show_.soundRole(run->cue) == SoundRole::music)
+            if (const Run* run = findRun(id); run && index_.soundRole(run->cue) == SoundRole::music)
                 musicPlays = true;
         if (!musicPlays) {
             dippers_.erase(talkOverID_);

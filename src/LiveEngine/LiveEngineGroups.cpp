@@ -3,7 +3,6 @@
 
 #include "LiveEngine/LiveEngine.h"
 
-#include "LiveModel/ShowEditError.h"
 
 namespace velarion {
 
@@ -20,30 +19,23 @@ CueGroupPlaybackState GroupPlayback::snapshot() const {
     return view;
 }
 
-void LiveEngine::beginPlaybackGroup(const CueGroup& group) {
-    bool valid = false;
-    try {
-        valid = validatedCueGroup(show_, group) == group;
-    } catch (const ShowEditError&) {
-        valid = false;
-    }
-    if (!valid) {
+void LiveEngine::beginPlaybackGroup(const ShowIndex::PreparedGroup& prepared) {
+    const CueGroup& group = prepared.group;
+    if (!prepared.isValid) {
         log(HistoryEntry::Kind::warning,
             group.name + " cannot play — check its cue group in Ready Check");
         return;
     }
-    std::vector<CueGroupStep> steps = playbackSteps(show_, group);
-    if (steps.empty()) return;
+    if (prepared.steps.empty()) return;
 
-    const std::vector<const Cue*> members = cues(show_, group);
     GroupPlayback playback;
     playback.id = Uuid::random();
     playback.group = group;
-    playback.steps = std::move(steps);
-    if (!members.empty()) {
-        const Uuid lastID = members.back()->id;
-        playback.nextCueID = firstManualCue(lastID);
-        if (const Cue* behind = index_.cueAfter(lastID); behind && behind->follow == Follow::afterPrevious)
+    playback.steps = prepared.steps;
+    if (prepared.lastMemberID) {
+        playback.nextCueID = firstManualCue(*prepared.lastMemberID);
+        if (const Cue* behind = index_.cueAfter(*prepared.lastMemberID);
+            behind && behind->follow == Follow::afterPrevious)
             playback.outsideFollowerID = behind->id;
     }
     playback.generation = Uuid::random();

@@ -53,7 +53,7 @@ void LiveEngine::setHolding(bool on) {
     }
     std::optional<StillImage> picture;
     if (show_.holding.mediaID)
-        if (const MediaItem* item = show_.media(*show_.holding.mediaID))
+        if (const MediaItem* item = index_.media(*show_.holding.mediaID))
             picture = ports_.images.load(mediaPath(*item).string());
     if (!picture) picture = ports_.cards.holding(show_.holding.title, show_.holding.subtitle);
     // Whatever happens the screens are covered: black if nothing could be drawn.

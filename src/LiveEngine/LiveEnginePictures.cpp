@@ -145,7 +145,7 @@ void LiveEngine::showPicture(Run& run, SceneContent content, LayerKind layer, do
 
 void LiveEngine::beginImage(Run& run) {
     const auto& image = std::get<ImageCue>(run.cue.kind);
-    const MediaItem* item = show_.media(image.mediaID);
+    const MediaItem* item = index_.media(image.mediaID);
     if (item == nullptr) return fail(run.id, "the image is missing");
     const std::string path = mediaPath(*item).string();
     auto cached = imageCache_.find(path);
@@ -159,7 +159,7 @@ void LiveEngine::beginImage(Run& run) {
 
 void LiveEngine::beginVideo(Run& run) {
     const auto& video = std::get<VideoCue>(run.cue.kind);
-    const MediaItem* item = show_.media(video.mediaID);
+    const MediaItem* item = index_.media(video.mediaID);
     if (item == nullptr) return fail(run.id, "the video is missing");
     // Network inputs play through the network input side of the engine.
     if (item->ndiSource) return;

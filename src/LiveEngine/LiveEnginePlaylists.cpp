@@ -34,7 +34,7 @@ bool LiveEngine::startPlaylistSong(const Uuid& runID, std::size_t from, double f
     if (run == nullptr) return false;
     const auto& playlist = std::get<PlaylistCue>(run->cue.kind);
     for (std::size_t index = from; index < run->playlistOrder.size(); ++index) {
-        const MediaItem* item = show_.media(run->playlistOrder[index]);
+        const MediaItem* item = index_.media(run->playlistOrder[index]);
         if (item == nullptr) {
             log(HistoryEntry::Kind::warning,
                 run->cue.name + ": a song was removed from the library — skipped");

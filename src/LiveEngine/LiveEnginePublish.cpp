@@ -198,8 +198,7 @@ RunningCue LiveEngine::runningCue(const Run& run) const {
 std::optional<NowPlayingMusic> LiveEngine::nowPlaying() const {
     for (auto id = runOrder_.rbegin(); id != runOrder_.rend(); ++id) {
         const Run* run = findRun(*id);
-        if (run == nullptr || show_.soundRole(run->cue) != SoundRole::music) continue;
-        if (!run->audio) continue;
+        if (run == nullptr || !run->audio || !isMusic(*run)) continue;
         NowPlayingMusic music;
         music.source = NowPlayingMusic::Source::file;
         std::optional<Uuid> song = cueKind::mediaID(run->cue.kind);
@@ -209,7 +208,7 @@ std::optional<NowPlayingMusic> LiveEngine::nowPlaying() const {
             music.isPlaylist = true;
             music.artist = std::to_string(index + 1) + " of " + std::to_string(run->playlistOrder.size());
         }
-        if (const MediaItem* item = song ? show_.media(*song) : nullptr) music.title = item->name;
+        if (const MediaItem* item = song ? index_.media(*song) : nullptr) music.title = item->name;
         music.positionSeconds = std::max(0.0, run->audio->player->currentSeconds());
         music.durationSeconds = std::max(0.0, run->audio->player->durationSeconds());
         music.isPlaying = !run->isPaused();

@@ -122,7 +122,7 @@ void LiveEngine::startPlayback(AudioPlayback& playback, double target, double fa
 
 void LiveEngine::beginAudio(Run& run) {
     const auto& audio = std::get<AudioCue>(run.cue.kind);
-    const MediaItem* item = show_.media(audio.mediaID);
+    const MediaItem* item = index_.media(audio.mediaID);
     if (item == nullptr) return fail(run.id, "the sound file is missing");
     const bool crossfades = audio.loops && audio.crossfadesLoop.value_or(false);
     auto playback = openPlayback(mediaPath(*item), deviceUID(audio.bus, run.cue), audio.inPoint,
@@ -172,7 +172,7 @@ void LiveEngine::crossfadeAudioLoop(const Uuid& runID) {
             return;
         }
         const auto& audio = std::get<AudioCue>(looping->cue.kind);
-        const MediaItem* item = show_.media(audio.mediaID);
+        const MediaItem* item = index_.media(audio.mediaID);
         auto next = item ? openPlayback(mediaPath(*item), deviceUID(audio.bus, looping->cue),
                                         audio.inPoint, audio.outPoint, audio.fadeOut,
                                         looping->audio->cueLevel, false)

@@ -80,7 +80,7 @@ void LiveEngine::updateAudienceTimer() {
 }
 
 std::optional<StillImage> LiveEngine::loadImage(const Uuid& mediaID) {
-    const MediaItem* item = show_.media(mediaID);
+    const MediaItem* item = index_.media(mediaID);
     if (item == nullptr) return std::nullopt;
     const std::string path = mediaPath(*item).string();
     if (auto cached = imageCache_.find(path); cached != imageCache_.end()) return cached->second;

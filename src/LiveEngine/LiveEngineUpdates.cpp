@@ -4,7 +4,6 @@
 #include "LiveEngine/LiveEngine.h"
 
 #include "LiveModel/CueGroups.h"
-#include "LiveModel/ShowEditError.h"
 
 namespace velarion {
 
@@ -19,13 +18,6 @@ std::vector<std::vector<Uuid>> stepCueIDs(const std::vector<CueGroupStep>& steps
     return ids;
 }
 
-const CueGroup* groupWithID(const Show& show, const Uuid& id) {
-    if (!show.cueGroups) return nullptr;
-    for (const CueGroup& group : *show.cueGroups)
-        if (group.id == id) return &group;
-    return nullptr;
-}
-
 } // namespace
 
 void LiveEngine::apply(Show show, const std::set<Uuid>& touched) {
@@ -35,21 +27,13 @@ void LiveEngine::apply(Show show, const std::set<Uuid>& touched) {
     index_ = ShowIndex(show_);
 
     if (playbackGroup_) {
-        bool keeps = false;
-        if (const CueGroup* group = groupWithID(show_, playbackGroup_->group.id)) {
-            try {
-                const CueGroup valid = validatedCueGroup(show_, *group);
-                std::vector<CueGroupStep> steps = playbackSteps(show_, valid);
-                if (valid == *group && stepCueIDs(steps) == stepCueIDs(playbackGroup_->steps)) {
-                    keeps = true;
-                    playbackGroup_->group = valid;
-                    playbackGroup_->steps = std::move(steps);
-                }
-            } catch (const ShowEditError&) {
-                keeps = false;
-            }
+        const ShowIndex::PreparedGroup* group = index_.group(playbackGroup_->group.id);
+        if (group && group->isValid && stepCueIDs(group->steps) == stepCueIDs(playbackGroup_->steps)) {
+            playbackGroup_->group = group->group;
+            playbackGroup_->steps = group->steps;
+        } else {
+            cancelPlaybackGroup();
         }
-        if (!keeps) cancelPlaybackGroup();
     }
 
     const std::vector<Uuid> active = runOrder_;
@@ -92,7 +76,7 @@ void LiveEngine::updateRun(const Uuid& runID, const Cue& old, const Show& oldSho
     const Cue& cue = run->cue;
     if (cue.geometry != old.geometry) stack_.setGeometry(cue.geometry, runID);
 
-    const bool dipped = !dippers_.empty() && show_.soundRole(cue) == SoundRole::music;
+    const bool dipped = !dippers_.empty() && index_.soundRole(cue) == SoundRole::music;
     if (const auto* video = std::get_if<VideoCue>(&cue.kind)) {
         const auto* was = std::get_if<VideoCue>(&old.kind);
         if (run->video && !run->fadingOut && (!was || was->level != video->level))

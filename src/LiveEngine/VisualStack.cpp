@@ -122,7 +122,9 @@ void VisualStack::clear(LayerKind kind, double fadeSeconds) {
 }
 
 void VisualStack::clearLayer(const Uuid& layerID, double fadeSeconds) {
-    moveToLeaving(layerID, fadeSeconds);
+    // A copy: callers often pass the id of the very entry that is removed.
+    const Uuid layer = layerID;
+    moveToLeaving(layer, fadeSeconds);
 }
 
 void VisualStack::clearAll(double fadeSeconds) {
@@ -289,7 +291,8 @@ bool VisualStack::settle() {
     return true;
 }
 
-std::optional<VisualStack::KindEntry> VisualStack::removeActive(const Uuid& layerID) {
+std::optional<VisualStack::KindEntry> VisualStack::removeActive(const Uuid& layerIDRef) {
+    const Uuid layerID = layerIDRef; // the caller's may live in the entry removed
     auto active = std::find_if(entries.begin(), entries.end(),
                                [&](const auto& item) { return item.second.layerID == layerID; });
     if (active == entries.end()) {
@@ -322,11 +325,12 @@ std::optional<VisualStack::KindEntry> VisualStack::removeActive(const Uuid& laye
 }
 
 void VisualStack::moveToLeaving(const Uuid& layerID, double fadeSeconds) {
-    auto removed = removeActive(layerID);
+    const Uuid layer = layerID;
+    auto removed = removeActive(layer);
     if (!removed)
         return;
     removed->second.dissolveSeconds = fadeSeconds;
-    leaving.insert_or_assign(layerID, std::move(*removed));
+    leaving.insert_or_assign(layer, std::move(*removed));
 }
 
 std::uint64_t VisualStack::orderOf(const Uuid& layerID) const {

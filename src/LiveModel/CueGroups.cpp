@@ -60,8 +60,12 @@ CueGroup validatedCueGroup(const Show& show, const CueGroup& group) {
 }
 
 std::vector<CueGroupStep> playbackSteps(const Show& show, const CueGroup& in) {
+    return playbackSteps(cues(show, in));
+}
+
+std::vector<CueGroupStep> playbackSteps(const std::vector<const Cue*>& cues) {
     std::vector<std::vector<Cue>> lists;
-    for (const Cue* cue : cues(show, in)) {
+    for (const Cue* cue : cues) {
         if (cue->follow == Follow::withPrevious && !lists.empty()) {
             if (cue->isEnabled) lists.back().push_back(*cue);
         } else {

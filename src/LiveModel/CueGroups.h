@@ -47,6 +47,9 @@ struct CueGroupStep {
 // The group's steps; disabled cues are left out, and a step left empty
 // by them is dropped.
 std::vector<CueGroupStep> playbackSteps(const Show& show, const CueGroup& in);
+// The same from the group's cues in show order, for callers that found them
+// already.
+std::vector<CueGroupStep> playbackSteps(const std::vector<const Cue*>& cues);
 
 // The cue Next must point at when this one is armed: the first enabled cue of
 // its group, or of its With Previous bundle up to it. None for a disabled or

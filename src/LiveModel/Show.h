@@ -82,6 +82,9 @@ struct Show {
     // The first playable cue can never follow anything.
     Follow effectiveFollow(const Cue& cue) const;
     std::optional<SoundRole> soundRole(const Cue& cue) const;
+    // The same, with the audio cue's library item already looked up (null
+    // when it is gone), for callers that keep their own index.
+    static std::optional<SoundRole> soundRole(const Cue& cue, const MediaItem* audioItem);
     // Whether the cue, as a step of a playback group, ends by itself.
     bool groupCueHasEnd(const Cue& cue) const;
     // Gives generated library names a readable one; true if any changed.

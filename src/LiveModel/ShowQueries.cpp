@@ -95,6 +95,11 @@ Follow Show::effectiveFollow(const Cue& cue) const {
 }
 
 std::optional<SoundRole> Show::soundRole(const Cue& cue) const {
+    const auto* audio = std::get_if<AudioCue>(&cue.kind);
+    return soundRole(cue, audio && !audio->role ? media(audio->mediaID) : nullptr);
+}
+
+std::optional<SoundRole> Show::soundRole(const Cue& cue, const MediaItem* audioItem) {
     switch (cueKind::kindCase(cue.kind)) {
     case CueKindCase::playlist:
     case CueKindCase::spotifyTrack:
@@ -105,9 +110,8 @@ std::optional<SoundRole> Show::soundRole(const Cue& cue) const {
     }
     const auto& audio = std::get<AudioCue>(cue.kind);
     if (audio.role) return audio.role;
-    const MediaItem* item = media(audio.mediaID);
-    if (item == nullptr) return SoundRole::music;
-    return soundRole::automatic(item->duration);
+    if (audioItem == nullptr) return SoundRole::music;
+    return soundRole::automatic(audioItem->duration);
 }
 
 bool Show::groupCueHasEnd(const Cue& cue) const {
