@@ -145,7 +145,8 @@ void LiveEngine::begin(const Uuid& runID) {
     }
 }
 
-void LiveEngine::fail(const Uuid& runID, const std::string& reason) {
+void LiveEngine::fail(const Uuid& runIDRef, const std::string& reason) {
+    const Uuid runID = runIDRef; // callers often pass the id inside the run that ends
     const Run* run = findRun(runID);
     if (run == nullptr) return;
     log(HistoryEntry::Kind::warning, run->cue.name + " didn't play — " + reason);
@@ -153,8 +154,9 @@ void LiveEngine::fail(const Uuid& runID, const std::string& reason) {
     finish(runID, true, 0.3, false);
 }
 
-void LiveEngine::finish(const Uuid& runID, bool clearVisual, double fadeSeconds,
+void LiveEngine::finish(const Uuid& runIDRef, bool clearVisual, double fadeSeconds,
                         bool fireFollowers) {
+    const Uuid runID = runIDRef; // callers often pass the id inside the run that ends
     auto found = runs_.find(runID);
     if (found == runs_.end()) return; // ending is idempotent
     Run& run = found->second;
@@ -194,7 +196,8 @@ void LiveEngine::finish(const Uuid& runID, bool clearVisual, double fadeSeconds,
     if (fireFollowers) releaseOrHold(followerID);
 }
 
-void LiveEngine::stop(const Uuid& runID, double fadeSeconds) {
+void LiveEngine::stop(const Uuid& runIDRef, double fadeSeconds) {
+    const Uuid runID = runIDRef; // callers often pass the id inside the run that ends
     Run* run = findRun(runID);
     if (run == nullptr) return;
     log(HistoryEntry::Kind::stopped, "Stopped " + run->cue.name);
