@@ -194,6 +194,11 @@ private:
     void updateAudienceTimer();
     ConfidenceState confidence() const;
     std::optional<StillImage> loadImage(const Uuid& mediaID);
+    // A decoded picture file, from the cache or loaded into it.
+    std::optional<StillImage> cachedPicture(const std::string& path);
+    // Moves the run's playing file behind the next one: it fades out over
+    // `fadeSeconds`, then stops and leaves `audioTails`.
+    void retireToTail(Run& run, double fadeSeconds);
 
     // Live decks.
     struct LiveLyric {

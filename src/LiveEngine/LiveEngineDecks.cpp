@@ -78,18 +78,14 @@ void LiveEngine::showSlide(int index, const Uuid& runID) {
     run->slidePart = 0;
     run->isBackgroundOnly = false;
 
-    const std::string path = package_.mediaURL(info->pages[static_cast<std::size_t>(i)]).string();
-    auto cached = imageCache_.find(path);
-    if (cached == imageCache_.end()) {
-        std::optional<StillImage> loaded = ports_.images.load(path);
-        if (!loaded) return; // the old picture stays up
-        cached = imageCache_.emplace(path, std::move(*loaded)).first;
-    }
+    const std::optional<StillImage> page =
+        cachedPicture(package_.mediaURL(info->pages[static_cast<std::size_t>(i)]).string());
+    if (!page) return; // the old picture stays up
     takeLayer(LayerKind::slides, *run, std::nullopt);
     run = findRun(runID);
     if (run == nullptr) return;
     // A fresh identity per shown slide, so the renderer dissolves it.
-    stack_.show(SceneStillContent{cached->second.freshCopy()}, LayerKind::slides, runID,
+    stack_.show(SceneStillContent{page->freshCopy()}, LayerKind::slides, runID,
                 slideDissolve(*run), SceneScaling::fit, geometry(*run));
 }
 

@@ -147,14 +147,10 @@ void LiveEngine::beginImage(Run& run) {
     const auto& image = std::get<ImageCue>(run.cue.kind);
     const MediaItem* item = index_.media(image.mediaID);
     if (item == nullptr) return fail(run.id, "the image is missing");
-    const std::string path = mediaPath(*item).string();
-    auto cached = imageCache_.find(path);
-    if (cached == imageCache_.end()) {
-        std::optional<StillImage> loaded = ports_.images.load(path);
-        if (!loaded) return fail(run.id, "the image is missing");
-        cached = imageCache_.emplace(path, std::move(*loaded)).first;
-    }
-    showPicture(run, SceneStillContent{cached->second}, image.layer, image.fadeIn, SceneScaling::fit);
+    std::optional<StillImage> picture = cachedPicture(mediaPath(*item).string());
+    if (!picture) return fail(run.id, "the image is missing");
+    showPicture(run, SceneStillContent{std::move(*picture)}, image.layer, image.fadeIn,
+                SceneScaling::fit);
 }
 
 void LiveEngine::beginVideo(Run& run) {

@@ -91,20 +91,7 @@ void LiveEngine::advancePlaylist(const Uuid& runID, double fadeSeconds) {
         run->playlistOrder = playingOrder(playlist, justPlayed);
         next = 0;
     }
-    if (run->audio) {
-        AudioPlayback old = std::move(*run->audio);
-        run->audio.reset();
-        old.isFadingOut = true;
-        old.player->setVolume(0, fadeSeconds > 0 ? fadeSeconds : 0.01);
-        std::shared_ptr<SoundFilePlayer> tail = old.player;
-        run->audioTails.push_back(std::move(old));
-        run->tasks.push_back(after(std::max(fadeSeconds, 0.01), [this, runID, tail] {
-            tail->stop();
-            if (Run* owner = findRun(runID))
-                std::erase_if(owner->audioTails,
-                              [&](const AudioPlayback& playback) { return playback.player == tail; });
-        }));
-    }
+    retireToTail(*run, fadeSeconds);
     if (!startPlaylistSong(runID, next, fadeSeconds)) {
         if (Run* failed = findRun(runID)) {
             log(HistoryEntry::Kind::warning, failed->cue.name + " didn't play — the sound file is missing");

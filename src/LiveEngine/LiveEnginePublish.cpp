@@ -23,11 +23,10 @@ void collectSurface(const SceneContent& content, std::set<SceneID>& into) {
 
 void LiveEngine::publish() {
     const auto layerRuns = stack_.layerRuns();
+    std::set<Uuid> shownRuns;
+    for (const auto& [layer, run] : layerRuns) shownRuns.insert(run);
     const auto isKept = [&](const Uuid& runID) {
-        if (runs_.contains(runID)) return true;
-        for (const auto& [layer, run] : layerRuns)
-            if (run == runID) return true;
-        return false;
+        return runs_.contains(runID) || shownRuns.contains(runID);
     };
     std::erase_if(visualRoutes_, [&](const auto& item) { return !isKept(item.first); });
     std::erase_if(supersededDestinations_, [&](const auto& item) { return !isKept(item.first); });

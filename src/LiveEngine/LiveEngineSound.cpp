@@ -179,20 +179,27 @@ void LiveEngine::crossfadeAudioLoop(const Uuid& runID) {
                          : std::nullopt;
         if (!next) return; // the file went; this pass plays out and ends
         startPlayback(*next, master() * dipFactor(*looping) * next->cueLevel, overlap);
-        AudioPlayback old = std::move(*looping->audio);
-        old.isFadingOut = true;
-        old.player->setVolume(0, overlap);
-        std::shared_ptr<SoundFilePlayer> tail = old.player;
-        looping->audioTails.push_back(std::move(old));
+        retireToTail(*looping, overlap);
         looping->audio = std::move(*next);
-        looping->tasks.push_back(after(overlap, [this, runID, tail] {
-            tail->stop();
-            if (Run* owner = findRun(runID))
-                std::erase_if(owner->audioTails,
-                              [&](const AudioPlayback& playback) { return playback.player == tail; });
-        }));
         crossfadeAudioLoop(runID);
     });
+}
+
+void LiveEngine::retireToTail(Run& run, double fadeSeconds) {
+    if (!run.audio) return;
+    AudioPlayback old = std::move(*run.audio);
+    run.audio.reset();
+    old.isFadingOut = true;
+    old.player->setVolume(0, std::max(fadeSeconds, 0.01));
+    std::shared_ptr<SoundFilePlayer> tail = old.player;
+    run.audioTails.push_back(std::move(old));
+    const Uuid runID = run.id;
+    run.tasks.push_back(after(std::max(fadeSeconds, 0.01), [this, runID, tail] {
+        tail->stop();
+        if (Run* owner = findRun(runID))
+            std::erase_if(owner->audioTails,
+                          [&](const AudioPlayback& playback) { return playback.player == tail; });
+    }));
 }
 
 } // namespace velarion

@@ -82,7 +82,10 @@ void LiveEngine::updateAudienceTimer() {
 std::optional<StillImage> LiveEngine::loadImage(const Uuid& mediaID) {
     const MediaItem* item = index_.media(mediaID);
     if (item == nullptr) return std::nullopt;
-    const std::string path = mediaPath(*item).string();
+    return cachedPicture(mediaPath(*item).string());
+}
+
+std::optional<StillImage> LiveEngine::cachedPicture(const std::string& path) {
     if (auto cached = imageCache_.find(path); cached != imageCache_.end()) return cached->second;
     std::optional<StillImage> loaded = ports_.images.load(path);
     if (loaded) imageCache_.emplace(path, *loaded);

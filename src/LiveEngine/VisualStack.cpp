@@ -199,16 +199,10 @@ std::vector<VisualStack::KindEntry> VisualStack::allEntries() const {
 
 std::map<Uuid, Uuid> VisualStack::layerRuns() const {
     std::map<Uuid, Uuid> runs;
-    const auto add = [&](const Entry& entry) {
+    forEachEntry([&](const Entry& entry) {
         if (entry.runID)
             runs.emplace(entry.layerID, *entry.runID);
-    };
-    for (const auto& item : entries)
-        add(item.second);
-    for (const auto& item : retained)
-        add(item.second.second);
-    for (const auto& item : leaving)
-        add(item.second.second);
+    });
     return runs;
 }
 
@@ -225,16 +219,10 @@ std::map<Uuid, LayerKind> VisualStack::layerKinds() const {
 
 std::map<Uuid, DestinationKeys> VisualStack::layerExclusions() const {
     std::map<Uuid, DestinationKeys> exclusions;
-    const auto add = [&](const Entry& entry) {
+    forEachEntry([&](const Entry& entry) {
         if (!entry.excludedDestinations.empty())
             exclusions.emplace(entry.layerID, entry.excludedDestinations);
-    };
-    for (const auto& item : entries)
-        add(item.second);
-    for (const auto& item : retained)
-        add(item.second.second);
-    for (const auto& item : leaving)
-        add(item.second.second);
+    });
     return exclusions;
 }
 

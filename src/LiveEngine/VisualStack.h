@@ -106,6 +106,12 @@ public:
     bool settle();
 
 private:
+    // Active, retained and leaving entries alike.
+    template <class Visit> void forEachEntry(Visit visit) const {
+        for (const auto& item : entries) visit(item.second);
+        for (const auto& item : retained) visit(item.second.second);
+        for (const auto& item : leaving) visit(item.second.second);
+    }
     std::optional<KindEntry> removeActive(const Uuid& layerID);
     void moveToLeaving(const Uuid& layerID, double fadeSeconds);
     std::uint64_t orderOf(const Uuid& layerID) const;
