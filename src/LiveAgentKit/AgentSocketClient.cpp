@@ -5,8 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <cmath>
 #include <cstring>
 #include <optional>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <utility>
@@ -36,6 +39,30 @@ AgentResponse AgentSocketClient::call(std::string_view tool, const JSONValue& ar
 void AgentSocketClient::disconnect() {
     fd_.reset();
     buffer_.clear();
+}
+
+bool AgentSocketClient::waitForHangUp(double timeoutSeconds) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point deadline =
+        Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                           std::chrono::duration<double>(std::max(timeoutSeconds, 0.0)));
+    while (fd_.isOpen()) {
+        char chunk[agentLine::readChunkBytes];
+        const ssize_t count = ::recv(fd_.get(), chunk, sizeof chunk, MSG_DONTWAIT);
+        if (count > 0 || (count < 0 && errno == EINTR))
+            continue;
+        if (count == 0 || (errno != EAGAIN && errno != EWOULDBLOCK)) {
+            disconnect();
+            return true;
+        }
+        const double leftMilliseconds =
+            std::chrono::duration<double, std::milli>(deadline - Clock::now()).count();
+        if (leftMilliseconds <= 0)
+            return false;
+        pollfd polled{fd_.get(), POLLIN, 0};
+        ::poll(&polled, 1, static_cast<int>(std::ceil(std::min(leftMilliseconds, 60000.0))));
+    }
+    return true;
 }
 
 AgentResponse AgentSocketClient::send(std::string_view tool, const JSONValue& arguments,

@@ -36,6 +36,12 @@ public:
     // The tool's response, whether ok or not.
     AgentResponse call(std::string_view tool, const JSONValue& arguments, int timeoutSeconds);
 
+    // Waits up to `timeoutSeconds` for the application to close this
+    // connection, as it does when it quits, and then disconnects. Anything
+    // it sends meanwhile is dropped. True once the connection has ended
+    // (also when none was open); false at the timeout, still connected.
+    bool waitForHangUp(double timeoutSeconds);
+
     void disconnect();
 
 private:
