@@ -1,0 +1,204 @@
+#include "Platform/Pictures/BackdropLoops.h"
+
+#include "Platform/Gst/GstHandles.h"
+#include "TempFolder.h"
+
+#include <gst/app/gstappsink.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <optional>
+
+namespace velarion {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::TempFolder;
+
+constexpr std::array allBackdrops{BuiltInBackdrop::drift,  BuiltInBackdrop::ember,
+                                  BuiltInBackdrop::mono,   BuiltInBackdrop::dawn,
+                                  BuiltInBackdrop::forest, BuiltInBackdrop::ocean};
+
+// Every frame of a video file as BGRx bytes, decoded by GStreamer; none when
+// the file doesn't decode to the end.
+std::optional<std::vector<std::vector<std::uint8_t>>> decodeFrames(const fs::path& file, int width,
+                                                                   int height) {
+    gst::ensureInitialized();
+    gst::GCharPtr uri(gst_filename_to_uri(file.c_str(), nullptr));
+    const std::string description = "uridecodebin uri=" + gst::text(uri.get()) +
+                                    " ! videoconvert ! video/x-raw,format=BGRx ! appsink name=sink sync=false";
+    GError* rawError = nullptr;
+    gst::Element pipeline = gst::Element::adopt(gst_parse_launch(description.c_str(), &rawError));
+    gst::GErrorPtr error(rawError);
+    if (!pipeline || error) return std::nullopt;
+    gst::Element sink = gst::Element::adopt(gst_bin_get_by_name(GST_BIN(pipeline.get()), "sink"));
+    gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
+
+    std::vector<std::vector<std::uint8_t>> frames;
+    const std::size_t frameBytes = std::size_t(width) * height * 4;
+    while (auto sample = gst::GstMiniRef<GstSample>::adopt(gst_app_sink_pull_sample(GST_APP_SINK(sink.get())))) {
+        GstMapInfo map;
+        GstBuffer* buffer = gst_sample_get_buffer(sample.get());
+        if (!gst_buffer_map(buffer, &map, GST_MAP_READ)) break;
+        if (map.size == frameBytes) frames.emplace_back(map.data, map.data + map.size);
+        gst_buffer_unmap(buffer, &map);
+    }
+    const bool whole = gst_app_sink_is_eos(GST_APP_SINK(sink.get()));
+    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    if (!whole) return std::nullopt;
+    return frames;
+}
+
+// Mean absolute difference per byte, 0 to 255.
+double difference(const std::vector<std::uint8_t>& a, const std::vector<std::uint8_t>& b) {
+    double total = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) total += std::abs(int(a[i]) - int(b[i]));
+    return total / double(a.size());
+}
+
+// The mean colour of a frame, 0 to 1 a channel.
+BackdropLoops::Rgb meanColour(const QImage& picture) {
+    double sums[3] = {0, 0, 0};
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const QRgb pixel = picture.pixel(x, y);
+            sums[0] += qRed(pixel);
+            sums[1] += qGreen(pixel);
+            sums[2] += qBlue(pixel);
+        }
+    const double count = 255.0 * picture.width() * picture.height();
+    return {float(sums[0] / count), float(sums[1] / count), float(sums[2] / count)};
+}
+
+std::vector<fs::path> filesIn(const fs::path& folder) {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(folder)) files.push_back(entry.path().filename());
+    return files;
+}
+
+TEST(BackdropLoopsTest, AFinishedLoopDecodesAndItsLastFrameFlowsIntoItsFirst) {
+    TempFolder folder("backdrop-loops");
+    std::vector<double> fractions;
+    BackdropLoops::MakeOptions options;
+    options.progress = [&](double fraction) { fractions.push_back(fraction); };
+    const auto result = BackdropLoops::make(BuiltInBackdrop::ocean, folder.path(), 320, 180, 2, 15, options);
+    ASSERT_TRUE(std::holds_alternative<fs::path>(result)) << std::get<BackdropLoops::Failed>(result).message;
+    const fs::path file = std::get<fs::path>(result);
+    EXPECT_EQ(file, folder / "ocean-v1.mov");
+    EXPECT_TRUE(BackdropLoops::isReady(BuiltInBackdrop::ocean, folder.path()));
+    EXPECT_EQ(filesIn(folder.path()), std::vector<fs::path>{"ocean-v1.mov"}) << "no partial file left";
+    ASSERT_FALSE(fractions.empty());
+    EXPECT_TRUE(std::is_sorted(fractions.begin(), fractions.end()));
+    EXPECT_EQ(fractions.back(), 1.0);
+
+    const auto frames = decodeFrames(file, 320, 180);
+    ASSERT_TRUE(frames) << "the loop must decode to its end";
+    ASSERT_EQ(frames->size(), 30u);
+
+    std::vector<double> steps;
+    for (std::size_t i = 0; i + 1 < frames->size(); ++i) steps.push_back(difference((*frames)[i], (*frames)[i + 1]));
+    std::vector<double> sorted = steps;
+    std::sort(sorted.begin(), sorted.end());
+    const double typicalStep = sorted[sorted.size() / 2];
+    const double seam = difference(frames->back(), frames->front());
+    const double halfWay = difference(frames->front(), (*frames)[frames->size() / 2]);
+    EXPECT_GT(typicalStep, 0.05) << "the glows must move";
+    EXPECT_GT(halfWay, 4 * typicalStep) << "frames far apart differ far more than neighbours";
+    EXPECT_LT(seam, 1.5 * typicalStep) << "the jump from the last frame to the first is a seam";
+    EXPECT_GT(seam, 0.4 * typicalStep) << "a last frame that repeats the first stutters";
+}
+
+TEST(BackdropLoopsTest, ACancelledRenderLeavesNothingBehind) {
+    TempFolder folder("backdrop-loops");
+    std::stop_source stop;
+    BackdropLoops::MakeOptions options;
+    options.stop = stop.get_token();
+    options.progress = [&](double fraction) {
+        if (fraction > 0.3) stop.request_stop();
+    };
+    const auto result = BackdropLoops::make(BuiltInBackdrop::drift, folder.path(), 320, 180, 2, 15, options);
+    EXPECT_TRUE(std::holds_alternative<BackdropLoops::Cancelled>(result));
+    EXPECT_FALSE(fs::exists(BackdropLoops::url(BuiltInBackdrop::drift, folder.path())));
+    EXPECT_TRUE(filesIn(folder.path()).empty()) << "the partial file must be removed";
+}
+
+TEST(BackdropLoopsTest, BadRequestsFailWithASentenceAndWriteNothing) {
+    TempFolder folder("backdrop-loops");
+    for (auto [width, height, seconds, fps] : {std::tuple{321, 180, 2.0, 15}, std::tuple{320, 0, 2.0, 15},
+                                               std::tuple{320, 180, 0.0, 15}, std::tuple{320, 180, 2.0, 0}}) {
+        const auto result = BackdropLoops::make(BuiltInBackdrop::mono, folder.path(), width, height, seconds, fps);
+        ASSERT_TRUE(std::holds_alternative<BackdropLoops::Failed>(result));
+        EXPECT_EQ(std::get<BackdropLoops::Failed>(result).message.rfind("The Mono backdrop loop couldn't be made: ", 0), 0u);
+    }
+    // A file where the folder should be.
+    std::ofstream(folder / "blocked") << "x";
+    const auto blocked = BackdropLoops::make(BuiltInBackdrop::mono, folder / "blocked" / "Looks", 320, 180, 1, 10);
+    EXPECT_TRUE(std::holds_alternative<BackdropLoops::Failed>(blocked));
+    EXPECT_EQ(filesIn(folder.path()), std::vector<fs::path>{"blocked"});
+}
+
+TEST(BackdropLoopsTest, AnExistingLoopIsReturnedUntouched) {
+    TempFolder folder("backdrop-loops");
+    const fs::path file = BackdropLoops::url(BuiltInBackdrop::ember, folder.path());
+    EXPECT_EQ(file.filename(), "ember-v1.mov");
+    std::ofstream(file) << "already here";
+    bool progressed = false;
+    BackdropLoops::MakeOptions options;
+    options.progress = [&](double) { progressed = true; };
+    const auto result = BackdropLoops::make(BuiltInBackdrop::ember, folder.path(), 1280, 720, 10, 30, options);
+    EXPECT_EQ(result, BackdropLoops::MakeResult(file));
+    EXPECT_FALSE(progressed);
+    std::ifstream in(file);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "already here");
+}
+
+TEST(BackdropLoopsTest, TheLooksFolderFollowsXdgDataHome) {
+    const char* savedData = std::getenv("XDG_DATA_HOME");
+    const std::optional<std::string> saved = savedData ? std::optional<std::string>(savedData) : std::nullopt;
+    setenv("XDG_DATA_HOME", "/srv/data", 1);
+    EXPECT_EQ(BackdropLoops::folder(), fs::path("/srv/data/Velarion/Looks"));
+    setenv("XDG_DATA_HOME", "relative/data", 1); // not absolute: ignored, as XDG says
+    EXPECT_EQ(BackdropLoops::folder(), fs::path(std::getenv("HOME")) / ".local/share/Velarion/Looks");
+    unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(BackdropLoops::folder(), fs::path(std::getenv("HOME")) / ".local/share/Velarion/Looks");
+    if (saved) setenv("XDG_DATA_HOME", saved->c_str(), 1);
+}
+
+TEST(BackdropLoopsTest, TheSixLooksAreDistinctAndLookLikeTheirCaptions) {
+    std::vector<BackdropLoops::Rgb> means;
+    for (BuiltInBackdrop backdrop : allBackdrops) {
+        EXPECT_TRUE(BackdropLoops::caption(backdrop).ends_with(" · 10 s loop"));
+        means.push_back(meanColour(BackdropLoops::frame(backdrop, 160, 90, 0, 30)));
+    }
+    for (std::size_t a = 0; a < means.size(); ++a)
+        for (std::size_t b = a + 1; b < means.size(); ++b) {
+            float distance = 0;
+            for (int c = 0; c < 3; ++c) distance += std::abs(means[a][c] - means[b][c]);
+            EXPECT_GT(distance, 0.08f) << BackdropLoops::caption(allBackdrops[a]) << " vs "
+                                       << BackdropLoops::caption(allBackdrops[b]);
+        }
+
+    const auto dominant = [](const BackdropLoops::Rgb& rgb) {
+        return int(std::max_element(rgb.begin(), rgb.end()) - rgb.begin());
+    };
+    constexpr int red = 0, green = 1, blue = 2;
+    const auto& [drift, ember, mono, dawn, forest, ocean] =
+        std::tie(means[0], means[1], means[2], means[3], means[4], means[5]);
+    EXPECT_EQ(dominant(drift), blue);
+    EXPECT_GT(drift[red], drift[green]) << "violet";
+    EXPECT_EQ(dominant(ember), red);
+    EXPECT_GT(ember[green], 2 * ember[blue]) << "amber, not pink";
+    EXPECT_LT(std::max({mono[0], mono[1], mono[2]}) - std::min({mono[0], mono[1], mono[2]}), 0.03f) << "grey";
+    EXPECT_LT(mono[green], 0.5f) << "charcoal is dark";
+    EXPECT_EQ(dominant(dawn), red);
+    EXPECT_GT(dawn[blue], 0.6f * dawn[green]) << "rose";
+    EXPECT_EQ(dominant(forest), green);
+    EXPECT_EQ(dominant(BackdropLoops::palette(BuiltInBackdrop::ocean).base), blue);
+    EXPECT_GT(ocean[green], ocean[red]) << "sea glass";
+    for (const auto& mean : means) EXPECT_LT(std::max({mean[0], mean[1], mean[2]}), 0.75f) << "a background, not a light";
+}
+
+} // namespace
+} // namespace velarion
