@@ -20,6 +20,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace velarion::socketTest {
@@ -130,8 +131,15 @@ public:
     // Answers the index-th request with its arguments.
     void answer(std::size_t index) {
         std::unique_lock lock(mutex_);
+        const JSONValue arguments = held_.at(index).request.arguments;
+        lock.unlock();
+        answer(index, arguments);
+    }
+    // Answers the index-th request with `result`.
+    void answer(std::size_t index, JSONValue result) {
+        std::unique_lock lock(mutex_);
         Held& held = held_.at(index);
-        AgentResponse response = AgentResponse::success(held.request.id, held.request.arguments);
+        AgentResponse response = AgentResponse::success(held.request.id, std::move(result));
         AgentSocketServer::Reply reply = held.reply;
         lock.unlock();
         reply(std::move(response));
@@ -146,6 +154,31 @@ private:
     std::condition_variable changed_;
     std::vector<Held> held_;
 };
+
+// The next line from a socket or pipe, without its line feed, keeping what
+// follows it in `buffer`; absent when none comes within `waitSeconds` or the
+// other end closed.
+inline std::optional<std::string> readLineFrom(int fd, std::string& buffer, double waitSeconds) {
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::duration<double>(waitSeconds);
+    for (;;) {
+        if (const auto end = buffer.find('\n'); end != std::string::npos) {
+            std::string line = buffer.substr(0, end);
+            buffer.erase(0, end + 1);
+            return line;
+        }
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        pollfd polled{fd, POLLIN, 0};
+        if (left.count() <= 0 || ::poll(&polled, 1, static_cast<int>(left.count())) <= 0)
+            return std::nullopt;
+        char chunk[65536];
+        const ssize_t count = ::read(fd, chunk, sizeof chunk);
+        if (count <= 0)
+            return std::nullopt;
+        buffer.append(chunk, static_cast<std::size_t>(count));
+    }
+}
 
 // A client that writes and reads raw bytes, to put on the wire what the
 // real client never would.
@@ -176,25 +209,7 @@ public:
     // The next line without its line feed; absent when none comes within
     // `waitSeconds` or the server hung up.
     std::optional<std::string> readLine(double waitSeconds = 20) {
-        const auto deadline =
-            std::chrono::steady_clock::now() + std::chrono::duration<double>(waitSeconds);
-        for (;;) {
-            if (const auto end = buffer_.find('\n'); end != std::string::npos) {
-                std::string line = buffer_.substr(0, end);
-                buffer_.erase(0, end + 1);
-                return line;
-            }
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                deadline - std::chrono::steady_clock::now());
-            pollfd polled{fd_.get(), POLLIN, 0};
-            if (left.count() <= 0 || ::poll(&polled, 1, static_cast<int>(left.count())) <= 0)
-                return std::nullopt;
-            char chunk[65536];
-            const ssize_t count = ::recv(fd_.get(), chunk, sizeof chunk, 0);
-            if (count <= 0)
-                return std::nullopt;
-            buffer_.append(chunk, static_cast<std::size_t>(count));
-        }
+        return readLineFrom(fd_.get(), buffer_, waitSeconds);
     }
 
 private:

@@ -1,0 +1,191 @@
+// A stand-in for the Velarion application in the bridge's tests: it serves
+// the agent socket as the application does, as far as the bridge can tell.
+// The bridge starts it with nothing but the socket's path in its
+// environment, so it takes its orders from "stand-in.conf" beside the
+// socket, key=value lines:
+//   listen_after_seconds  wait this long before listening (default 0)
+//   listen                0: never listen
+//   exit_status           exit at once with this status
+//   lifetime_seconds      exit after this long whatever happens (default 60)
+// and describes how it was started in "stand-in.report" beside the socket.
+//
+// Tools: launch_app answers {"running": true}. quit_app answers
+// {"quitting": true} and exits 0.4 seconds later; restart_app answers
+// {"restarting": true} and 0.4 seconds later stops listening and starts
+// again as a new program image, as the application does. go is refused in
+// the application's words for a tier that is off. Any other tool answers
+// with its name, its arguments and how many times the stand-in has started.
+
+#include "../AgentSocketTestSupport.h"
+#include "LiveAgentKit/AgentSocketPath.h"
+#include "LiveAgentKit/AgentSocketServer.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using namespace velarion;
+using Clock = std::chrono::steady_clock;
+namespace fs = std::filesystem;
+
+constexpr const char* startsVariable = "VELARION_STAND_IN_STARTS";
+
+std::map<std::string, std::string> readSettings(const fs::path& file) {
+    std::map<std::string, std::string> settings;
+    std::ifstream input(file);
+    std::string line;
+    while (std::getline(input, line)) {
+        if (const auto equals = line.find('='); equals != std::string::npos)
+            settings[line.substr(0, equals)] = line.substr(equals + 1);
+    }
+    return settings;
+}
+
+double number(const std::map<std::string, std::string>& settings, const std::string& key,
+              double fallback) {
+    const auto found = settings.find(key);
+    return found == settings.end() ? fallback : std::stod(found->second);
+}
+
+bool isDevNull(int fd) {
+    struct stat stream {};
+    struct stat devNull {};
+    return ::fstat(fd, &stream) == 0 && ::stat("/dev/null", &devNull) == 0 &&
+           S_ISCHR(stream.st_mode) && stream.st_rdev == devNull.st_rdev;
+}
+
+// Descriptors beyond the standard streams that it was given.
+int inheritedDescriptors() {
+    int count = 0;
+    for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+        const int fd = std::stoi(entry.path().filename().string());
+        if (fd > 2)
+            ++count;
+    }
+    return count - 1; // the directory listing's own
+}
+
+// Written whole, then renamed, so that a test never reads half of it.
+void writeReport(const fs::path& folder, int starts, int descriptors) {
+    const fs::path report = folder / "stand-in.report";
+    {
+        std::ofstream output(report.string() + ".part");
+        output << "pid=" << ::getpid() << "\n"
+               << "parent=" << ::getppid() << "\n"
+               << "session=" << ::getsid(0) << "\n"
+               << "standard_streams_null="
+               << (isDevNull(0) && isDevNull(1) && isDevNull(2)) << "\n"
+               << "inherited_descriptors=" << descriptors << "\n"
+               << "starts=" << starts << "\n";
+    }
+    fs::rename(report.string() + ".part", report);
+}
+
+enum class Next { serve, quit, restart };
+
+// What the handler asks of the main thread, and when.
+class Orders {
+public:
+    void give(Next next, double afterSeconds) {
+        {
+            const std::lock_guard lock(mutex_);
+            next_ = next;
+            at_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                     std::chrono::duration<double>(afterSeconds));
+        }
+        changed_.notify_all();
+    }
+    // The order once it is due, or `serve` at the end of the stand-in's life.
+    Next wait(Clock::time_point lifetimeEnd) {
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            const Clock::time_point until = next_ == Next::serve ? lifetimeEnd : at_;
+            if (Clock::now() >= until)
+                return next_;
+            changed_.wait_until(lock, until);
+        }
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    Next next_ = Next::serve;
+    Clock::time_point at_;
+};
+
+AgentSocketServer::Handler handler(Orders& orders, int starts) {
+    return [&orders, starts](const AgentRequest& request, const AgentSocketServer::Reply& reply) {
+        using Object = JSONValue::Object;
+        if (request.tool == "launch_app") {
+            reply(AgentResponse::success(request.id, Object{{"running", true}}));
+        } else if (request.tool == "quit_app") {
+            reply(AgentResponse::success(request.id, Object{{"quitting", true}}));
+            orders.give(Next::quit, 0.4);
+        } else if (request.tool == "restart_app") {
+            reply(AgentResponse::success(request.id, Object{{"restarting", true}}));
+            orders.give(Next::restart, 0.4);
+        } else if (request.tool == "go") {
+            reply(AgentResponse::failure(
+                request.id, "Running the show isn't allowed. The operator can turn on \"Run the "
+                            "show\" in Settings → Agent control."));
+        } else {
+            reply(AgentResponse::success(request.id, Object{{"tool", request.tool},
+                                                            {"arguments", request.arguments},
+                                                            {"starts", starts}}));
+        }
+    };
+}
+
+} // namespace
+
+int main(int, char** argv) {
+    const int descriptors = inheritedDescriptors();
+    const std::string socketPath = agentSocketPath::standard();
+    const fs::path folder = fs::path(socketPath).parent_path();
+    const auto settings = readSettings(folder / "stand-in.conf");
+    const char* startsText = std::getenv(startsVariable);
+    const int starts = startsText != nullptr ? std::atoi(startsText) + 1 : 1;
+    writeReport(folder, starts, descriptors);
+
+    if (settings.contains("exit_status"))
+        return std::stoi(settings.at("exit_status"));
+    const Clock::time_point lifetimeEnd =
+        Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(
+                           number(settings, "lifetime_seconds", 60)));
+    if (number(settings, "listen", 1) == 0) {
+        std::this_thread::sleep_until(lifetimeEnd);
+        return 0;
+    }
+    std::this_thread::sleep_for(
+        std::chrono::duration<double>(number(settings, "listen_after_seconds", 0)));
+
+    Next next = Next::serve;
+    {
+        // The loop may still run a request's task until it is gone.
+        Orders orders;
+        socketTest::ThreadMainLoop loop;
+        AgentSocketServer server(socketPath, loop, handler(orders, starts));
+        server.start();
+        next = orders.wait(lifetimeEnd);
+        server.stop();
+    }
+    if (next == Next::restart) {
+        ::setenv(startsVariable, std::to_string(starts).c_str(), 1);
+        ::execv("/proc/self/exe", argv);
+        std::perror("restart");
+        return 1;
+    }
+    return 0;
+}
