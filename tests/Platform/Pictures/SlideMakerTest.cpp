@@ -1,0 +1,158 @@
+#include "GoldenPicture.h"
+
+#include "LiveModel/SlideTemplate.h"
+#include "Platform/Pictures/Canvas.h"
+#include "Platform/Pictures/QtSlidePictures.h"
+#include "Platform/Pictures/SlideMaker.h"
+#include "TempFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace velarion {
+namespace {
+
+using testing::generatedPhoto;
+using testing::inkBounds;
+using testing::matchesGolden;
+
+TextBox textBox(std::string text, double x, double y, double width, double height, double size) {
+    TextBox box;
+    box.id = Uuid::random();
+    box.text = std::move(text);
+    box.x = x;
+    box.y = y;
+    box.width = width;
+    box.height = height;
+    box.size = size;
+    return box;
+}
+
+MadeSlide slideWith(std::vector<TextBox> boxes, int color = 0x1C2541) {
+    MadeSlide slide;
+    slide.id = Uuid::random();
+    slide.color = color;
+    slide.boxes = std::move(boxes);
+    return slide;
+}
+
+MadeSlide lyricSlide() {
+    TextBox lyrics = textBox("Amazing grace, how sweet the sound\nThat saved a wretch like me", 0.06, 0.62,
+                             0.88, 0.3, 72);
+    lyrics.bold = true;
+    lyrics.color = 0xFF0000; // ignored on a clear slide
+    MadeSlide slide = slideWith({lyrics});
+    slide.isClear = true;
+    return slide;
+}
+
+QRgb pixel(const QImage& image, int x, int y) {
+    return image.convertToFormat(QImage::Format_ARGB32).pixel(x, y);
+}
+
+TEST(SlideMaker, PagesMatchTheirGoldens) {
+    MadeSlide title = slideTemplate::makeSlide(SlideTemplate::title, "Annual Conference 2025",
+                                               "Welcome, everyone");
+    title.color = 0x14213D;
+    EXPECT_TRUE(matchesGolden(SlideMaker::render(title, std::nullopt), "slide-title"));
+
+    MadeSlide bullets = slideTemplate::makeSlide(
+        SlideTemplate::agenda, "Today",
+        "Welcome and introductions\n\n   Keynote: the year ahead  \nPanel discussion\nQuestions");
+    bullets.color = 0xF4F1EA;
+    EXPECT_TRUE(matchesGolden(SlideMaker::render(bullets, std::nullopt), "slide-bullets"));
+
+    EXPECT_TRUE(matchesGolden(SlideMaker::render(lyricSlide(), std::nullopt), "slide-clear-lyric"));
+
+    TextBox caption = textBox("Thank you for coming", 0.078, 0.35, 0.844, 0.3, 120);
+    caption.bold = true;
+    MadeSlide photo = slideWith({caption});
+    photo.imageID = Uuid::random();
+    EXPECT_TRUE(matchesGolden(SlideMaker::render(photo, generatedPhoto(1600, 1200)), "slide-photo"));
+}
+
+TEST(SlideMaker, APhotographIsDimmedOnlyUnderText) {
+    const QImage photo = generatedPhoto(1920, 1080);
+    MadeSlide slide = slideWith({textBox("", 0.1, 0.1, 0.5, 0.2, 60)});
+    slide.imageID = Uuid::random();
+    // Empty boxes only: the picture as it is.
+    EXPECT_EQ(pixel(SlideMaker::render(slide, photo), 1800, 100), pixel(photo, 1800, 100));
+    // A box of blanks counts as text and dims the picture by 0.38.
+    (*slide.boxes)[0].text = "   ";
+    const QRgb dimmed = pixel(SlideMaker::render(slide, photo), 1800, 100);
+    EXPECT_NEAR(qRed(dimmed), qRed(pixel(photo, 1800, 100)) * 0.62, 2);
+}
+
+TEST(SlideMaker, ClearSlidesAreTransparentWithWhiteShadowedText) {
+    const QImage page = SlideMaker::render(lyricSlide(), std::nullopt);
+    EXPECT_EQ(qAlpha(pixel(page, 10, 10)), 0);
+    // The box's red is ignored: no pixel is reddish.
+    const QImage argb = page.convertToFormat(QImage::Format_ARGB32);
+    int white = 0;
+    for (int y = 0; y < argb.height(); y += 2) {
+        for (int x = 0; x < argb.width(); x += 2) {
+            const QRgb p = argb.pixel(x, y);
+            ASSERT_LE(qRed(p) - qBlue(p), 8) << x << "," << y;
+            if (qAlpha(p) == 255 && qRed(p) == 255) ++white;
+        }
+    }
+    EXPECT_GT(white, 500);
+    // The shadow spreads below the text: dark, partly opaque pixels under it.
+    const QRect text = inkBounds(page, qRgba(0, 0, 0, 0), 250);
+    const QRgb below = pixel(page, text.center().x(), text.bottom() + 6);
+    EXPECT_GT(qAlpha(below), 20);
+    EXPECT_LT(qRed(below), 60);
+}
+
+TEST(SlideMaker, TextStaysInsideItsBoxAndTheLastLineIsCut) {
+    TextBox box = textBox("one two three four five six seven eight nine ten eleven twelve thirteen", 0.1,
+                          0.1, 0.3, 0.2, 60);
+    box.align = TextAlign::left;
+    const MadeSlide slide = slideWith({box}, 0xFFFFFF);
+    const QImage page = SlideMaker::render(slide, std::nullopt);
+    const QRect ink = inkBounds(page, qRgb(255, 255, 255));
+    const QRect boxPixels(192, 108, 576, 216);
+    EXPECT_TRUE(boxPixels.adjusted(-2, -2, 2, 2).contains(ink)) << ink.x() << "," << ink.y() << " "
+                                                                  << ink.width() << "x" << ink.height();
+    // The default ink on a white slide is the near-black grey.
+    EXPECT_FALSE(inkBounds(page, qRgb(255, 255, 255), 230).isEmpty());
+}
+
+TEST(SlideMaker, TextIsLightOnlyBelowTheLuminanceThreshold) {
+    MadeSlide slide = slideWith({}, 0x8D8D8D); // luminance 0.553
+    EXPECT_FALSE(SlideMaker::usesLightText(slide));
+    slide.color = 0x8A8A8A; // 0.541
+    EXPECT_TRUE(SlideMaker::usesLightText(slide));
+    slide.color = 0x00FF00; // green alone is 0.7152
+    EXPECT_FALSE(SlideMaker::usesLightText(slide));
+    slide.color = 0xFFFFFF;
+    slide.imageID = Uuid::random();
+    EXPECT_TRUE(SlideMaker::usesLightText(slide));
+}
+
+TEST(SlideMaker, PortDrawsOverTheSlidePictureOrTheDecksPictureBackdrop) {
+    const testing::TempFolder folder;
+    const Uuid photoID = Uuid::random();
+    const QImage photo = generatedPhoto(192, 108);
+    ASSERT_TRUE(photo.save(QString::fromStdString((folder / "photo.png").string())));
+    QtSlidePictures pictures([&](const Uuid& id) -> std::optional<std::filesystem::path> {
+        if (id == photoID) return folder / "photo.png";
+        return std::nullopt;
+    });
+    auto corner = [](const std::optional<StillImage>& still) {
+        EXPECT_TRUE(still);
+        return toQImage(*still).convertToFormat(QImage::Format_ARGB32).pixel(5, 5);
+    };
+    MadeSlide slide = slideWith({}, 0x204060);
+    EXPECT_EQ(corner(pictures.render(slide, std::nullopt)), qRgb(0x20, 0x40, 0x60));
+    EXPECT_EQ(corner(pictures.render(slide, Backdrop{backdrop::Color{0xFF0000}})), qRgb(0x20, 0x40, 0x60));
+    const QRgb photoCorner = corner(pictures.render(slide, Backdrop{backdrop::Media{photoID}}));
+    EXPECT_NE(photoCorner, qRgb(0x20, 0x40, 0x60));
+    slide.imageID = photoID;
+    EXPECT_EQ(corner(pictures.render(slide, std::nullopt)), photoCorner);
+    // A picture that can't be found leaves the slide's colour.
+    slide.imageID = Uuid::random();
+    EXPECT_EQ(corner(pictures.render(slide, std::nullopt)), qRgb(0x20, 0x40, 0x60));
+}
+
+} // namespace
+} // namespace velarion
