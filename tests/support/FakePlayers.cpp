@@ -252,6 +252,37 @@ std::shared_ptr<SoundFilePlayer> FakeMediaPlayers::openSound(const std::filesyst
     return player;
 }
 
+namespace {
+
+std::uint32_t littleEndian32(const std::vector<std::uint8_t>& bytes, std::size_t at) {
+    return static_cast<std::uint32_t>(bytes[at]) | static_cast<std::uint32_t>(bytes[at + 1]) << 8 |
+           static_cast<std::uint32_t>(bytes[at + 2]) << 16 | static_cast<std::uint32_t>(bytes[at + 3]) << 24;
+}
+
+// The length of a canonical WAV image: its data chunk over its byte rate.
+std::optional<double> wavSeconds(const std::vector<std::uint8_t>& bytes) {
+    if (bytes.size() < 44 || std::string(bytes.begin(), bytes.begin() + 4) != "RIFF") return std::nullopt;
+    const std::uint32_t byteRate = littleEndian32(bytes, 28);
+    for (std::size_t at = 12; at + 8 <= bytes.size();) {
+        const std::uint32_t size = littleEndian32(bytes, at + 4);
+        if (std::string(bytes.begin() + at, bytes.begin() + at + 4) == "data" && byteRate > 0)
+            return static_cast<double>(size) / byteRate;
+        at += 8 + size;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::shared_ptr<SoundFilePlayer> FakeMediaPlayers::openSoundData(std::vector<std::uint8_t> bytes) {
+    const std::optional<double> seconds = wavSeconds(bytes);
+    soundData.push_back(std::move(bytes));
+    if (!seconds) return nullptr;
+    auto player = std::make_shared<FakeSoundFilePlayer>(scheduler_, *seconds, missingDevices_);
+    sounds_.emplace_back(std::filesystem::path(), player);
+    return player;
+}
+
 std::shared_ptr<VideoSurface>
 FakeMediaPlayers::makeVideoSurface(const SceneID& id, const std::filesystem::path& path) {
     auto known = videoBehaviours.find(path);

@@ -201,6 +201,9 @@ public:
         return !missingPaths.contains(path);
     }
     std::shared_ptr<SoundFilePlayer> openSound(const std::filesystem::path& path) override;
+    // Opens a WAV image for its length; anything else opens as null. Its
+    // player is found under the empty path.
+    std::shared_ptr<SoundFilePlayer> openSoundData(std::vector<std::uint8_t> bytes) override;
     std::shared_ptr<VideoSurface> makeVideoSurface(const SceneID& id,
                                                    const std::filesystem::path& path) override;
 
@@ -216,8 +219,10 @@ public:
     // Device UIDs that every sound player made here fails to find.
     DeviceUIDs& missingDevices() { return *missingDevices_; }
 
-    // Every path asked of `openSound`, opened or not.
+    // Every path asked of `openSound`, opened or not, and every image given
+    // to `openSoundData`.
     std::vector<std::filesystem::path> soundRequests;
+    std::vector<std::vector<std::uint8_t>> soundData;
 
     // Everything made, in creation order; null where its owners let go.
     std::vector<std::shared_ptr<FakeSoundFilePlayer>> sounds() const;

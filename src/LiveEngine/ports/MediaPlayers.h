@@ -8,6 +8,8 @@
 // - `openSound` decodes enough of the file to know its length and prepares
 //   it to play; a file that is missing or not sound gives null. It must not
 //   block the main loop for longer than opening a file takes.
+// - `openSoundData` does the same for a whole sound file held in memory (a
+//   WAV image); the player keeps its own copy.
 // - `makeVideoSurface` never fails: a bad file fails its `prepare`.
 // - `fileExists` tells whether a media file is there, so that a cue whose
 //   file is gone fails with the operator's words before any player is made.
@@ -16,8 +18,10 @@
 #include "LiveEngine/ports/SoundFilePlayer.h"
 #include "LiveEngine/ports/VideoSurface.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <vector>
 
 namespace velarion {
 
@@ -27,6 +31,7 @@ public:
 
     virtual bool fileExists(const std::filesystem::path& path) const;
     virtual std::shared_ptr<SoundFilePlayer> openSound(const std::filesystem::path& path) = 0;
+    virtual std::shared_ptr<SoundFilePlayer> openSoundData(std::vector<std::uint8_t> bytes) = 0;
     virtual std::shared_ptr<VideoSurface> makeVideoSurface(const SceneID& id,
                                                            const std::filesystem::path& path) = 0;
 };

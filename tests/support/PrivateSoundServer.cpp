@@ -1,0 +1,185 @@
+#include "PrivateSoundServer.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+extern char** environ;
+
+namespace velarion::testing {
+
+namespace {
+
+// Starts a program from PATH with its output going to `output` (or nowhere).
+pid_t spawn(const std::vector<std::string>& command, const std::filesystem::path& output = "/dev/null") {
+    std::vector<char*> argv;
+    for (const std::string& part : command) argv.push_back(const_cast<char*>(part.c_str()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t process = -1;
+    if (posix_spawnp(&process, argv[0], &actions, nullptr, argv.data(), environ) != 0) process = -1;
+    posix_spawn_file_actions_destroy(&actions);
+    return process;
+}
+
+int waitFor(pid_t process) {
+    int status = 0;
+    if (waitpid(process, &status, 0) < 0) return -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+void endProcess(pid_t process) {
+    if (process <= 0) return;
+    kill(process, SIGTERM);
+    for (int i = 0; i < 100; ++i) {
+        if (waitpid(process, nullptr, WNOHANG) == process) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    kill(process, SIGKILL);
+    waitpid(process, nullptr, 0);
+}
+
+} // namespace
+
+std::unique_ptr<PrivateSoundServer> PrivateSoundServer::start(std::string& whyNot) {
+    std::unique_ptr<PrivateSoundServer> server(new PrivateSoundServer());
+    char pattern[] = "/tmp/velarion-sound-XXXXXX";
+    if (mkdtemp(pattern) == nullptr) {
+        whyNot = "no temporary folder for the sound server";
+        return nullptr;
+    }
+    server->folder_ = pattern;
+    const auto runtime = server->folder_ / "run";
+    std::filesystem::create_directories(runtime);
+    std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
+    {
+        std::ofstream script(server->folder_ / "server.pa");
+        script << "load-module module-native-protocol-unix socket=" << (server->folder_ / "native").string()
+               << " auth-anonymous=1\n";
+        for (const char* sink : {"Speakers", "House", "Headphones"})
+            script << "load-module module-null-sink sink_name=" << sink << " rate=" << sampleRate
+                   << " channels=2 sink_properties=device.description=" << sink << "\n";
+        script << "set-default-sink Speakers\n";
+        std::ofstream client(server->folder_ / "client.conf");
+        client << "autospawn = no\n";
+    }
+    setenv("PULSE_RUNTIME_PATH", runtime.c_str(), 1);
+    setenv("PULSE_CLIENTCONFIG", (server->folder_ / "client.conf").c_str(), 1);
+    setenv("PULSE_SERVER", server->address().c_str(), 1);
+    server->server_ = spawn({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--system=false",
+                             "--use-pid-file=no", "--disallow-exit", "--log-target=stderr",
+                             "-F", (server->folder_ / "server.pa").string()});
+    if (server->server_ < 0) {
+        whyNot = "pulseaudio is not installed (scripts/install-deps installs it)";
+        return nullptr;
+    }
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        if (server->pactl({"info"})) {
+            if (server->keepSinksAwake()) return server;
+            whyNot = "the sound server's sinks did not start running";
+            return nullptr;
+        }
+        if (waitpid(server->server_, nullptr, WNOHANG) == server->server_) {
+            server->server_ = -1;
+            whyNot = "pulseaudio exited at start";
+            return nullptr;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    whyNot = "pulseaudio did not answer within 5 seconds";
+    return nullptr;
+}
+
+// An idle null sink sleeps for up to two seconds at a time and only then
+// notices a stream that wants less latency; a quiet recording of each
+// monitor keeps every sink running at a few milliseconds from the start.
+// The first wake-up comes up to two seconds after the server starts, and is
+// awaited here so that every test starts with awake sinks.
+bool PrivateSoundServer::keepSinksAwake() {
+    std::vector<std::filesystem::path> files;
+    for (const char* sink : {"Speakers", "House", "Headphones"}) {
+        files.push_back(folder_ / (std::string("awake-") + sink + ".raw"));
+        keepers_.push_back(spawn({"parec", "-s", address(), "-d", std::string(sink) + ".monitor",
+                                  "--latency-msec=5", "--format=u8", "--rate=4000", "--channels=1"},
+                                 files.back()));
+    }
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        std::error_code error;
+        if (std::all_of(files.begin(), files.end(),
+                        [&](const auto& file) { return std::filesystem::file_size(file, error) > 0; }))
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+}
+
+PrivateSoundServer::~PrivateSoundServer() {
+    for (pid_t keeper : keepers_) endProcess(keeper);
+    endProcess(server_);
+    unsetenv("PULSE_SERVER");
+    unsetenv("PULSE_CLIENTCONFIG");
+    unsetenv("PULSE_RUNTIME_PATH");
+    std::error_code ignored;
+    if (!folder_.empty()) std::filesystem::remove_all(folder_, ignored);
+}
+
+std::string PrivateSoundServer::address() const { return "unix:" + (folder_ / "native").string(); }
+
+bool PrivateSoundServer::pactl(const std::vector<std::string>& arguments) const {
+    std::vector<std::string> command{"pactl", "-s", address()};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const pid_t process = spawn(command);
+    return process > 0 && waitFor(process) == 0;
+}
+
+bool PrivateSoundServer::removeSink(const std::string& name) const {
+    // The sink's module is found by its arguments in the module list.
+    const auto list = folder_ / "modules.txt";
+    const pid_t process = spawn({"pactl", "-s", address(), "list", "short", "modules"}, list);
+    if (process <= 0 || waitFor(process) != 0) return false;
+    std::ifstream in(list);
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.find("module-null-sink") == std::string::npos ||
+            line.find("sink_name=" + name + " ") == std::string::npos)
+            continue;
+        return pactl({"unload-module", line.substr(0, line.find('\t'))});
+    }
+    return false;
+}
+
+std::unique_ptr<PrivateSoundServer::Recording> PrivateSoundServer::record(const std::string& sink) const {
+    const auto file = folder_ / ("recording-" + std::to_string(++recordings_) + ".raw");
+    const pid_t process = spawn({"parec", "-s", address(), "-d", sink + ".monitor", "--format=s16le",
+                                 "--rate=" + std::to_string(sampleRate), "--channels=2", "--latency-msec=20"},
+                                file);
+    if (process <= 0) return nullptr;
+    return std::unique_ptr<Recording>(new Recording(process, file));
+}
+
+PrivateSoundServer::Recording::~Recording() {
+    if (process_ > 0) endProcess(process_);
+}
+
+std::vector<float> PrivateSoundServer::Recording::stop() {
+    endProcess(std::exchange(process_, -1));
+    std::ifstream in(file_, std::ios::binary);
+    std::vector<float> samples;
+    std::int16_t value = 0;
+    while (in.read(reinterpret_cast<char*>(&value), sizeof value)) samples.push_back(value / 32768.0f);
+    return samples;
+}
+
+} // namespace velarion::testing
