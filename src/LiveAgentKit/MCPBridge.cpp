@@ -106,7 +106,7 @@ AgentResponse MCPBridge::launch(const JSONValue& arguments) {
     // Only "nothing listens" is cured by opening the application: a bad path
     // stays bad, and an application that doesn't answer is already open.
     try {
-        return client_.call(launchTool, arguments, settings_.probeTimeoutSeconds);
+        return client_.call(launchTool, arguments, settings_.callTimeoutSeconds);
     } catch (const AgentSocketError& error) {
         if (!error.is<agentSocketError::NotRunning>())
             return failed(error.errorDescription());
