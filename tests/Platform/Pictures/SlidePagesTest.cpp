@@ -1,0 +1,118 @@
+#include "LiveModel/SlideTemplate.h"
+#include "Platform/Pictures/SlideMaker.h"
+#include "TempFolder.h"
+
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <regex>
+
+namespace velarion {
+namespace {
+
+std::string readFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void writeFile(const std::filesystem::path& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+struct Fixture : ::testing::Test {
+    testing::TempFolder folder;
+    ShowPackage package{folder / "Show.velarion"};
+    SharedList<MediaItem> library;
+    MediaItem deck;
+
+    Fixture() {
+        std::filesystem::create_directories(package.mediaFolder());
+        deck.id = Uuid::random();
+        deck.kind = MediaKind::deck;
+        deck.fileName = std::string(MediaItem::madeFileName);
+        deck.deck = DeckInfo{};
+        deck.deck->source = "Velarion";
+        MadeSlide first = slideTemplate::makeSlide(SlideTemplate::title, "Welcome", "");
+        first.notes = "Smile";
+        first.sectionNames = std::vector<std::string>{"Opening", "Hello"};
+        MadeSlide second = slideTemplate::makeSlide(SlideTemplate::statement, "", "Be kind");
+        second.sectionName = "Middle";
+        deck.deck->made = std::vector<MadeSlide>{first, second};
+    }
+
+    MadeSlide& slide(std::size_t index) { return (*deck.deck->made)[index]; }
+};
+
+using SlidePages = Fixture;
+
+TEST_F(SlidePages, NameDependsOnContentAndDeckOnly) {
+    const std::string name = SlideMaker::pageName(deck.id, slide(0));
+    EXPECT_TRUE(std::regex_match(name, std::regex("Slides/" + deck.id.text() + "/[0-9a-f]{64}\\.png")))
+        << name;
+    MadeSlide copy = slide(0);
+    EXPECT_EQ(SlideMaker::pageName(deck.id, copy), name);
+    (*copy.boxes)[0].text = "Welcome!";
+    EXPECT_NE(SlideMaker::pageName(deck.id, copy), name);
+    (*copy.boxes)[0].text = "Welcome";
+    EXPECT_EQ(SlideMaker::pageName(deck.id, copy), name);
+    EXPECT_NE(SlideMaker::pageName(Uuid::random(), slide(0)), name);
+}
+
+TEST_F(SlidePages, UpdateDrawsMissingPagesAndRebuildsTheDeck) {
+    const MediaItem updated = SlideMaker::update(deck, package, library);
+    const DeckInfo& info = *updated.deck;
+    ASSERT_EQ(info.pages.size(), 2u);
+    EXPECT_EQ(info.pages[0], SlideMaker::pageName(deck.id, slide(0)));
+    EXPECT_EQ(info.notes, (std::vector<std::string>{"Smile", ""}));
+    EXPECT_EQ(info.groups, (std::vector<DeckGroup>{{"Opening", 0}, {"Hello", 0}, {"Middle", 1}}));
+    const QImage page(QString::fromStdString(package.mediaURL(info.pages[1]).string()));
+    EXPECT_EQ(page.size(), QSize(1920, 1080));
+    // The item given is untouched, so a caller keeps it when a write fails.
+    EXPECT_TRUE(deck.deck->pages.empty());
+}
+
+TEST_F(SlidePages, ASlideEditedAndEditedBackFindsItsOldPageAndDrawsNothing) {
+    const MediaItem first = SlideMaker::update(deck, package, library);
+    const auto oldPage = package.mediaURL(first.deck->pages[0]);
+    // Mark the file: a redraw would replace the mark.
+    writeFile(oldPage, "kept");
+
+    (*slide(0).boxes)[0].text = "Hello";
+    const MediaItem edited = SlideMaker::update(deck, package, library);
+    EXPECT_NE(edited.deck->pages[0], first.deck->pages[0]);
+    EXPECT_TRUE(std::filesystem::exists(package.mediaURL(edited.deck->pages[0])));
+
+    (*slide(0).boxes)[0].text = "Welcome";
+    const MediaItem back = SlideMaker::update(deck, package, library);
+    EXPECT_EQ(back.deck->pages, first.deck->pages);
+    EXPECT_EQ(readFile(oldPage), "kept");
+}
+
+TEST_F(SlidePages, AWriteThatFailsFailsTheUpdate) {
+    // A file where the deck's folder should be makes every page unwritable.
+    std::filesystem::create_directories(package.mediaURL("Slides"));
+    writeFile(package.mediaURL("Slides/" + deck.id.text()), "in the way");
+    EXPECT_ANY_THROW(SlideMaker::update(deck, package, library));
+}
+
+TEST_F(SlidePages, PruneKeepsOnlyPagesSomeDeckNames) {
+    deck.deck->pages = {"Slides/A/keep.png"};
+    library.push_back(deck);
+    std::filesystem::create_directories(package.mediaURL("Slides/A"));
+    std::filesystem::create_directories(package.mediaURL("Slides/B/old"));
+    writeFile(package.mediaURL("Slides/A/keep.png"), "x");
+    writeFile(package.mediaURL("Slides/A/drop.png"), "x");
+    writeFile(package.mediaURL("Slides/A/notes.txt"), "x");
+    writeFile(package.mediaURL("Slides/B/old/drop.PNG"), "x");
+
+    SlideMaker::prunePages(package, library);
+    EXPECT_TRUE(std::filesystem::exists(package.mediaURL("Slides/A/keep.png")));
+    EXPECT_TRUE(std::filesystem::exists(package.mediaURL("Slides/A/notes.txt")));
+    EXPECT_FALSE(std::filesystem::exists(package.mediaURL("Slides/A/drop.png")));
+    EXPECT_FALSE(std::filesystem::exists(package.mediaURL("Slides/B")));
+}
+
+} // namespace
+} // namespace velarion
