@@ -10,7 +10,8 @@
 // the bridge's own business:
 // - `launch_app` asks the application; when nothing listens it opens the
 //   `velarion` program beside the bridge, detached, and answers once a call
-//   on the socket succeeds, or says why it gave up.
+//   on the socket is answered, or says why it gave up. An answer in any
+//   words counts: with no show open the application refuses most tools.
 // - `restart_app` is passed on; once the application has agreed, the bridge
 //   waits for it to close the connection and then for a call on the socket
 //   to succeed again, so the agent's next call finds it back.

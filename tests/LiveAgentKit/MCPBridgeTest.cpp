@@ -120,7 +120,8 @@ public:
         UniqueFd process(static_cast<int>(::syscall(SYS_pidfd_open, std::stoi(pid->second), 0)));
         std::error_code error;
         const fs::path program = fs::read_symlink("/proc/" + pid->second + "/exe", error);
-        if (process.isOpen() && !error && program.filename().string().starts_with("Velarion"))
+        const std::string name = program.filename().string();
+        if (process.isOpen() && !error && (name.starts_with("Velarion") || name == "velarion"))
             ::syscall(SYS_pidfd_send_signal, process.get(), SIGKILL, nullptr, 0);
     }
     StandInGuard(const StandInGuard&) = delete;
@@ -393,7 +394,9 @@ TEST(MCPBridge, RestartAppAnswersOnlyOnceTheApplicationIsBack) {
                                    const std::lock_guard lock(mutex);
                                    askedAfter.push_back(request.tool);
                                }
-                               reply(AgentResponse::success(request.id, Object{{"running", true}}));
+                               // Any answer means it is back, a refusal too.
+                               reply(AgentResponse::failure(
+                                   request.id, "No show is open. Use new_show or open_show."));
                            });
     back.start();
     const ToolResult result = restarted.get();
