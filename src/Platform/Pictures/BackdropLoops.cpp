@@ -8,6 +8,7 @@
 #include <QRadialGradient>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
@@ -97,6 +98,22 @@ private:
     fs::path file_;
 };
 
+// A render writes its partial file continuously, so one untouched for this
+// long was left by a process that died mid-way.
+constexpr auto abandonedAfter = std::chrono::minutes(10);
+
+void removeAbandonedPartials(const fs::path& in) {
+    std::error_code error;
+    const auto now = fs::file_time_type::clock::now();
+    for (fs::directory_iterator entry(in, error), end; !error && entry != end; entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (!name.ends_with(".partial.mov")) continue;
+        std::error_code ignored;
+        const auto written = fs::last_write_time(entry->path(), ignored);
+        if (!ignored && now - written > abandonedAfter) fs::remove(entry->path(), ignored);
+    }
+}
+
 } // namespace
 
 Palette palette(BuiltInBackdrop backdrop) { return palettes[index(backdrop)]; }
@@ -163,6 +180,8 @@ MakeResult make(BuiltInBackdrop backdrop, const fs::path& in, int width, int hei
     std::error_code error;
     fs::create_directories(in, error);
     if (error) return failed(backdrop, "the folder " + in.string() + " couldn't be created (" + error.message() + ")");
+
+    removeAbandonedPartials(in);
 
     const int frameCount = std::max(1, static_cast<int>(std::lround(seconds * fps)));
     PartialFile partial(in / (Uuid::random().text() + ".partial.mov"));
