@@ -34,6 +34,14 @@ std::optional<std::filesystem::path> BackdropLoopService::readyURL(BuiltInBackdr
 }
 
 void BackdropLoopService::prepare(BuiltInBackdrop backdrop, Answer done) {
+    // A finished loop needn't wait behind another loop's render.
+    if (auto ready = readyURL(backdrop)) {
+        std::weak_ptr<int> life = life_;
+        scheduler_.post([life, done = std::move(done), file = *ready] {
+            if (!life.expired() && done) done(file);
+        });
+        return;
+    }
     std::vector<Answer>& answers = waiting_[backdrop];
     answers.push_back(std::move(done));
     if (answers.size() > 1) return; // already on its way

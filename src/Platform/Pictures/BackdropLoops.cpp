@@ -152,10 +152,10 @@ QImage frame(BuiltInBackdrop backdrop, int width, int height, int frameIndex, in
 
     const double turn = 2 * std::numbers::pi * frameIndex / std::max(frameCount, 1);
     const double longSide = std::max(width, height);
+    // Each look starts its glows somewhere else, so the six don't move alike.
+    const double lookPhase = 0.9 * index(backdrop);
     for (std::size_t i = 0; i < glowPaths.size(); ++i) {
         const GlowPath& path = glowPaths[i];
-        // Each look starts its glows somewhere else, so the six don't move alike.
-        const double lookPhase = 0.9 * index(backdrop);
         const QPointF centre(width * (0.5 + path.swayX * std::sin(path.turnsX * turn + path.phaseX + lookPhase)),
                              height * (0.5 + path.swayY * std::cos(path.turnsY * turn + path.phaseY + lookPhase)));
         const double radius = path.radiusShare * longSide;
