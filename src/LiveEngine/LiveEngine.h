@@ -22,6 +22,7 @@
 #include "LiveEngine/TimerRun.h"
 #include "LiveEngine/ShowIndex.h"
 #include "LiveEngine/VisualStack.h"
+#include "LiveEngine/ports/AudioDevices.h"
 #include "LiveEngine/ports/ImageLoader.h"
 #include "LiveEngine/ports/MediaPlayers.h"
 #include "LiveEngine/ports/OutputManager.h"
@@ -52,6 +53,9 @@ struct EnginePorts {
     ImageLoader& images;
     TextCards& cards;
     SlidePictures& slides;
+    // The sound outputs, when known: a run whose device goes away is logged,
+    // and moved back when it returns. Without it nothing is checked.
+    AudioDevices* devices = nullptr;
 };
 
 class LiveEngine {
@@ -64,6 +68,9 @@ public:
     static constexpr std::size_t historyLimit = 400;
     static constexpr std::size_t publishedHistoryLimit = 200;
     static constexpr double videoPrepareTimeoutSeconds = 10;
+    // How long before a crossfading video loop's seam its next pass starts
+    // preparing, so that the swap is on time.
+    static constexpr double loopPrepareLeadSeconds = 0.5;
     // The reserved destination key of the operator's own program view.
     static inline const std::string programDestination = "_program";
 
@@ -90,6 +97,11 @@ public:
     void apply(Show show, const std::set<Uuid>& touched);
     // The same show in another package, as after Save As.
     void replacePackage(ShowPackage package) { package_ = std::move(package); }
+
+    // The list of sound outputs changed: runs whose device went away are
+    // logged (the sound server already plays them on the system output), and
+    // those whose device came back move back to it.
+    void audioDevicesChanged();
 
     // Logging for other objects: `mode` and `warning` lines.
     void note(const std::string& text);
@@ -174,6 +186,9 @@ private:
     void beginVideo(Run& run);
     void videoPrepared(const Uuid& runID, const VideoPreparation& result);
     void videoEnded(const Uuid& runID);
+    void watchVideoEnd(const std::shared_ptr<VideoSurface>& surface, const Uuid& runID);
+    void crossfadeVideoLoop(const Uuid& runID);
+    void swapLoopSurface(const Uuid& runID, const std::shared_ptr<VideoSurface>& next, double overlapSeconds);
     void beginGraphic(Run& run);
     void beginClear(Run& run);
     void tickVideo(Run& run);
@@ -233,6 +248,13 @@ private:
     bool isMusic(const Run& run) const { return index_.soundRole(run.cue) == SoundRole::music; }
     double dipFactor(const Run& run) const { return !dippers_.empty() && isMusic(run) ? dipLevel : 1.0; }
     std::optional<std::string> deviceUID(AudioBus bus, const Cue& cue) const;
+    static std::optional<std::string> deviceUID(AudioBus bus, const Cue& cue, const AudioSetup& setup);
+    // The device a run's sound plays on under `setup`; none for the system
+    // output and for runs without sound.
+    static std::optional<std::string> soundDevice(const Cue& cue, const AudioSetup& setup);
+    // Every player of the run, and its surface, to `device`.
+    void moveSound(Run& run, const std::optional<std::string>& device);
+    void reorderPlaylist(Run& run);
     void rampMusic(double seconds);
     void handOffMusic(const Run& run, double fadeInSeconds);
     void handOffVideoSound(const Run& run, double fadeInSeconds);

@@ -167,15 +167,11 @@ void LiveEngine::beginVideo(Run& run) {
     surfaceOwners_[surface->id()] = surface;
     if (item->duration)
         run.durationSeconds = video.outPoint.value_or(*item->duration) - video.inPoint;
-    surface->setLoops(video.loops);
+    surface->setLoops(video.loops && !video.crossfadesLoop.value_or(false));
 
     const Uuid runID = run.id;
     std::weak_ptr<int> life = life_;
-    surface->setOnEnd([this, life, runID] {
-        if (life.expired() || isShutDown_) return;
-        videoEnded(runID);
-        publish();
-    });
+    watchVideoEnd(surface, runID);
     surface->prepare(videoPrepareTimeoutSeconds, [this, life, runID](VideoPreparation result) {
         if (life.expired() || isShutDown_) return;
         videoPrepared(runID, result);
@@ -207,6 +203,20 @@ void LiveEngine::videoPrepared(const Uuid& runID, const VideoPreparation& result
     }
     showPicture(*run, SceneVideoContent{surface->id()}, video.layer, video.fadeIn, SceneScaling::fit);
     surface->play();
+    if (video.loops && video.crossfadesLoop.value_or(false)) crossfadeVideoLoop(runID);
+}
+
+void LiveEngine::watchVideoEnd(const std::shared_ptr<VideoSurface>& surface, const Uuid& runID) {
+    std::weak_ptr<int> life = life_;
+    const SceneID surfaceID = surface->id();
+    surface->setOnEnd([this, life, runID, surfaceID] {
+        if (life.expired() || isShutDown_) return;
+        // A surface a crossfading loop has moved on from just fades away.
+        const Run* run = findRun(runID);
+        if (run == nullptr || !run->video || run->video->id() != surfaceID) return;
+        videoEnded(runID);
+        publish();
+    });
 }
 
 void LiveEngine::videoEnded(const Uuid& runID) {

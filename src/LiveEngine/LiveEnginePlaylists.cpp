@@ -26,7 +26,7 @@ void LiveEngine::beginPlaylist(Run& run) {
     handOffMusic(run, playlist.fadeIn);
     if (Run* current = findRun(runID)) handOffVideoSound(*current, playlist.fadeIn);
     if (!findRun(runID)) return;
-    if (!startPlaylistSong(runID, 0, playlist.fadeIn)) fail(runID, "none of its songs can play");
+    if (!startPlaylistSong(runID, 0, playlist.fadeIn)) fail(runID, "the sound file is missing");
 }
 
 bool LiveEngine::startPlaylistSong(const Uuid& runID, std::size_t from, double fadeInSeconds) {
@@ -43,6 +43,7 @@ bool LiveEngine::startPlaylistSong(const Uuid& runID, std::size_t from, double f
         auto playback = openPlayback(mediaPath(*item), deviceUID(playlist.bus, run->cue), 0,
                                      std::nullopt, 0, playlist.level, false);
         if (!playback) continue;
+        run->soundDeviceMissing = playback->deviceMissing;
         run->audio = std::move(*playback);
         run->playlistIndex = static_cast<int>(index);
         startPlayback(*run->audio, master() * dipFactor(*run) * run->audio->cueLevel, fadeInSeconds);

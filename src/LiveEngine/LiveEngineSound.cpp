@@ -25,9 +25,12 @@ double handOffFade(const Cue& cue, double fadeInSeconds) {
 } // namespace
 
 std::optional<std::string> LiveEngine::deviceUID(AudioBus bus, const Cue& cue) const {
+    return deviceUID(bus, cue, show_.audio);
+}
+
+std::optional<std::string> LiveEngine::deviceUID(AudioBus bus, const Cue& cue, const AudioSetup& setup) {
     if (cue.audioDeviceID) return realDevice(cue.audioDeviceID);
-    return realDevice(bus == AudioBus::house ? show_.audio.houseDeviceID
-                                             : show_.audio.headphonesDeviceID);
+    return realDevice(bus == AudioBus::house ? setup.houseDeviceID : setup.headphonesDeviceID);
 }
 
 void LiveEngine::rampMusic(double seconds) {
@@ -95,11 +98,12 @@ std::optional<AudioPlayback> LiveEngine::openPlayback(const std::filesystem::pat
     if (!ports_.players.fileExists(file)) return std::nullopt;
     std::shared_ptr<SoundFilePlayer> player = ports_.players.openSound(file);
     if (!player) return std::nullopt;
-    if (device && !player->setDevice(device))
+    AudioPlayback playback;
+    playback.deviceMissing = device && !player->setDevice(device);
+    if (playback.deviceMissing)
         warn("The sound device for " + file.filename().string() + " is gone; it plays on the system output");
     player->setLoopCount(loopsItself ? -1 : 0);
     const double duration = player->durationSeconds();
-    AudioPlayback playback;
     playback.player = player;
     playback.inPointSeconds = std::clamp(inPoint, 0.0, std::max(duration - 0.05, 0.0));
     playback.outPointSeconds = std::min(outPoint.value_or(duration), duration);
@@ -129,6 +133,7 @@ void LiveEngine::beginAudio(Run& run) {
                                  audio.outPoint, audio.fadeOut, audio.level, audio.loops && !crossfades);
     if (!playback) return fail(run.id, "the sound file is missing");
     const Uuid runID = run.id;
+    run.soundDeviceMissing = playback->deviceMissing;
     run.audio = std::move(*playback);
     run.durationSeconds = run.audio->outPointSeconds - run.audio->inPointSeconds;
     handOffMusic(run, audio.fadeIn);

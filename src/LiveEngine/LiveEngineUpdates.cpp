@@ -90,9 +90,19 @@ void LiveEngine::updateRun(const Uuid& runID, const Cue& old, const Show& oldSho
                 if (!playback->isFadingOut)
                     playback->player->setVolume(master() * (dipped ? dipLevel : 1.0) * audio->level);
         }
-        if (run->audio && (!was || was->loops != audio->loops))
-            run->audio->player->setLoopCount(audio->loops && !audio->crossfadesLoop.value_or(false) ? -1 : 0);
+        const bool crossfades = audio->loops && audio->crossfadesLoop.value_or(false);
+        const bool crossfaded = was && was->loops && was->crossfadesLoop.value_or(false);
+        if (run->audio && (!was || was->loops != audio->loops || crossfades != crossfaded))
+            run->audio->player->setLoopCount(audio->loops && !crossfades ? -1 : 0);
+        if (run->audio && crossfades && !crossfaded) crossfadeAudioLoop(runID);
     }
+    if (const auto* playlist = std::get_if<PlaylistCue>(&cue.kind)) {
+        const auto* was = std::get_if<PlaylistCue>(&old.kind);
+        if (!was || was->mediaIDs != playlist->mediaIDs || was->shuffle != playlist->shuffle)
+            reorderPlaylist(*run);
+    }
+    if (const auto device = soundDevice(cue, show_.audio); device != soundDevice(old, oldShow.audio))
+        moveSound(*run, device);
 
     if (cue.visualOutputIDs != old.visualOutputIDs) updateRoutes(runID);
     if (std::holds_alternative<SlidesCue>(cue.kind)) updateDeck(runID, old, oldShow);

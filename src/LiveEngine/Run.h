@@ -25,6 +25,7 @@ struct AudioPlayback {
     double cueLevel = 1;     // the cue's own level; a live edit may change it
     bool isFadingOut = false; // from then on no level operation touches it
     bool isPaused = false;
+    bool deviceMissing = false; // its device was gone when it opened
 };
 
 struct Run {
@@ -46,6 +47,7 @@ struct Run {
     int slidePart = 0;
     bool fadingOut = false;
     bool soundHandedOff = false;
+    bool soundDeviceMissing = false; // its device went; the system output plays it
     std::vector<TaskHandle> tasks;
     TaskHandle loopTask;
     std::vector<Uuid> playlistOrder;

@@ -77,8 +77,22 @@ constexpr double maxDissolveSeconds = 10;
 Uuid VisualStack::show(SceneContent content, LayerKind kind, std::optional<Uuid> runID,
                        double fadeSeconds, SceneScaling scaling,
                        std::optional<CueGeometry> geometry) {
+    return place(std::move(content), kind, runID, fadeSeconds, scaling, geometry, false);
+}
+
+Uuid VisualStack::showOver(SceneContent content, LayerKind kind, const Uuid& runID, double fadeSeconds,
+                           SceneScaling scaling, std::optional<CueGeometry> geometry) {
+    return place(std::move(content), kind, runID, fadeSeconds, scaling, geometry, true);
+}
+
+Uuid VisualStack::place(SceneContent content, LayerKind kind, std::optional<Uuid> runID,
+                        double fadeSeconds, SceneScaling scaling, std::optional<CueGeometry> geometry,
+                        bool keepingReplaced) {
     DestinationKeys exclusions;
-    if (const Entry* replaced = matchingIn(*this, runID, kind)) {
+    if (const Entry* replaced = matchingIn(*this, runID, kind); replaced && keepingReplaced) {
+        // Kept whole underneath; the new picture inherits where it may not go.
+        exclusions = replaced->excludedDestinations;
+    } else if (replaced) {
         // The same run showing again: the new picture takes the old one's
         // place and its exclusions, and the old one simply stops.
         const Uuid replacedID = replaced->layerID;

@@ -67,6 +67,11 @@ public:
     // the full frame.
     Uuid show(SceneContent content, LayerKind kind, std::optional<Uuid> runID, double fadeSeconds,
               SceneScaling scaling, std::optional<CueGeometry> geometry);
+    // The run's next picture over its present one on `kind`, which stays
+    // underneath, whole, until cleared: a dissolve between two pictures of one
+    // run, as at the seam of a crossfading loop.
+    Uuid showOver(SceneContent content, LayerKind kind, const Uuid& runID, double fadeSeconds,
+                  SceneScaling scaling, std::optional<CueGeometry> geometry);
     // Changes only the content of the matching entry, keeping its layer id so
     // that the change is a cut. Nothing matching: nothing happens.
     void update(SceneContent content, LayerKind kind, std::optional<Uuid> runID);
@@ -113,6 +118,8 @@ private:
         for (const auto& item : leaving) visit(item.second.second);
     }
     std::optional<KindEntry> removeActive(const Uuid& layerID);
+    Uuid place(SceneContent content, LayerKind kind, std::optional<Uuid> runID, double fadeSeconds,
+               SceneScaling scaling, std::optional<CueGeometry> geometry, bool keepingReplaced);
     void moveToLeaving(const Uuid& layerID, double fadeSeconds);
     std::uint64_t orderOf(const Uuid& layerID) const;
 };

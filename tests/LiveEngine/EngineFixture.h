@@ -80,7 +80,7 @@ protected:
 
     void start() {
         engine = std::make_unique<LiveEngine>(show, ShowPackage("/shows/Test.velarion"),
-                                              EnginePorts{scheduler, outputs, players, images, cards, slides},
+                                              EnginePorts{scheduler, outputs, players, images, cards, slides, devices},
                                               false);
         scheduler.runDue();
     }
@@ -124,6 +124,7 @@ protected:
     FakeImageLoader images;
     FakeTextCards cards;
     FakeSlidePictures slides;
+    AudioDevices* devices = nullptr;
     Show show;
     std::unique_ptr<LiveEngine> engine;
 };
