@@ -1,7 +1,5 @@
 #include "Platform/Pictures/Canvas.h"
 
-#include <QBuffer>
-#include <QImageWriter>
 #include <QtEndian>
 
 #include <cstring>
@@ -16,10 +14,6 @@ namespace {
 
 // 72 dots per inch, in Qt's unit.
 constexpr int dotsPerMeter72 = 2835;
-
-// Qt's PNG writer maps quality q to zlib level (100 - q) * 9 / 91: 80 gives
-// level 1, about four times faster than the default for a few percent more.
-constexpr int pngQuality = 80;
 
 } // namespace
 
@@ -57,14 +51,5 @@ QImage toQImage(const StillImage& still) {
         [](void* info) { delete static_cast<std::shared_ptr<const StillPixels>*>(info); }, keeper);
 }
 
-QByteArray encodePNG(const QImage& picture) {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "png");
-    writer.setQuality(pngQuality);
-    if (!writer.write(picture)) return {};
-    return bytes;
-}
 
 } // namespace velarion

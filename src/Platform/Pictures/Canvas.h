@@ -46,9 +46,10 @@ std::optional<StillImage> toStill(const QImage& picture);
 // long as it (or a copy of it) lives.
 QImage toQImage(const StillImage& still);
 
-// The picture as PNG bytes, or an empty array when it can't be encoded.
-// Compression is light: pages are mostly flat colour, and a slide is
-// written while the operator waits.
+// The picture as PNG bytes (RGB when opaque, else RGBA with straight
+// alpha), or an empty array when it can't be encoded. Compression is light:
+// pages are mostly flat colour, and a slide is written while the operator
+// waits.
 QByteArray encodePNG(const QImage& picture);
 
 } // namespace velarion

@@ -24,6 +24,14 @@ constexpr double lightTextLuminance = 0.55;
 // Lyrics over video: a soft shadow under white text.
 const Shadow clearSlideShadow{QPointF(0, 3), 14, QColor::fromRgbF(0, 0, 0, 0.85f)};
 
+// Room around the boxes of a clear slide for overflowing text.
+constexpr int shadowRoomPixels = 120;
+
+QRectF boxRect(const TextBox& box) {
+    return QRectF(box.x * pageWidthPixels, box.y * pageHeightPixels, box.width * pageWidthPixels,
+                  box.height * pageHeightPixels);
+}
+
 bool hasText(const TextBox& box) {
     return !box.text.empty();
 }
@@ -89,8 +97,7 @@ QFont font(const std::optional<std::string>& name, double size, bool bold) {
 }
 
 void drawBox(QPainter& painter, const TextBox& box, const QColor& ink, bool overrideColor) {
-    const QRectF rect(box.x * pageWidthPixels, box.y * pageHeightPixels,
-                      box.width * pageWidthPixels, box.height * pageHeightPixels);
+    const QRectF rect = boxRect(box);
     TextStyle style;
     style.font = font(box.font, box.size, box.bold);
     style.color = (box.color && !overrideColor) ? colorFromRGB(*box.color) : ink;
@@ -113,7 +120,13 @@ QImage render(const MadeSlide& slide, const std::optional<QImage>& background) {
         QPainter painter(&page);
         painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
         if (anyText) {
-            drawWithShadow(painter, clearSlideShadow, [&](QPainter& layer) {
+            // Text may run a little past its box (a first line taller than
+            // the box is still drawn); the shadow's layer leaves room.
+            QRect area;
+            for (const TextBox& box : boxes)
+                if (hasText(box)) area |= boxRect(box).toAlignedRect();
+            area.adjust(-shadowRoomPixels, -shadowRoomPixels, shadowRoomPixels, shadowRoomPixels);
+            drawWithShadow(painter, clearSlideShadow, area, [&](QPainter& layer) {
                 for (const TextBox& box : boxes)
                     if (hasText(box)) drawBox(layer, box, Qt::white, true);
             });

@@ -4,8 +4,10 @@
 // and offset, goes down first.
 //
 // Contract.
-// - `content` draws onto a transparent layer the size of the painter's
-//   device, with the same coordinates; it is called once, synchronously.
+// - `content` draws onto a transparent layer covering `area` of the
+//   painter's device, in the device's coordinates; it is called once,
+//   synchronously. Whatever it draws outside `area` is lost, so the area
+//   should hold the content with some room.
 // - The blur is a Gaussian of standard deviation half the blur, made of
 //   three box passes, and costs only around what the content covers.
 // - Threads: whichever thread owns the painter.
@@ -13,6 +15,7 @@
 #include <QColor>
 #include <QPainter>
 #include <QPointF>
+#include <QRect>
 
 #include <functional>
 
@@ -24,7 +27,7 @@ struct Shadow {
     QColor color;
 };
 
-void drawWithShadow(QPainter& painter, const Shadow& shadow,
+void drawWithShadow(QPainter& painter, const Shadow& shadow, const QRect& area,
                     const std::function<void(QPainter&)>& content);
 
 } // namespace velarion
