@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
+#include <sstream>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <thread>
@@ -51,6 +52,11 @@ void endProcess(pid_t process) {
     waitpid(process, nullptr, 0);
 }
 
+std::string nullSinkArguments(const std::string& name) {
+    return "sink_name=" + name + " rate=" + std::to_string(PrivateSoundServer::sampleRate) +
+           " channels=2 sink_properties=device.description=" + name;
+}
+
 } // namespace
 
 std::unique_ptr<PrivateSoundServer> PrivateSoundServer::start(std::string& whyNot) {
@@ -69,8 +75,7 @@ std::unique_ptr<PrivateSoundServer> PrivateSoundServer::start(std::string& whyNo
         script << "load-module module-native-protocol-unix socket=" << (server->folder_ / "native").string()
                << " auth-anonymous=1\n";
         for (const char* sink : {"Speakers", "House", "Headphones"})
-            script << "load-module module-null-sink sink_name=" << sink << " rate=" << sampleRate
-                   << " channels=2 sink_properties=device.description=" << sink << "\n";
+            script << "load-module module-null-sink " << nullSinkArguments(sink) << "\n";
         script << "set-default-sink Speakers\n";
         std::ofstream client(server->folder_ / "client.conf");
         client << "autospawn = no\n";
@@ -87,7 +92,7 @@ std::unique_ptr<PrivateSoundServer> PrivateSoundServer::start(std::string& whyNo
     }
     for (int attempt = 0; attempt < 100; ++attempt) {
         if (server->pactl({"info"})) {
-            if (server->keepSinksAwake()) return server;
+            if (server->keepSinksAwake({"Speakers", "House", "Headphones"})) return server;
             whyNot = "the sound server's sinks did not start running";
             return nullptr;
         }
@@ -107,11 +112,11 @@ std::unique_ptr<PrivateSoundServer> PrivateSoundServer::start(std::string& whyNo
 // monitor keeps every sink running at a few milliseconds from the start.
 // The first wake-up comes up to two seconds after the server starts, and is
 // awaited here so that every test starts with awake sinks.
-bool PrivateSoundServer::keepSinksAwake() {
+bool PrivateSoundServer::keepSinksAwake(const std::vector<std::string>& sinks) {
     std::vector<std::filesystem::path> files;
-    for (const char* sink : {"Speakers", "House", "Headphones"}) {
-        files.push_back(folder_ / (std::string("awake-") + sink + ".raw"));
-        keepers_.push_back(spawn({"parec", "-s", address(), "-d", std::string(sink) + ".monitor",
+    for (const std::string& sink : sinks) {
+        files.push_back(folder_ / ("awake-" + sink + "-" + std::to_string(keepers_.size()) + ".raw"));
+        keepers_.push_back(spawn({"parec", "-s", address(), "-d", sink + ".monitor",
                                   "--latency-msec=5", "--format=u8", "--rate=4000", "--channels=1"},
                                  files.back()));
     }
@@ -158,6 +163,13 @@ bool PrivateSoundServer::removeSink(const std::string& name) const {
         return pactl({"unload-module", line.substr(0, line.find('\t'))});
     }
     return false;
+}
+
+bool PrivateSoundServer::addSink(const std::string& name) {
+    std::vector<std::string> arguments{"load-module", "module-null-sink"};
+    std::istringstream words(nullSinkArguments(name));
+    for (std::string word; words >> word;) arguments.push_back(word);
+    return pactl(arguments) && keepSinksAwake({name});
 }
 
 std::unique_ptr<PrivateSoundServer::Recording> PrivateSoundServer::record(const std::string& sink) const {

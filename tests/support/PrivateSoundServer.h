@@ -29,6 +29,8 @@ public:
     // Runs `pactl` against this server; true when it succeeded.
     bool pactl(const std::vector<std::string>& arguments) const;
     bool removeSink(const std::string& name) const;
+    // Puts back a sink taken away; it is not the default.
+    bool addSink(const std::string& name);
 
     // Records a sink's monitor, stereo 16-bit at `sampleRate`, until `stop`.
     class Recording {
@@ -52,7 +54,7 @@ public:
 private:
     PrivateSoundServer() = default;
     std::string address() const;
-    bool keepSinksAwake();
+    bool keepSinksAwake(const std::vector<std::string>& sinks);
 
     std::filesystem::path folder_;
     pid_t server_ = -1;

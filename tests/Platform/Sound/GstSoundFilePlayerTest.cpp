@@ -3,6 +3,8 @@
 
 #include "SoundServerFixture.h"
 
+#include <cmath>
+
 namespace velarion::testing {
 namespace {
 
@@ -26,6 +28,90 @@ TEST_F(SoundPlayer, PlaysOnTheChosenDeviceOnly) {
     EXPECT_LT(decibels(rms(heardOnHouse, 0, heardOnHouse.size())), -80);
     wait(0.7);
     EXPECT_FALSE(player->isPlaying()) << "a file that played out has ended";
+}
+
+// The level of each 10 ms of a recording, as a share of its loudest second.
+std::vector<double> relativeEnvelope(const std::vector<float>& heard) {
+    std::vector<double> levels = envelope(heard, recordedRate / 100);
+    const std::size_t start = firstSoundFrame(heard, 0.01f) / (recordedRate / 100);
+    const double steady = rms(heard, start * (recordedRate / 100) + recordedRate / 10,
+                              start * (recordedRate / 100) + recordedRate / 2);
+    for (double& level : levels) level /= steady;
+    return levels;
+}
+
+TEST_F(SoundPlayer, AFadeFollowsAStraightLine) {
+    auto player = players.openSound(sine("long.wav", {.seconds = 5}));
+    ASSERT_TRUE(player) << players.lastFailure();
+    ASSERT_TRUE(player->setDevice("House"));
+    auto house = server()->record("House");
+    player->play();
+    wait(1.0);
+    player->setVolume(0, 2.0);
+    EXPECT_NEAR(player->volume(), 1.0, 0.05);
+    wait(2.6);
+    EXPECT_NEAR(player->volume(), 0.0, 1e-9);
+    const auto levels = relativeEnvelope(house->stop());
+
+    // The fade's windows, between 90 % and 10 %, lie on one straight line.
+    std::vector<std::pair<double, double>> fading;
+    for (std::size_t i = 0; i < levels.size(); ++i)
+        if (levels[i] < 0.9 && levels[i] > 0.1) fading.emplace_back(i * 0.01, levels[i]);
+    ASSERT_GT(fading.size(), 100u);
+    double sumT = 0, sumL = 0, sumTT = 0, sumTL = 0;
+    for (const auto& [t, level] : fading) {
+        sumT += t;
+        sumL += level;
+        sumTT += t * t;
+        sumTL += t * level;
+    }
+    const double n = static_cast<double>(fading.size());
+    const double slope = (n * sumTL - sumT * sumL) / (n * sumTT - sumT * sumT);
+    const double intercept = (sumL - slope * sumT) / n;
+    EXPECT_NEAR(slope, -0.5, 0.025) << "from full to silence in 2 s, within 5 %";
+    for (const auto& [t, level] : fading) EXPECT_NEAR(level, intercept + slope * t, 0.05) << "at " << t << " s";
+    EXPECT_LT(levels.back(), 0.001) << "silent after the fade";
+}
+
+TEST_F(SoundPlayer, ALoopJoinsWithoutAGap) {
+    // 441 Hz fits a whole number of cycles into the file: a true loop.
+    auto player = players.openSound(sine("loop.wav", {.seconds = 0.5}));
+    ASSERT_TRUE(player) << players.lastFailure();
+    ASSERT_TRUE(player->setDevice("House"));
+    player->setLoopCount(-1);
+    player->setCurrentSeconds(0);
+    auto house = server()->record("House");
+    player->play();
+    wait(2.2);
+    EXPECT_TRUE(player->isPlaying());
+    const auto heard = house->stop();
+    const std::size_t start = firstSoundFrame(heard, 0.01f);
+    const std::size_t end = heard.size() / 2 - recordedRate / 10;
+    ASSERT_GT(end, start + recordedRate * 3 / 2) << "at least three seams were heard";
+    // Quiet only where the sine crosses zero; a buffer is 10 ms.
+    EXPECT_LT(longestQuietRun(heard, start, end, 0.005f), recordedRate / 1000u);
+    const auto levels = envelope(heard, recordedRate / 100);
+    const double steady = rms(heard, start, end);
+    for (std::size_t i = start / (recordedRate / 100) + 1; i < end / (recordedRate / 100); ++i)
+        EXPECT_NEAR(levels[i] / steady, 1.0, 0.05) << "at " << i * 10 << " ms";
+}
+
+TEST_F(SoundPlayer, TheMeterReadsWhatIsHeard) {
+    auto player = players.openSound(sine("meter.wav", {.amplitude = 0.25, .seconds = 3}));
+    ASSERT_TRUE(player) << players.lastFailure();
+    ASSERT_TRUE(player->setDevice("House"));
+    auto house = server()->record("House");
+    player->play();
+    wait(1.5);
+    player->updateMeters();
+    const double metered = player->averagePowerDecibels(0);
+    const auto heard = house->stop();
+    const std::size_t start = firstSoundFrame(heard, 0.01f);
+    const double recorded = decibels(rms(heard, start + recordedRate / 5, heard.size() / 2 - recordedRate / 10));
+    EXPECT_NEAR(metered, recorded, 2.0);
+    EXPECT_NEAR(recorded, decibels(0.25 / std::sqrt(2.0)), 1.0) << "the recording itself is right";
+    player->stop();
+    EXPECT_EQ(player->averagePowerDecibels(0), -160) << "a stopped player meters silence";
 }
 
 } // namespace

@@ -1,0 +1,79 @@
+// The output list on a private sound server, and the test tone played
+// through real players.
+
+#include "RealTimeScheduler.h"
+#include "SoundServerFixture.h"
+
+#include "LiveEngine/TestTone.h"
+#include "Platform/Sound/GstAudioDevices.h"
+
+#include <algorithm>
+
+namespace velarion::testing {
+namespace {
+
+class SoundOutputs : public SoundServerFixture {
+protected:
+    static std::vector<std::string> ids(const std::vector<AudioDevice>& outputs) {
+        std::vector<std::string> names;
+        for (const AudioDevice& output : outputs) names.push_back(output.id);
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    RealTimeScheduler scheduler;
+};
+
+TEST_F(SoundOutputs, ListsTheServersOutputsAndNoticesOneGoing) {
+    GstAudioDevices devices(scheduler);
+    EXPECT_EQ(ids(devices.outputs()), (std::vector<std::string>{"Headphones", "House", "Speakers"}));
+    EXPECT_EQ(devices.name("House"), "House");
+    const auto outputs = devices.outputs();
+    const auto defaults = std::count_if(outputs.begin(), outputs.end(), [](const AudioDevice& output) {
+        return output.isDefault;
+    });
+    EXPECT_EQ(defaults, 1);
+    EXPECT_TRUE(std::find_if(outputs.begin(), outputs.end(), [](const AudioDevice& output) {
+                    return output.id == "Speakers";
+                })->isDefault);
+
+    int changes = 0;
+    devices.setOnChange([&] { ++changes; });
+    ASSERT_TRUE(server()->removeSink("Headphones"));
+    for (int i = 0; i < 40 && changes == 0; ++i) scheduler.runFor(0.05);
+    EXPECT_GE(changes, 1) << "the change reaches the main loop";
+    EXPECT_FALSE(devices.isPresent("Headphones"));
+    EXPECT_TRUE(devices.isPresent("House"));
+    ASSERT_TRUE(server()->addSink("Headphones"));
+    for (int i = 0; i < 40 && !devices.isPresent("Headphones"); ++i) scheduler.runFor(0.05);
+    EXPECT_TRUE(devices.isPresent("Headphones")) << "and one coming back";
+}
+
+TEST_F(SoundOutputs, TheTestToneSoundsOnTheChosenDeviceAndANewOneStopsTheLast) {
+    GstAudioDevices devices(scheduler);
+    GstMediaPlayers tonePlayers(&devices, [](const SceneID&, const std::filesystem::path&) { return nullptr; },
+                                GstSoundOptions{.sinkProvidesClock = false});
+    TestTone tone(tonePlayers, devices);
+    EXPECT_FALSE(tone.play("Nowhere"));
+
+    auto house = server()->record("House");
+    auto headphones = server()->record("Headphones");
+    ASSERT_TRUE(tone.play("House")) << tonePlayers.lastFailure();
+    wait(0.2);
+    ASSERT_TRUE(tone.play("Headphones")) << tonePlayers.lastFailure();
+    wait(1.2);
+    const auto onHouse = house->stop();
+    const auto onHeadphones = headphones->stop();
+
+    const std::size_t houseStart = firstSoundFrame(onHouse, 0.005f);
+    const std::size_t houseHeard = onHouse.size() / 2 - houseStart - longestQuietRun(onHouse, houseStart, onHouse.size() / 2, 0.005f);
+    EXPECT_LT(houseHeard, recordedRate * 4 / 10u) << "cut short by the second tone";
+    const std::size_t start = firstSoundFrame(onHeadphones, 0.005f);
+    ASSERT_LT(start, onHeadphones.size() / 2);
+    // The middle of the tone: 440 Hz at 0.18 on both sides of a stereo sink.
+    const std::size_t middle = start + recordedRate * 3 / 10;
+    EXPECT_NEAR(pitchAmplitude(onHeadphones, middle, recordedRate / 5, 440), 0.18, 0.02);
+    EXPECT_LT(pitchAmplitude(onHeadphones, middle, recordedRate / 5, 880), 0.01);
+}
+
+} // namespace
+} // namespace velarion::testing
