@@ -2,8 +2,6 @@
 
 #include "Platform/Pictures/Canvas.h"
 
-#include <QImageReader>
-#include <QBuffer>
 
 #include <gtest/gtest.h>
 
@@ -11,23 +9,15 @@ namespace velarion {
 namespace {
 
 QImage decoded(const QByteArray& png) {
-    QByteArray copy = png;
-    QBuffer buffer(&copy);
-    buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer, "png");
-    return reader.read();
+    return QImage::fromData(png, "png");
 }
 
 int worstDifference(const QImage& a, const QImage& b) {
-    const QImage left = a.convertToFormat(QImage::Format_ARGB32);
-    const QImage right = b.convertToFormat(QImage::Format_ARGB32);
+    const QImage left = a.convertToFormat(QImage::Format_ARGB32), right = b.convertToFormat(QImage::Format_ARGB32);
     int worst = 0;
     for (int y = 0; y < left.height(); ++y)
-        for (int x = 0; x < left.width(); ++x) {
-            const QRgb p = left.pixel(x, y), q = right.pixel(x, y);
-            worst = std::max({worst, std::abs(qRed(p) - qRed(q)), std::abs(qGreen(p) - qGreen(q)),
-                              std::abs(qBlue(p) - qBlue(q)), std::abs(qAlpha(p) - qAlpha(q))});
-        }
+        for (int x = 0; x < left.width(); ++x)
+            worst = std::max(worst, testing::channelDifference(left.pixel(x, y), right.pixel(x, y)));
     return worst;
 }
 
@@ -59,11 +49,6 @@ TEST(Canvas, StillsAndQtImagesShareOnePixelLayout) {
               (std::vector<std::uint8_t>{30, 20, 10, 255}));
     QImage back = toQImage(*still);
     EXPECT_EQ(back.pixel(2, 1), picture.pixel(2, 1));
-    // The QImage keeps the pixels alive after the still has gone.
-    std::optional<StillImage> owner = toStill(picture);
-    QImage borrowed = toQImage(*owner);
-    owner.reset();
-    EXPECT_EQ(borrowed.pixel(0, 0), picture.pixel(0, 0));
 }
 
 } // namespace

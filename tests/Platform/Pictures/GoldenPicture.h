@@ -15,6 +15,9 @@ namespace velarion::testing {
 
 ::testing::AssertionResult matchesGolden(const QImage& actual, const std::string& name);
 
+// The largest difference of any channel between two pixels.
+int channelDifference(QRgb a, QRgb b);
+
 // A photograph-like picture made here: a diagonal gradient with shapes.
 QImage generatedPhoto(int width, int height);
 

@@ -59,28 +59,5 @@ TEST(TextCards, FullScreenTimeShrinksToFitAndCentresWithoutLabelOrLogo) {
     EXPECT_NEAR(figure.center().y() + (1080 - 700) - plain.center().y(), 70, 2);
 }
 
-TEST(TextCards, PortGivesFullFrameStillsTransparentExceptTheHoldingSlide) {
-    QtTextCards cards;
-    const auto banner = cards.banner("Hello");
-    ASSERT_TRUE(banner);
-    EXPECT_EQ(banner->width(), 1920);
-    EXPECT_EQ(banner->height(), 1080);
-    EXPECT_EQ(banner->bgra()[3], 0); // top left pixel, alpha
-    const auto holding = cards.holding("Break", "");
-    ASSERT_TRUE(holding);
-    const std::uint8_t black[4] = {0, 0, 0, 255};
-    EXPECT_TRUE(std::equal(black, black + 4, holding->bgra().begin()));
-    // Two draws are two pictures.
-    EXPECT_NE(cards.banner("Hello")->id(), banner->id());
-}
-
-TEST(TextCards, LongTitlesStayOnTheirPlate) {
-    const QImage card = QtTextCards::drawLowerThird(
-        "An exceedingly long speaker name that could never fit on one plate however condensed", "");
-    const QRect ink = inkBounds(card, qRgba(0, 0, 0, 0), 10);
-    // The plate is 96 .. 1196 wide; nothing is drawn beyond it.
-    EXPECT_LE(ink.right(), 1196);
-}
-
 } // namespace
 } // namespace velarion
