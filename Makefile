@@ -1,5 +1,5 @@
-# Velarion's two commands for now: `make test` and `make bench`.
-# Each installs what is missing, builds, and runs.
+# Velarion's commands: `make run` (the demo show, headless), `make test` and
+# `make bench`. Each installs what is missing, builds, and runs.
 
 BUILD     ?= build
 ASAN      ?= build-asan
@@ -8,7 +8,7 @@ JOBS      ?= $(shell nproc)
 FUZZ_SECONDS ?= 30
 CMAKE_GEN := -G Ninja
 
-.PHONY: deps build test unit-test sanitize-test fuzz-test boundary-check bench clean
+.PHONY: deps build run test unit-test sanitize-test fuzz-test boundary-check bench clean
 
 deps:
 	@scripts/install-deps
@@ -38,6 +38,10 @@ boundary-check: build
 	scripts/check-boundaries $(BUILD)
 
 test: unit-test sanitize-test fuzz-test boundary-check
+
+# The demo show on a fresh copy, opened by `velarion --headless`.
+run: build
+	scripts/run-demo $(BUILD)
 
 bench: build
 	scripts/run-benchmarks $(BUILD)
