@@ -1,0 +1,341 @@
+#pragma once
+// AppModel: the one long-lived object the console hangs on. It owns the open
+// Show, its ShowPackage, the undo history, one LiveEngine per loaded show
+// with that show's OutputManager, and turns every surface's wish into a
+// ShowEdit or an EngineCommand. Failures go to the one-line `status`; a
+// refused edit also beeps.
+//
+// Contract.
+// - Main thread only. Time and delays come from the Scheduler; background
+//   work (the autosave's encode and write) returns through Scheduler::post
+//   and finds the model through a weak token, so nothing runs after the
+//   model is gone.
+// - The ports and the preferences are given at construction and must
+//   outlive the model. The model owns each OutputManager it makes and
+//   destroys it after that show's engine.
+// - Autosave: 0.8 s after the last change a snapshot goes to the ShowWriter;
+//   the main loop only copies the Show (its lists are shared) and queues.
+//   Explicit saves (`save`, `saveAs`, `prepareToQuit`, the save of the old
+//   show on `openShow`) wait for queued writes, then write synchronously.
+// - `onChange` runs after any change an observer may show, on the main
+//   thread; setting the status to the text it already has notifies nobody.
+// - Destruction hands a pending autosave to the writer, shuts the engine
+//   down and ends the keep-awake activity; the session key stays, as after
+//   a crash, unless `prepareToQuit` ran.
+
+#include "Live/Preferences.h"
+#include "Live/ShowSession.h"
+#include "Live/ports/ApplicationControl.h"
+#include "Live/ports/DesktopServices.h"
+#include "Live/ports/OutputManagers.h"
+#include "Live/ports/ShowFolders.h"
+#include "Live/ports/ShowWriter.h"
+#include "Live/ports/SlidePages.h"
+#include "LiveAgentKit/AgentTools.h"
+#include "LiveEngine/LiveEngine.h"
+#include "LiveModel/EditHistory.h"
+#include "LiveModel/ShowTemplate.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace velarion {
+
+struct AppPorts {
+    Scheduler& scheduler;
+    // What every engine shares for the life of the process.
+    MediaPlayers& players;
+    ImageLoader& images;
+    TextCards& cards;
+    SlidePictures& slides;
+    AudioDevices* devices = nullptr;
+    // One new OutputManager for each loaded show.
+    OutputManagers& outputs;
+    SlidePages& slidePages;
+    DesktopServices& desktop;
+    ShowFolders& folders;
+    ShowWriter& writer;
+    ApplicationControl& application;
+    Preferences& preferences;
+    // Built-in backdrop loops, handed to each new engine; optional.
+    LiveEngine::BackdropReady backdropReady = {};
+    LiveEngine::PrepareBackdrop prepareBackdrop = {};
+};
+
+struct AppOptions {
+    // Started with "--snapshot" or "--make-icon": no session key, no
+    // keep-awake, no shows folder made.
+    bool isSnapshotRun = false;
+};
+
+// Save As while an import writes into the package being copied.
+struct SaveAsError : std::runtime_error {
+    SaveAsError()
+        : std::runtime_error("Import in progress — wait for it to finish, then choose Save As again.") {}
+};
+
+// An open slide editor of a deck of made slides.
+struct SlideEditor {
+    std::optional<Uuid> selection; // the slide it shows
+    std::string title;             // "Slides — " and the item's name
+    friend bool operator==(const SlideEditor&, const SlideEditor&) = default;
+};
+
+// The open rename field: which cue or section, and what committing does.
+struct Rename {
+    Uuid id;
+    std::function<void(const std::string&)> apply;
+};
+
+// What an alert says.
+struct AppAlert {
+    std::string title;
+    std::string text;
+    std::vector<std::string> buttons;
+    friend bool operator==(const AppAlert&, const AppAlert&) = default;
+};
+
+struct CollectedShow {
+    std::filesystem::path copy;
+    AppAlert alert; // "Done", and revealing `copy` in the file manager
+};
+
+struct UnsavedShow {
+    std::filesystem::path location;
+    std::string title;
+    friend bool operator==(const UnsavedShow&, const UnsavedShow&) = default;
+};
+
+// Pictures and peaks the console keeps by stored name, emptied with each
+// load.
+struct PictureCaches {
+    std::map<std::string, StillImage> thumbnails;
+    std::map<std::string, StillImage> slideImages;
+    std::map<std::string, std::vector<float>> waveforms;
+};
+
+enum class SaveOutcome { saved, failed, needsLocation };
+
+class AppModel {
+public:
+    static constexpr double autosaveDelaySeconds = 0.8;
+    static constexpr int historyLimit = 100;
+    static constexpr std::size_t recentsLimit = 8;
+    static inline const std::string awakeReason = "A Velarion show is open";
+    static inline const std::string recoveredWarning =
+        "Velarion quit unexpectedly and reopened this show. Nothing is playing — check the "
+        "screens, then GO from Next.";
+
+    AppModel(AppPorts ports, AppOptions options = {});
+    ~AppModel();
+    AppModel(const AppModel&) = delete;
+    AppModel& operator=(const AppModel&) = delete;
+
+    std::function<void()> onChange;
+
+    // ---- The open show ----
+    const std::optional<Show>& show() const { return show_; }
+    const std::optional<ShowPackage>& package() const { return package_; }
+    LiveEngine* engine() const { return engine_.get(); }
+    OutputManager* outputManager() const { return outputManager_.get(); }
+    const EditHistory& history() const { return history_; }
+    bool isDirty() const { return isDirty_; }
+    // Calendar seconds of the last successful write; none for a scratch
+    // show until its first autosave.
+    const std::optional<double>& lastSavedWallSeconds() const { return lastSaved_; }
+
+    // A new show from the template in a scratch package, loaded.
+    void newShow(ShowTemplate showTemplate, const std::string& title);
+    // Opens a package; the open show stays when this throws (ShowPackageError
+    // or a file-system error). Opening the open package does nothing.
+    void openShow(const std::filesystem::path& at);
+    // A scratch show answers `needsLocation`: the console asks for a place
+    // and calls `saveAsFromPanel`.
+    SaveOutcome save();
+    // Throws SaveAsError while importing, else what the copy throws.
+    void saveAs(const std::filesystem::path& to);
+    // The save panel's choice: a failure goes to the status line.
+    bool saveAsFromPanel(const std::filesystem::path& to);
+    void close();
+    // The one path by which a document becomes the open one.
+    void load(const Show& show, const ShowPackage& package);
+    // Tidies, redraws legacy decks and names machine-named media, saving
+    // the result; a failure leaves the show as it came.
+    Show organize(const Show& show, const ShowPackage& in);
+
+    // ---- Editing ----
+    bool edit(const ShowEdit& edit);
+    void undo();
+    void redo();
+    bool isLocked() const { return history_.isLocked; }
+    void setLocked(bool locked);
+    // A new cue for a library item, named after it.
+    static Cue makeCue(const MediaItem& item);
+    // Inserts behind the selection and selects it: "Added " and its name.
+    bool add(const Cue& cue);
+    bool addSong(const Song& song);
+    bool updateSong(const Uuid& itemID, const Song& song);
+    bool updateSlides(const Uuid& itemID, const std::function<void(std::vector<MadeSlide>&)>& change);
+
+    // ---- Playback ----
+    void perform(const EngineCommand& command);
+    // A text field's uncommitted change, run and cleared first in `perform`.
+    void setPendingEdit(std::function<void()> pendingEdit) { pendingEdit_ = std::move(pendingEdit); }
+
+    // ---- Files ----
+    // The name the collect panel suggests: title, " (for another computer)"
+    // and the extension.
+    std::string collectSuggestedName() const;
+    // A copy of the open show with its media at `to`; none, with the status
+    // set, when it failed or there is nothing to copy.
+    std::optional<CollectedShow> collectForAnotherMac(const std::filesystem::path& to);
+    // The open panel's message for finding an item's file: Find “name”.
+    static std::string findMissingPrompt(const MediaItem& item);
+    bool findMissing(const Uuid& itemID, const std::filesystem::path& chosenFile);
+    void reveal(const std::filesystem::path& item) { ports_.desktop.reveal(item); }
+    // Scratch packages other than the open one, newest first.
+    std::vector<UnsavedShow> unsavedShows() const;
+    const std::vector<std::filesystem::path>& recents() const { return recents_; }
+
+    // ---- Start and quit ----
+    // At start only: reopens a show left open by a crash, with nothing
+    // playing, and says so.
+    void recoverAfterUnexpectedQuit();
+    // The question to ask before quitting while cues run; none to quit at
+    // once.
+    std::optional<AppAlert> quitQuestion() const;
+    // The last save and the session key removed; the engine keeps running.
+    void prepareToQuit();
+    // `prepareToQuit`, then the engine shut down: the application's last
+    // call before the process ends.
+    void finishQuit();
+
+    // ---- Import bookkeeping ----
+    bool isImporting() const { return isImporting_; }
+    const std::optional<Uuid>& importRequestID() const { return importRequestID_; }
+    // Starts an import of `fileCount` files: "Importing 3 files". None
+    // without a show, while another import runs, or in Show Mode.
+    std::optional<Uuid> beginImport(int fileCount);
+    // Ends the import if it is still the running one.
+    void endImport(const Uuid& requestID);
+
+    // ---- Status ----
+    const std::string& status() const { return status_; }
+    void setStatus(const std::string& text);
+
+    // ---- Selection, editors and console state ----
+    const std::optional<Uuid>& selectedCueID() const { return selectedCueID_; }
+    void selectCue(const std::optional<Uuid>& cueID);
+    const std::optional<Uuid>& selectedMediaID() const { return selectedMediaID_; }
+    void selectMedia(const std::optional<Uuid>& mediaID);
+    // Open slide editors by deck item id.
+    const std::map<Uuid, SlideEditor>& slideEditors() const { return slideEditors_; }
+    // Only a deck of made slides can be edited; false otherwise.
+    bool openSlideEditor(const Uuid& itemID);
+    void closeSlideEditor(const Uuid& itemID);
+    void selectSlide(const Uuid& itemID, const std::optional<Uuid>& slideID);
+    const std::optional<MadeSlide>& copiedSlide() const { return copiedSlide_; }
+    void setCopiedSlide(std::optional<MadeSlide> slide) { copiedSlide_ = std::move(slide); }
+    const std::optional<Rename>& rename() const { return rename_; }
+    void setRename(std::optional<Rename> rename);
+    // Whether the operator's view follows what is live; back on at each
+    // load and close.
+    bool operatorViewFollowsLive() const { return operatorViewFollowsLive_; }
+    void setOperatorViewFollowsLive(bool follows) { operatorViewFollowsLive_ = follows; }
+    PictureCaches& caches() { return caches_; }
+
+    // ---- The agent's grants and connection ----
+    bool agentMayRun() const { return agentMayRun_; }
+    void setAgentMayRun(bool may);
+    bool agentMayEdit() const { return agentMayEdit_; }
+    void setAgentMayEdit(bool may);
+    bool skipsQuitQuestion() const { return skipsQuitQuestion_; }
+    int agentConnections() const { return agentConnections_; }
+    void setAgentConnections(int count);
+    const std::optional<std::string>& agentError() const { return agentError_; }
+    void setAgentError(std::optional<std::string> error);
+    bool controlsMusicApps() const { return controlsMusicApps_; }
+
+    // ---- What the agent service asks for ----
+    const EngineState* engineState() const { return engine_ ? &engine_->state() : nullptr; }
+    std::set<AgentTier> allowedTiers() const;
+    // None when the edit went in, else why not.
+    std::optional<std::string> agentEdit(const ShowEdit& edit);
+    void agentPerform(const EngineCommand& command) { perform(command); }
+    void agentLock(bool locked) { setLocked(locked); }
+    // These three throw AgentFailure with the operator's words.
+    void agentNewShow(const std::string& title, ShowTemplate showTemplate,
+                      const std::optional<std::filesystem::path>& saveTo);
+    void agentOpenShow(const std::filesystem::path& at);
+    void agentSaveShow(const std::optional<std::filesystem::path>& to);
+    bool agentUndo();
+    bool agentRedo();
+    void agentNote(const std::string& text);
+    void agentQuit(bool restart);
+
+private:
+    void changed();
+    void refuse(const std::string& text);
+    void commit(Show show, const std::set<Uuid>& touched);
+    void updateSlideEditors(const Show& old);
+    void scheduleSave();
+    void autosave();
+    void autosaveFinished(std::uint64_t generation, const std::optional<std::string>& error);
+    // Hands a pending autosave to the writer now, as a show leaves.
+    void flushPendingSave();
+    // Waits for queued autosaves, then writes the open show; throws.
+    void saveNow();
+    void markSaved();
+    void shutdownEngine();
+    void remember(const std::filesystem::path& location);
+    bool renderAndUpdate(MediaItem item, const std::string& failurePrefix);
+    std::weak_ptr<int> token() const { return life_; }
+
+    AppPorts ports_;
+    AppOptions options_;
+    ShowSession session_;
+
+    std::optional<Show> show_;
+    std::optional<ShowPackage> package_;
+    // The engine holds a reference to its manager: declared after it, so
+    // destroyed first.
+    std::unique_ptr<OutputManager> outputManager_;
+    std::unique_ptr<LiveEngine> engine_;
+    EditHistory history_{historyLimit};
+    bool isDirty_ = false;
+    std::optional<double> lastSaved_;
+    // Counts committed changes; a write's result applies only when no
+    // newer change came meanwhile.
+    std::uint64_t editGeneration_ = 0;
+    TaskHandle saveTask_;
+    std::string status_;
+    bool isImporting_ = false;
+    std::optional<Uuid> importRequestID_;
+    bool agentMayRun_ = false;
+    bool agentMayEdit_ = false;
+    bool skipsQuitQuestion_ = false;
+    int agentConnections_ = 0;
+    std::optional<std::string> agentError_;
+    bool controlsMusicApps_ = true;
+    std::vector<std::filesystem::path> recents_;
+    std::optional<MadeSlide> copiedSlide_;
+    std::function<void()> pendingEdit_;
+    std::unique_ptr<AwakeActivity> awakeActivity_;
+    std::optional<Uuid> selectedCueID_;
+    std::optional<Uuid> selectedMediaID_;
+    std::map<Uuid, SlideEditor> slideEditors_;
+    std::optional<Rename> rename_;
+    bool operatorViewFollowsLive_ = true;
+    PictureCaches caches_;
+    std::shared_ptr<int> life_ = std::make_shared<int>(0);
+};
+
+} // namespace velarion

@@ -1,0 +1,263 @@
+// Changes to the open show: edits, undo and redo, Show Mode, new cues,
+// songs and made slides, and the slide editors that follow them.
+
+#include "Live/AppModel.h"
+
+#include "Live/OperatorText.h"
+#include "LiveModel/CueInsertionPoint.h"
+#include "LiveModel/SongRedraw.h"
+
+namespace velarion {
+
+namespace {
+
+std::set<Uuid> allCueIDs(const Show& show) {
+    std::set<Uuid> ids;
+    for (const Cue* cue : show.allCues()) ids.insert(cue->id);
+    return ids;
+}
+
+std::string editorTitle(const MediaItem& item) {
+    return item.name.empty() ? "Slides" : "Slides — " + item.name;
+}
+
+const MediaItem* madeDeck(const Show& show, const Uuid& itemID) {
+    const MediaItem* item = show.media(itemID);
+    return item && item->deck && item->deck->made ? item : nullptr;
+}
+
+} // namespace
+
+bool AppModel::edit(const ShowEdit& edit) {
+    if (!show_) return false;
+    Show next;
+    try {
+        next = history_.apply(edit, *show_);
+    } catch (const ShowEditError& error) {
+        refuse(error.errorDescription());
+        return false;
+    }
+    commit(std::move(next), touchedCueIDs(edit));
+    return true;
+}
+
+void AppModel::undo() {
+    if (!show_) return;
+    std::optional<Show> restored = history_.undo(*show_);
+    if (!restored) return;
+    bool closesEditor = false;
+    for (const auto& [itemID, editor] : slideEditors_) {
+        const MediaItem* item = restored->media(itemID);
+        if (item && item->deck && !item->deck->made) closesEditor = true;
+    }
+    const std::set<Uuid> touched = allCueIDs(*restored);
+    commit(std::move(*restored), touched);
+    setStatus(closesEditor ? "Undone — original imported pages restored; slide editor closed" : "Undone");
+}
+
+void AppModel::redo() {
+    if (!show_) return;
+    std::optional<Show> restored = history_.redo(*show_);
+    if (!restored) return;
+    const std::set<Uuid> touched = allCueIDs(*restored);
+    commit(std::move(*restored), touched);
+    setStatus("Redone");
+}
+
+void AppModel::commit(Show show, const std::set<Uuid>& touched) {
+    const Show old = std::move(*show_);
+    show_ = std::move(show);
+    if (engine_) engine_->apply(*show_, touched);
+    updateSlideEditors(old);
+    isDirty_ = true;
+    ++editGeneration_;
+    scheduleSave();
+    changed();
+}
+
+void AppModel::updateSlideEditors(const Show& old) {
+    for (auto editor = slideEditors_.begin(); editor != slideEditors_.end();) {
+        const MediaItem* item = madeDeck(*show_, editor->first);
+        if (!item) {
+            editor = slideEditors_.erase(editor);
+            continue;
+        }
+        const MediaItem* before = old.media(editor->first);
+        const DeckInfo from = before && before->deck ? *before->deck : DeckInfo{};
+        editor->second.selection = item->deck->editorSelection(editor->second.selection, from);
+        editor->second.title = editorTitle(*item);
+        ++editor;
+    }
+}
+
+void AppModel::setLocked(bool locked) {
+    if (history_.isLocked == locked) return;
+    history_.isLocked = locked;
+    if (locked) {
+        rename_.reset();
+        setStatus("Show Mode — editing is off; playback controls are active");
+    } else {
+        setStatus("Edit — changes apply live");
+    }
+    changed();
+}
+
+void AppModel::perform(const EngineCommand& command) {
+    // A half-typed change goes in before the show moves on.
+    if (pendingEdit_) {
+        auto pending = std::move(pendingEdit_);
+        pendingEdit_ = nullptr;
+        pending();
+    }
+    if (engine_) engine_->perform(command);
+}
+
+// ---- New cues ----
+
+Cue AppModel::makeCue(const MediaItem& item) {
+    Cue cue;
+    cue.id = Uuid::random();
+    cue.name = item.name;
+    switch (item.kind) {
+    case MediaKind::video:
+        cue.kind = VideoCue{item.id};
+        break;
+    case MediaKind::image:
+        cue.kind = ImageCue{item.id};
+        break;
+    case MediaKind::audio:
+        cue.kind = AudioCue{item.id};
+        break;
+    case MediaKind::deck:
+        cue.kind = SlidesCue{item.id, 0};
+        break;
+    }
+    return cue;
+}
+
+bool AppModel::add(const Cue& cue) {
+    if (!show_) return false;
+    const auto anchor = defaultInsertionAnchor(*show_, cue, selectedCueID_);
+    if (!edit(edit::InsertCue{cue, std::nullopt, anchor})) return false;
+    selectedCueID_ = cue.id;
+    setStatus("Added " + cue.name);
+    return true;
+}
+
+// ---- Songs and made slides ----
+
+bool AppModel::addSong(const Song& song) {
+    if (!show_ || !package_ || isLocked()) return false;
+    MediaItem item;
+    item.id = Uuid::random();
+    item.kind = MediaKind::deck;
+    item.name = song.title.empty() ? "Song" : song.title;
+    item.fileName = std::string(MediaItem::madeFileName);
+    item.song = song;
+    item.deck = DeckInfo{};
+    item.deck->source = "Velarion";
+    item.deck->made = song.madeSlides();
+    try {
+        item = ports_.slidePages.update(item, *package_, show_->library);
+    } catch (const std::exception& error) {
+        setStatus(std::string("Couldn't make the song's slides: ") + error.what());
+        return false;
+    }
+    if (!edit(edit::AddMedia{item})) return false;
+    return add(makeCue(item));
+}
+
+bool AppModel::renderAndUpdate(MediaItem item, const std::string& failurePrefix) {
+    try {
+        item = ports_.slidePages.update(item, *package_, show_->library);
+    } catch (const std::exception& error) {
+        setStatus(failurePrefix + error.what());
+        return false;
+    }
+    return edit(edit::UpdateMedia{std::move(item)});
+}
+
+bool AppModel::updateSong(const Uuid& itemID, const Song& song) {
+    if (!show_ || !package_) return false;
+    if (isLocked()) {
+        // Refused before any page is drawn.
+        refuse(errorDescription(editError::Locked{}));
+        return false;
+    }
+    const MediaItem* item = show_->media(itemID);
+    if (!item) {
+        refuse(errorDescription(editError::MediaNotFound{}));
+        return false;
+    }
+    return renderAndUpdate(updatingSong(*item, song), "Couldn't redraw the song: ");
+}
+
+bool AppModel::updateSlides(const Uuid& itemID,
+                            const std::function<void(std::vector<MadeSlide>&)>& change) {
+    if (!show_ || !package_) return false;
+    if (isLocked()) {
+        refuse(errorDescription(editError::Locked{}));
+        return false;
+    }
+    const MediaItem* found = show_->media(itemID);
+    if (!found || !found->deck) {
+        refuse(errorDescription(editError::MediaNotFound{}));
+        return false;
+    }
+    MediaItem item = *found;
+    if (item.song)
+        prepareSongSlidesForEditing(item);
+    else
+        item.deck->prepareForEditing();
+    if (!item.deck->made) return false;
+
+    std::vector<MadeSlide> slides = *item.deck->made;
+    change(slides);
+    if (slides == *item.deck->made) return false;
+    item.deck->made = std::move(slides);
+    return renderAndUpdate(std::move(item), "Couldn't redraw the slides: ");
+}
+
+// ---- Selection and editors ----
+
+void AppModel::selectCue(const std::optional<Uuid>& cueID) {
+    if (selectedCueID_ == cueID) return;
+    selectedCueID_ = cueID;
+    changed();
+}
+
+void AppModel::selectMedia(const std::optional<Uuid>& mediaID) {
+    if (selectedMediaID_ == mediaID) return;
+    selectedMediaID_ = mediaID;
+    changed();
+}
+
+bool AppModel::openSlideEditor(const Uuid& itemID) {
+    const MediaItem* item = show_ ? madeDeck(*show_, itemID) : nullptr;
+    if (!item) return false;
+    if (!slideEditors_.contains(itemID)) {
+        const auto& slides = *item->deck->made;
+        slideEditors_[itemID] = SlideEditor{
+            slides.empty() ? std::nullopt : std::optional<Uuid>(slides.front().id), editorTitle(*item)};
+        changed();
+    }
+    return true;
+}
+
+void AppModel::closeSlideEditor(const Uuid& itemID) {
+    if (slideEditors_.erase(itemID) > 0) changed();
+}
+
+void AppModel::selectSlide(const Uuid& itemID, const std::optional<Uuid>& slideID) {
+    const auto editor = slideEditors_.find(itemID);
+    if (editor == slideEditors_.end() || editor->second.selection == slideID) return;
+    editor->second.selection = slideID;
+    changed();
+}
+
+void AppModel::setRename(std::optional<Rename> rename) {
+    rename_ = std::move(rename);
+    changed();
+}
+
+} // namespace velarion

@@ -1,0 +1,176 @@
+// Edits, undo and redo reaching the engine, Show Mode, new cues, songs and
+// the slide editors that follow their decks.
+
+#include "AppModelFixture.h"
+
+#include "LiveModel/ShowEdit.h"
+
+namespace velarion::testing {
+namespace {
+
+using AppModelEditTest = AppModelFixture;
+
+Cue retitled(Cue cue, const std::string& title) {
+    std::get<GraphicCue>(cue.kind).title = title;
+    return cue;
+}
+
+std::string lastLowerThird(const FakeTextCards& cards) {
+    for (auto call = cards.calls.rbegin(); call != cards.calls.rend(); ++call)
+        if (call->card == "lowerThird") return call->texts.at(0);
+    return "";
+}
+
+TEST_F(AppModelEditTest, UndoAndRedoReachTheEngineWithEveryCue) {
+    AppModel& app = start();
+    app.openShow(savePackage(showWithCues("Gala", {"Speaker", "Thanks"}), "Gala"));
+    app.perform(command::Go{});
+    ASSERT_EQ(lastLowerThird(cards), "Speaker");
+
+    ASSERT_TRUE(app.edit(edit::UpdateCue{retitled(cueNamed("Speaker"), "Dr Ames")}));
+    EXPECT_EQ(lastLowerThird(cards), "Dr Ames") << "the edited cue is redrawn on air";
+    ASSERT_TRUE(app.edit(edit::DeleteCue{cueNamed("Thanks").id}));
+
+    app.undo();
+    EXPECT_EQ(app.status(), "Undone");
+    EXPECT_EQ(app.engine()->show(), *app.show());
+    EXPECT_NE(app.show()->cue(cueNamed("Thanks").id), nullptr);
+
+    // Undo hands the engine every cue: the one on air is drawn as it was.
+    app.undo();
+    EXPECT_EQ(lastLowerThird(cards), "Speaker");
+    EXPECT_EQ(app.engine()->show(), *app.show());
+
+    app.redo();
+    EXPECT_EQ(app.status(), "Redone");
+    EXPECT_EQ(lastLowerThird(cards), "Dr Ames");
+    EXPECT_EQ(app.engine()->show(), *app.show());
+    EXPECT_TRUE(app.isDirty());
+}
+
+TEST_F(AppModelEditTest, ShowModeRefusesEditsWithABeepWhilePlaybackGoesOn) {
+    AppModel& app = start();
+    app.openShow(savePackage(showWithCues("Gala", {"Speaker", "Thanks"}), "Gala"));
+    app.edit(edit::SetTitle{"Gala night", ""});
+
+    app.setLocked(true);
+    EXPECT_EQ(app.status(), "Show Mode — editing is off; playback controls are active");
+    const int changes = changeCount;
+    app.setLocked(true);
+    EXPECT_EQ(changeCount, changes) << "no change, no word";
+
+    EXPECT_FALSE(app.edit(edit::SetTitle{"Other", ""}));
+    EXPECT_EQ(app.status(), "Show Mode is on. Return to Edit to make changes.");
+    EXPECT_EQ(desktop.beepCount, 1);
+    app.undo();
+    EXPECT_EQ(app.show()->title, "Gala night");
+    EXPECT_FALSE(app.agentUndo());
+    EXPECT_EQ(app.agentEdit(edit::SetTitle{"Other", ""}),
+              "Show Mode is on. Return to Edit to make changes.");
+    EXPECT_EQ(desktop.beepCount, 2) << "every refused edit beeps, the same words or not";
+
+    app.perform(command::Go{});
+    EXPECT_EQ(app.engine()->state().running.size(), 1u);
+
+    app.setLocked(false);
+    EXPECT_EQ(app.status(), "Edit — changes apply live");
+    EXPECT_TRUE(app.agentUndo());
+    EXPECT_EQ(app.show()->title, "Gala");
+}
+
+TEST_F(AppModelEditTest, TheStatusLineNotifiesOnlyWhenItsTextChanges) {
+    AppModel& app = start();
+    app.setStatus("Ready");
+    const int changes = changeCount;
+    app.setStatus("Ready");
+    EXPECT_EQ(changeCount, changes);
+    app.setStatus("Set");
+    EXPECT_EQ(changeCount, changes + 1);
+    app.setStatus("");
+    EXPECT_FALSE(app.edit(edit::SetTitle{"No show", ""}));
+    EXPECT_EQ(app.agentEdit(edit::SetTitle{"No show", ""}), "That change was refused.");
+
+    app.newShow(ShowTemplate::blank, "Show");
+    EXPECT_EQ(app.agentEdit(edit::SetTitle{"  ", ""}), "Names can't be empty.");
+    EXPECT_EQ(app.agentEdit(edit::SetTitle{"Named", ""}), std::nullopt);
+}
+
+TEST_F(AppModelEditTest, CuesMadeForLibraryItemsGoInBehindTheSelection) {
+    AppModel& app = start();
+    app.openShow(savePackage(showWithCues("Gala", {"One", "Two"}), "Gala"));
+    app.selectCue(cueNamed("One").id);
+
+    MediaItem video{Uuid::random(), MediaKind::video, "Opening", "Video/Opening.mov"};
+    ASSERT_TRUE(app.edit(edit::AddMedia{video}));
+    const Cue cue = AppModel::makeCue(video);
+    ASSERT_TRUE(app.add(cue));
+    EXPECT_EQ(app.status(), "Added Opening");
+    EXPECT_EQ(app.selectedCueID(), cue.id);
+    EXPECT_EQ(app.show()->number(cue.id), 2);
+    const auto& made = std::get<VideoCue>(app.show()->cue(cue.id)->kind);
+    EXPECT_EQ(made, (VideoCue{video.id}));
+
+    MediaItem deck{Uuid::random(), MediaKind::deck, "Talk", "Decks/Talk.pdf"};
+    EXPECT_EQ(std::get<SlidesCue>(AppModel::makeCue(deck).kind).startSlide, 0);
+    MediaItem sound{Uuid::random(), MediaKind::audio, "Walk-in", "Audio/Walk-in.mp3"};
+    EXPECT_EQ(std::get<AudioCue>(AppModel::makeCue(sound).kind), (AudioCue{sound.id}));
+}
+
+TEST_F(AppModelEditTest, ASongBecomesADeckAndACueOrNothingWhenItsSlidesFail) {
+    AppModel& app = start();
+    app.newShow(ShowTemplate::blank, "Service");
+    const Song song = Song::parsing("Title: Morning\n\n[Verse]\nLine one\nLine two\n", LyricLook::overBackground, 2);
+
+    slidePages.failure = "The slide picture couldn't be saved.";
+    EXPECT_FALSE(app.addSong(song));
+    EXPECT_EQ(app.status(), "Couldn't make the song's slides: The slide picture couldn't be saved.");
+    EXPECT_TRUE(app.show()->library.empty());
+
+    slidePages.failure.reset();
+    ASSERT_TRUE(app.addSong(song));
+    ASSERT_EQ(app.show()->library.size(), 1u);
+    const MediaItem& item = app.show()->library[0];
+    EXPECT_EQ(item.fileName, "made");
+    EXPECT_EQ(item.deck->pages.size(), item.deck->made->size()) << "drawn before it went in";
+    EXPECT_EQ(app.status(), "Added Morning");
+
+    Song longer = song;
+    longer.sections[0].text += "\nLine three";
+    slidePages.failure = "Disk full.";
+    EXPECT_FALSE(app.updateSong(item.id, longer));
+    EXPECT_EQ(app.status(), "Couldn't redraw the song: Disk full.");
+}
+
+TEST_F(AppModelEditTest, AnUndoBackToImportedPagesClosesTheSlideEditor) {
+    Show show = showWithCues("Talk", {});
+    MediaItem deck{Uuid::random(), MediaKind::deck, "Keynote", "Decks/Keynote.pdf"};
+    deck.deck = DeckInfo{};
+    deck.deck->pages = {"Decks/Keynote/1.png", "Decks/Keynote/2.png"};
+    deck.deck->source = "Keynote.pdf";
+    show.library.push_back(deck);
+    AppModel& app = start();
+    app.openShow(savePackage(show, "Talk"));
+    EXPECT_FALSE(app.openSlideEditor(deck.id)) << "imported pages have nothing to edit";
+
+    ASSERT_TRUE(app.updateSlides(deck.id, [](std::vector<MadeSlide>& slides) { slides[1].title = "Thanks"; }));
+    ASSERT_TRUE(app.openSlideEditor(deck.id));
+    const Uuid second = app.show()->media(deck.id)->deck->made->at(1).id;
+    app.selectSlide(deck.id, second);
+    EXPECT_EQ(app.slideEditors().at(deck.id).title, "Slides — Keynote");
+
+    // Renaming keeps the editor on its slide under the new name.
+    MediaItem renamed = *app.show()->media(deck.id);
+    renamed.name = "Opening talk";
+    app.edit(edit::UpdateMedia{renamed});
+    EXPECT_EQ(app.slideEditors().at(deck.id), (SlideEditor{second, "Slides — Opening talk"}));
+
+    app.undo();
+    EXPECT_EQ(app.status(), "Undone");
+    app.undo();
+    EXPECT_EQ(app.status(), "Undone — original imported pages restored; slide editor closed");
+    EXPECT_TRUE(app.slideEditors().empty());
+    EXPECT_FALSE(app.updateSlides(deck.id, [](std::vector<MadeSlide>&) {})) << "no change, no step";
+}
+
+} // namespace
+} // namespace velarion::testing

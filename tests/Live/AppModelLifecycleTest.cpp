@@ -1,0 +1,234 @@
+// Loading and organizing, the session key and crash reopening, closing,
+// the scratch shows, copies for another computer, and quitting.
+
+#include "AppModelFixture.h"
+
+#include "LiveAgentKit/AgentFailure.h"
+#include "LiveModel/ShowEdit.h"
+
+#include <fstream>
+
+namespace velarion::testing {
+namespace {
+
+using AppModelLifecycleTest = AppModelFixture;
+namespace fs = std::filesystem;
+
+TEST_F(AppModelLifecycleTest, AnOpenShowHoldsTheSessionKeyAndKeepsTheComputerAwake) {
+    AppModel& app = start();
+    app.newShow(ShowTemplate::presentation, "Keynote");
+    EXPECT_EQ(preferences->value(preferenceKeys::openShow), app.package()->url().string());
+    EXPECT_EQ(desktop.awakeCount(), 1);
+    EXPECT_EQ(desktop.awakeReasons.back(), "A Velarion show is open");
+    EXPECT_EQ(app.selectedCueID(), app.show()->allCues().front()->id);
+
+    app.newShow(ShowTemplate::blank, "Second");
+    EXPECT_EQ(desktop.awakeCount(), 1) << "one activity for as long as shows are open";
+    EXPECT_EQ(outputs.madeCount, 2);
+
+    app.close();
+    EXPECT_FALSE(preferences->stored(preferenceKeys::openShow));
+    EXPECT_EQ(desktop.awakeCount(), 0);
+    EXPECT_EQ(app.engine(), nullptr);
+    EXPECT_FALSE(app.show());
+
+    // A snapshot run leaves neither behind.
+    model.reset();
+    AppModel& snapshot = start({.isSnapshotRun = true});
+    snapshot.newShow(ShowTemplate::blank, "Picture");
+    EXPECT_FALSE(preferences->stored(preferenceKeys::openShow));
+    EXPECT_EQ(desktop.awakeCount(), 0);
+}
+
+TEST_F(AppModelLifecycleTest, RecoveryReopensTheShowWithNothingPlayingAndSaysSo) {
+    const fs::path location = savePackage(showWithCues("Gala", {"Welcome"}), "Gala");
+    AppModel& first = start();
+    first.openShow(location);
+    first.perform(command::Go{});
+    model.reset(); // a crash: the key stays
+
+    AppModel& app = start();
+    app.recoverAfterUnexpectedQuit();
+    ASSERT_TRUE(app.show());
+    EXPECT_EQ(app.package()->url(), location);
+    EXPECT_TRUE(app.engine()->state().running.empty());
+    EXPECT_EQ(app.status(), AppModel::recoveredWarning);
+    EXPECT_EQ(AppModel::recoveredWarning,
+              "Velarion quit unexpectedly and reopened this show. Nothing is playing — check the "
+              "screens, then GO from Next.");
+    EXPECT_TRUE(engineLogged(AppModel::recoveredWarning));
+    EXPECT_EQ(preferences->value(preferenceKeys::openShow), location.string()) << "set again by the load";
+
+    app.prepareToQuit();
+    EXPECT_FALSE(preferences->stored(preferenceKeys::openShow));
+    model.reset();
+    AppModel& orderly = start();
+    orderly.recoverAfterUnexpectedQuit();
+    EXPECT_FALSE(orderly.show()) << "an orderly end leaves nothing to recover";
+}
+
+TEST_F(AppModelLifecycleTest, ARecoveryKeyToADeletedPackageIsClearedAndNothingOpens) {
+    const fs::path location = savePackage(showWithCues("Gala", {}), "Gala");
+    start().openShow(location);
+    model.reset();
+    fs::remove_all(location);
+
+    AppModel& app = start();
+    app.recoverAfterUnexpectedQuit();
+    EXPECT_FALSE(app.show());
+    EXPECT_EQ(app.status(), "");
+    EXPECT_FALSE(preferences->stored(preferenceKeys::openShow));
+    EXPECT_TRUE(Preferences(preferencesFile()).value(preferenceKeys::openShow).empty());
+}
+
+TEST_F(AppModelLifecycleTest, RecoveryGivesWayToAShowOpenedAtLaunchAndReportsABrokenPackage) {
+    const fs::path crashed = savePackage(showWithCues("Crashed", {}), "Crashed");
+    start().openShow(crashed);
+    model.reset();
+
+    AppModel& app = start();
+    app.openShow(savePackage(showWithCues("Asked for", {}), "Asked"));
+    app.recoverAfterUnexpectedQuit();
+    EXPECT_EQ(app.show()->title, "Asked for");
+    EXPECT_EQ(app.status(), "Opened Asked");
+
+    model.reset();
+    std::ofstream(crashed / "show.json") << "{ not json";
+    AppModel& broken = start();
+    preferences->set(preferenceKeys::openShow, crashed.string());
+    broken.recoverAfterUnexpectedQuit();
+    EXPECT_FALSE(broken.show());
+    EXPECT_TRUE(broken.status().starts_with("Couldn't reopen the last show: The show couldn't be read: "))
+        << broken.status();
+}
+
+TEST_F(AppModelLifecycleTest, LoadingTidiesTheShowNamesItsMediaAndDrawsItsDecksBeforeItIsUsed) {
+    Show show = showWithCues("Old", {});
+    const MediaItem flat{Uuid::random(), MediaKind::image, Uuid::random().text(), "logo.png"};
+    MediaItem made{Uuid::random(), MediaKind::deck, "Welcome", "made"};
+    made.deck = DeckInfo{};
+    made.deck->made = std::vector<MadeSlide>{MadeSlide{Uuid::random(), MadeSlide::Layout::title, "Hello"}};
+    show.library = {flat, made};
+    const fs::path location = savePackage(show, "Old");
+    std::ofstream(location / "Media" / "logo.png") << "png";
+
+    AppModel& app = start();
+    app.openShow(location);
+    const Show& loaded = *app.show();
+    EXPECT_EQ(loaded.library[0].fileName, "Images/logo.png");
+    EXPECT_EQ(loaded.library[0].name, "Image");
+    EXPECT_EQ(loaded.library[1].deck->pages.size(), 1u);
+    EXPECT_EQ(slidePages.pruneCount, 1);
+    EXPECT_EQ(ShowPackage(location).open(), loaded) << "what was organized is on disk";
+    EXPECT_TRUE(fs::exists(location / "Media" / "Images" / "logo.png"));
+    EXPECT_FALSE(fs::exists(location / "Media" / "logo.png")) << "the old copy goes once saved";
+    EXPECT_FALSE(app.isDirty());
+}
+
+TEST_F(AppModelLifecycleTest, UnsavedShowsListsScratchPackagesNewestFirstWithoutTheOpenOne) {
+    AppModel& app = start();
+    EXPECT_TRUE(app.unsavedShows().empty()) << "no scratch folder yet";
+    app.newShow(ShowTemplate::blank, "Older");
+    const fs::path older = app.package()->url();
+    app.newShow(ShowTemplate::blank, "Newer");
+    const fs::path newer = app.package()->url();
+    app.newShow(ShowTemplate::blank, "Open");
+    fs::last_write_time(older, fs::file_time_type::clock::now() - std::chrono::hours(2));
+    fs::last_write_time(newer, fs::file_time_type::clock::now() - std::chrono::hours(1));
+    fs::create_directories(folders.unsavedFolder() / "Broken.velarion");
+
+    EXPECT_EQ(app.unsavedShows(), (std::vector<UnsavedShow>{{newer, "Newer"}, {older, "Older"}}));
+    app.close();
+    EXPECT_EQ(app.unsavedShows().size(), 3u) << "closing leaves a scratch show where it is";
+}
+
+TEST_F(AppModelLifecycleTest, ACopyForAnotherComputerCountsItsFilesAndNamesWhatIsMissing) {
+    Show show = showWithCues("Tour", {});
+    show.library = {MediaItem{Uuid::random(), MediaKind::image, "Logo", "Images/Logo.png"},
+                    MediaItem{Uuid::random(), MediaKind::video, "Intro", "Video/Intro.mov"}};
+    const fs::path location = savePackage(show, "Tour");
+    fs::create_directories(location / "Media" / "Images");
+    std::ofstream(location / "Media" / "Images" / "Logo.png") << std::string(1500, 'x');
+
+    AppModel& app = start();
+    app.openShow(location);
+    EXPECT_EQ(app.collectSuggestedName(), "Tour (for another computer).velarion");
+    const auto collected = app.collectForAnotherMac(folders.showsFolder() / "Tour copy.velarion");
+    ASSERT_TRUE(collected);
+    EXPECT_EQ(collected->alert.title, "Copied, with files missing");
+    EXPECT_EQ(collected->alert.text,
+              "2 files, 2 KB, saved as Tour copy.velarion.\n\nMissing: Intro. Use Find it in the "
+              "Ready check to put them back.");
+    EXPECT_EQ(app.package()->url(), location) << "the operator stays in the open package";
+
+    const MediaItem intro = app.show()->library[1];
+    const fs::path found = temp / "Intro.mov";
+    std::ofstream(found) << "movie";
+    EXPECT_EQ(AppModel::findMissingPrompt(intro), "Find \u201CIntro\u201D");
+    ASSERT_TRUE(app.findMissing(intro.id, found));
+    EXPECT_EQ(app.status(), "Found Intro");
+    EXPECT_EQ(app.show()->media(intro.id)->fileName, "Video/Intro.mov");
+
+    const auto complete = app.collectForAnotherMac(folders.showsFolder() / "Tour copy.velarion");
+    EXPECT_EQ(complete->alert.title, "Ready for another computer");
+    EXPECT_FALSE(app.findMissing(intro.id, temp / "nothing.mov"));
+    EXPECT_TRUE(app.status().starts_with("Couldn't use that file: ")) << app.status();
+}
+
+TEST_F(AppModelLifecycleTest, QuittingAsksWhileCuesRunAndTheAgentQuitsWithoutAsking) {
+    AppModel& app = start();
+    const fs::path location = savePackage(showWithCues("Gala", {"Welcome"}), "Gala");
+    app.openShow(location);
+    EXPECT_FALSE(app.quitQuestion());
+    app.perform(command::Go{});
+    const auto question = app.quitQuestion();
+    ASSERT_TRUE(question);
+    EXPECT_EQ(question->title, "Quit while the show is running?");
+    EXPECT_EQ(question->text,
+              "1 cue is playing. The audience screens will go dark and all sound will stop.");
+    EXPECT_EQ(question->buttons, (std::vector<std::string>{"Keep Running", "Quit"}));
+
+    application.failsRelaunch = true;
+    app.agentQuit(true);
+    EXPECT_EQ(application.terminateCount, 1) << "a failed relaunch doesn't stop the quit";
+    application.failsRelaunch = false;
+    app.agentQuit(true);
+    EXPECT_EQ(application.relaunches, (std::vector<std::optional<fs::path>>{location}));
+    EXPECT_FALSE(app.quitQuestion());
+
+    app.edit(edit::SetTitle{"Gala, last", ""});
+    app.finishQuit();
+    EXPECT_EQ(ShowPackage(location).open().title, "Gala, last");
+    EXPECT_EQ(app.engine(), nullptr);
+    EXPECT_FALSE(preferences->stored(preferenceKeys::openShow));
+}
+
+TEST_F(AppModelLifecycleTest, TheAgentMakesOpensAndSavesShowsInItsOwnWords) {
+    AppModel& app = start();
+    EXPECT_EQ(app.allowedTiers(), (std::set<AgentTier>{AgentTier::observe}));
+
+    app.agentNewShow("Panel night", ShowTemplate::panel, std::nullopt);
+    EXPECT_EQ(app.show()->title, "Panel night");
+    try {
+        app.agentSaveShow(std::nullopt);
+        FAIL() << "a scratch show needs a path";
+    } catch (const AgentFailure& failure) {
+        EXPECT_EQ(failure.message,
+                  "This show hasn't been saved to a file yet. Give a path, such as ~/Documents/"
+                  "Velarion Shows/Name.velarion.");
+    }
+    const fs::path saved = folders.showsFolder() / "Panel.velarion";
+    app.agentSaveShow(saved);
+    EXPECT_EQ(app.package()->url(), saved);
+
+    EXPECT_THROW(app.agentNewShow("  Spaced  ", ShowTemplate::blank, std::nullopt), AgentFailure);
+    EXPECT_THROW(app.agentOpenShow(temp / "missing.velarion"), AgentFailure);
+
+    app.agentOpenShow(saved);
+    app.agentNote("Agent checked the screens");
+    EXPECT_TRUE(engineLogged("Agent checked the screens"));
+    EXPECT_FALSE(app.agentRedo());
+}
+
+} // namespace
+} // namespace velarion::testing

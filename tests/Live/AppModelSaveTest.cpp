@@ -1,0 +1,228 @@
+// Autosave, opening and saving, on real packages in a temporary home.
+
+#include "AppModelFixture.h"
+
+#include "LiveModel/ShowEdit.h"
+
+#include <fstream>
+
+namespace velarion::testing {
+namespace {
+
+using AppModelSaveTest = AppModelFixture;
+namespace fs = std::filesystem;
+
+edit::SetTitle titled(const std::string& title) {
+    return edit::SetTitle{title, ""};
+}
+
+TEST_F(AppModelSaveTest, EditsMoveTheAutosaveAlongAndOneWriteFollowsTheLast) {
+    const Show show = showWithCues("Gala", {"Welcome"});
+    AppModel& app = start();
+    app.openShow(savePackage(show, "Gala"));
+    const double openedAt = *app.lastSavedWallSeconds();
+
+    for (int i = 1; i <= 10; ++i) {
+        ASSERT_TRUE(app.edit(titled("Gala " + std::to_string(i))));
+        scheduler.advance(0.7);
+        EXPECT_EQ(writer.queuedCount(), 0u) << "written after edit " << i;
+    }
+    EXPECT_TRUE(app.isDirty());
+    scheduler.advance(0.1 - 1e-9);
+    EXPECT_EQ(writer.queuedCount(), 0u);
+    scheduler.advance(2e-9);
+    ASSERT_EQ(writer.queuedCount(), 1u);
+
+    // The main loop has moved on: only the writer's result clears the flag.
+    EXPECT_TRUE(app.isDirty());
+    writer.finishWrites();
+    scheduler.runDue();
+    ASSERT_EQ(writer.written.size(), 1u);
+    EXPECT_EQ(writer.written[0].title, "Gala 10");
+    EXPECT_EQ(ShowPackage(app.package()->url()).open().title, "Gala 10");
+    EXPECT_FALSE(app.isDirty());
+    EXPECT_GT(*app.lastSavedWallSeconds(), openedAt);
+}
+
+TEST_F(AppModelSaveTest, AScratchShowHasNoSaveTimeUntilItsFirstAutosave) {
+    AppModel& app = start();
+    app.newShow(ShowTemplate::blank, "Rehearsal");
+    ASSERT_TRUE(app.package()->isScratch());
+    EXPECT_FALSE(app.lastSavedWallSeconds());
+    EXPECT_TRUE(fs::exists(app.package()->url() / "show.json"));
+
+    app.edit(titled("Rehearsal two"));
+    scheduler.advance(AppModel::autosaveDelaySeconds);
+    EXPECT_FALSE(app.lastSavedWallSeconds()) << "the write hasn't happened yet";
+    writer.finishWrites();
+    scheduler.runDue();
+    EXPECT_EQ(app.lastSavedWallSeconds(), scheduler.wallNow());
+    EXPECT_EQ(ShowPackage(app.package()->url()).open().title, "Rehearsal two");
+}
+
+TEST_F(AppModelSaveTest, AnEditDuringTheWriteKeepsTheShowDirtyAndAFailureSaysSo) {
+    AppModel& app = start();
+    app.newShow(ShowTemplate::blank, "Show");
+
+    app.edit(titled("First"));
+    scheduler.advance(AppModel::autosaveDelaySeconds);
+    app.edit(titled("Second")); // while the first snapshot is being written
+    writer.finishWrites();
+    scheduler.runDue();
+    EXPECT_TRUE(app.isDirty());
+
+    writer.failure = "No space left on device";
+    autosaveNow();
+    EXPECT_EQ(app.status(), "Autosave failed: No space left on device");
+    EXPECT_TRUE(app.isDirty());
+
+    writer.failure.reset();
+    app.edit(titled("Third"));
+    autosaveNow();
+    EXPECT_FALSE(app.isDirty());
+    EXPECT_EQ(app.status(), "") << "a failure that no longer holds isn't left standing";
+}
+
+TEST_F(AppModelSaveTest, ClosingOrLoadingRightAfterAnEditStillWritesIt) {
+    AppModel& app = start();
+    app.newShow(ShowTemplate::blank, "Show");
+    const ShowPackage first = *app.package();
+    app.edit(titled("Last words"));
+    app.close();
+    writer.finishWrites();
+    EXPECT_EQ(first.open().title, "Last words");
+
+    app.openShow(savePackage(showWithCues("A", {"One"}), "A"));
+    app.edit(titled("A edited"));
+    app.newShow(ShowTemplate::blank, "B");
+    writer.finishWrites();
+    scheduler.runDue();
+    EXPECT_EQ(ShowPackage(folders.showsFolder() / "A.velarion").open().title, "A edited");
+    EXPECT_EQ(app.show()->title, "B");
+    EXPECT_FALSE(app.isDirty()) << "the old show's write says nothing about the new one";
+}
+
+TEST_F(AppModelSaveTest, OpeningTheOpenShowDoesNothingAndSaysNothing) {
+    AppModel& app = start();
+    const fs::path location = savePackage(showWithCues("Gala", {"Welcome"}), "Gala");
+    app.openShow(location);
+    app.setStatus("Something else");
+    const LiveEngine* engine = app.engine();
+    const int changes = changeCount;
+
+    app.openShow(location.parent_path() / "." / "Gala.velarion/");
+    EXPECT_EQ(app.engine(), engine);
+    EXPECT_EQ(app.status(), "Something else");
+    EXPECT_EQ(changeCount, changes);
+    EXPECT_EQ(outputs.madeCount, 1);
+}
+
+TEST_F(AppModelSaveTest, AShowThatCantBeOpenedLeavesTheOpenOneAndTheLeavingShowIsSaved) {
+    AppModel& app = start();
+    app.openShow(savePackage(showWithCues("Gala", {"Welcome"}), "Gala"));
+    app.edit(titled("Gala edited"));
+
+    fs::create_directories(folders.showsFolder() / "Empty.velarion");
+    EXPECT_THROW(app.openShow(folders.showsFolder() / "Empty.velarion"), ShowPackageError);
+    EXPECT_EQ(app.show()->title, "Gala edited");
+    EXPECT_EQ(ShowPackage(folders.showsFolder() / "Gala.velarion").open().title, "Gala")
+        << "nothing is written by a failed open";
+
+    app.openShow(savePackage(showWithCues("Other", {"X"}), "Other"));
+    EXPECT_EQ(ShowPackage(folders.showsFolder() / "Gala.velarion").open().title, "Gala edited");
+    EXPECT_EQ(app.status(), "Opened Other");
+    EXPECT_EQ(outputs.madeCount, 2);
+}
+
+TEST_F(AppModelSaveTest, SaveAsOntoAnotherShowReplacesIt) {
+    AppModel& app = start();
+    const fs::path other = savePackage(showWithCues("Other", {"X"}), "Other");
+    fs::create_directories(other / "Media" / "Video");
+    std::ofstream(other / "Media" / "Video" / "old.mov") << "old";
+
+    app.newShow(ShowTemplate::blank, "Untitled show");
+    const fs::path scratch = app.package()->url();
+    const Uuid id = app.show()->id;
+    app.saveAs(other);
+
+    EXPECT_EQ(app.package()->url(), other);
+    EXPECT_EQ(app.engine()->package().url(), other);
+    EXPECT_FALSE(fs::exists(other / "Media" / "Video" / "old.mov"));
+    EXPECT_FALSE(fs::exists(scratch)) << "the scratch package goes once copied";
+    EXPECT_EQ(app.show()->title, "Other") << "the template's title takes the file's name";
+    const Show onDisk = ShowPackage(other).open();
+    EXPECT_EQ(onDisk.id, id);
+    EXPECT_EQ(app.status(), "Saved as Other");
+    EXPECT_EQ(app.recents().front(), other);
+    EXPECT_EQ(preferences->value(preferenceKeys::openShow), other.string());
+
+    // A title a person typed is never replaced.
+    app.edit(titled("Typed"));
+    app.saveAs(folders.showsFolder() / "Elsewhere.velarion");
+    EXPECT_EQ(app.show()->title, "Typed");
+    EXPECT_TRUE(fs::exists(other)) << "a named source stays";
+}
+
+TEST_F(AppModelSaveTest, SaveAsWhileImportingRefusesAndTheShowStaysWhereItWas) {
+    AppModel& app = start();
+    app.newShow(ShowTemplate::blank, "Show");
+    const ShowPackage where = *app.package();
+    const auto request = app.beginImport(3);
+    ASSERT_TRUE(request);
+    EXPECT_EQ(app.status(), "Importing 3 files");
+
+    EXPECT_THROW(app.saveAs(folders.showsFolder() / "New.velarion"), SaveAsError);
+    EXPECT_FALSE(app.saveAsFromPanel(folders.showsFolder() / "New.velarion"));
+    EXPECT_EQ(app.status(), "Import in progress — wait for it to finish, then choose Save As again.");
+    EXPECT_EQ(app.package(), where);
+    EXPECT_FALSE(fs::exists(folders.showsFolder() / "New.velarion"));
+    EXPECT_FALSE(app.beginImport(1)) << "one import at a time";
+
+    app.endImport(*request);
+    EXPECT_TRUE(app.saveAsFromPanel(folders.showsFolder() / "New.velarion"));
+}
+
+TEST_F(AppModelSaveTest, SaveAsksForAPlaceForAScratchShowAndReportsAFailure) {
+    AppModel& app = start();
+    app.newShow(ShowTemplate::blank, "Show");
+    EXPECT_EQ(app.save(), SaveOutcome::needsLocation);
+
+    const fs::path location = savePackage(showWithCues("Gala", {}), "Gala");
+    app.openShow(location);
+    app.edit(titled("Gala two"));
+    EXPECT_EQ(app.save(), SaveOutcome::saved);
+    EXPECT_FALSE(app.isDirty());
+    EXPECT_EQ(ShowPackage(location).open().title, "Gala two");
+
+    // show.json can't be replaced by a folder of the same name.
+    fs::remove(location / "show.json");
+    fs::create_directories(location / "show.json" / "blocked");
+    app.edit(titled("Gala three"));
+    EXPECT_EQ(app.save(), SaveOutcome::failed);
+    EXPECT_TRUE(app.status().starts_with("Couldn't save: ")) << app.status();
+    EXPECT_TRUE(app.isDirty());
+}
+
+TEST_F(AppModelSaveTest, RecentsHoldEightStandardizedPathsNewestFirstWithoutVanishedOnes) {
+    std::vector<fs::path> locations;
+    for (int i = 0; i < 10; ++i)
+        locations.push_back(savePackage(showWithCues("Show " + std::to_string(i), {}), "S" + std::to_string(i)));
+    AppModel& app = start();
+    for (const fs::path& location : locations) app.openShow(location);
+    app.openShow(folders.showsFolder() / "sub" / ".." / "S5.velarion");
+
+    ASSERT_EQ(app.recents().size(), AppModel::recentsLimit);
+    EXPECT_EQ(app.recents()[0], locations[5]);
+    EXPECT_EQ(app.recents()[1], locations[9]);
+    EXPECT_EQ(std::count(app.recents().begin(), app.recents().end(), locations[5]), 1);
+
+    app.close();
+    model.reset();
+    fs::remove_all(locations[9]);
+    AppModel& again = start();
+    EXPECT_EQ(again.recents().size(), AppModel::recentsLimit - 1);
+    EXPECT_EQ(preferences->value(preferenceKeys::recents).size(), AppModel::recentsLimit - 1);
+}
+
+} // namespace
+} // namespace velarion::testing

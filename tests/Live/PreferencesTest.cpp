@@ -1,0 +1,131 @@
+// The preferences file: types, defaults, damage, atomic writes, and the
+// session key over it.
+
+#include "AppModelFixture.h"
+
+#include "Live/ShowSession.h"
+
+#include <fstream>
+#include <sstream>
+
+namespace velarion::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class PreferencesTest : public AppModelFixture {
+protected:
+    void writeFile(const std::string& text) {
+        fs::create_directories(preferencesFile().parent_path());
+        std::ofstream(preferencesFile()) << text;
+    }
+    std::string fileText() const {
+        std::ifstream in(preferencesFile());
+        std::stringstream text;
+        text << in.rdbuf();
+        return text.str();
+    }
+};
+
+TEST_F(PreferencesTest, AValueOfTheWrongTypeReadsAsAbsent) {
+    writeFile(R"({"live.agent.run": "yes", "live.agent.edit": true, "live.libraryWidth": 250,
+                  "live.railWidth": "wide", "live.recents": ["/a", 3], "live.midi": [1],
+                  "live.session.openShow": 7, "someone.else": {"kept": true}})");
+    Preferences preferences(preferencesFile());
+    EXPECT_FALSE(preferences.wasDamaged());
+    EXPECT_FALSE(preferences.stored(preferenceKeys::agentRun));
+    EXPECT_FALSE(preferences.value(preferenceKeys::agentRun));
+    EXPECT_TRUE(preferences.value(preferenceKeys::agentEdit));
+    EXPECT_EQ(preferences.value(preferenceKeys::libraryWidth), 250) << "a whole number is a number";
+    EXPECT_EQ(preferences.value(preferenceKeys::railWidth), 440);
+    EXPECT_TRUE(preferences.value(preferenceKeys::recents).empty());
+    EXPECT_EQ(preferences.value(preferenceKeys::midi), nlohmann::json::object());
+    EXPECT_FALSE(preferences.stored(preferenceKeys::openShow));
+    EXPECT_TRUE(preferences.value(preferenceKeys::showLibrary));
+
+    ASSERT_TRUE(preferences.set(preferenceKeys::railWidth, 500));
+    const auto onDisk = nlohmann::json::parse(fileText());
+    EXPECT_EQ(onDisk["live.railWidth"], 500);
+    EXPECT_EQ(onDisk["someone.else"]["kept"], true) << "keys we don't know stay";
+}
+
+TEST_F(PreferencesTest, AGrantWrittenBeforeTheStartIsWhatTheModelReads) {
+    writeFile(R"({"live.agent.run": true, "live.agent.edit": true})");
+    AppModel& app = start();
+    EXPECT_EQ(app.allowedTiers(), (std::set<AgentTier>{AgentTier::observe, AgentTier::run, AgentTier::edit}));
+    app.setAgentMayEdit(false);
+    EXPECT_FALSE(Preferences(preferencesFile()).value(preferenceKeys::agentEdit));
+}
+
+TEST_F(PreferencesTest, ADamagedFileReadsAsDefaultsAndStaysUntilAKeyIsSet) {
+    const std::string damaged = R"({"live.agent.run": true, )";
+    writeFile(damaged);
+    {
+        Preferences preferences(preferencesFile());
+        EXPECT_TRUE(preferences.wasDamaged());
+        EXPECT_FALSE(preferences.value(preferenceKeys::agentRun));
+        EXPECT_TRUE(preferences.remove(preferenceKeys::openShow.name));
+    }
+    EXPECT_EQ(fileText(), damaged) << "reading and removing an absent key leave it alone";
+
+    AppModel& app = start(); // reads it; writes nothing
+    EXPECT_FALSE(app.agentMayRun());
+    EXPECT_EQ(fileText(), damaged);
+    app.setAgentMayRun(true);
+    EXPECT_EQ(nlohmann::json::parse(fileText()), (nlohmann::json{{"live.agent.run", true}}));
+
+    fs::remove(preferencesFile());
+    EXPECT_FALSE(Preferences(preferencesFile()).wasDamaged()) << "a missing file is no damage";
+}
+
+TEST_F(PreferencesTest, WritesReplaceTheWholeFileAtomicallyAndAFailedOneKeepsTheValue) {
+    Preferences preferences(preferencesFile());
+    ASSERT_TRUE(preferences.set(preferenceKeys::recents, {"/shows/A.velarion"}));
+    ASSERT_TRUE(preferences.set(preferenceKeys::railOrder, "timer,program,preview"));
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(preferencesFile().parent_path()))
+        files.push_back(entry.path());
+    EXPECT_EQ(files, std::vector<fs::path>{preferencesFile()}) << "no temporary file left behind";
+    EXPECT_EQ(Preferences(preferencesFile()).value(preferenceKeys::railOrder), "timer,program,preview");
+
+    // A folder where the file should be: the rename can't replace it.
+    Preferences blocked(temp / "blocked" / "preferences.json");
+    fs::create_directories(temp / "blocked" / "preferences.json" / "inside");
+    EXPECT_FALSE(blocked.set(preferenceKeys::agentRun, true));
+    EXPECT_FALSE(blocked.lastWriteError().empty());
+    EXPECT_TRUE(blocked.value(preferenceKeys::agentRun)) << "this run goes on with the value";
+    EXPECT_TRUE(fs::is_directory(temp / "blocked" / "preferences.json" / "inside"));
+}
+
+TEST_F(PreferencesTest, TheSessionGivesItsShowToRecoverOnceAndOnlyWhileItExists) {
+    Preferences preferences(preferencesFile());
+    ShowSession session(preferences);
+    EXPECT_FALSE(session.takeShowToRecover());
+
+    const fs::path package = temp / "Gala.velarion";
+    fs::create_directories(package);
+    session.opened(package);
+    EXPECT_EQ(Preferences(preferencesFile()).value(preferenceKeys::openShow), package.string());
+    EXPECT_EQ(session.takeShowToRecover(), package);
+    EXPECT_FALSE(session.takeShowToRecover());
+
+    session.opened(package);
+    session.closed();
+    EXPECT_FALSE(session.takeShowToRecover());
+}
+
+TEST(PreferencesLocation, FollowsXdgConfigHomeAndFallsBackToTheHomeFolder) {
+    const char* oldConfig = std::getenv("XDG_CONFIG_HOME");
+    const std::optional<std::string> saved = oldConfig ? std::optional<std::string>(oldConfig) : std::nullopt;
+    ::setenv("XDG_CONFIG_HOME", "/tmp/config-here", 1);
+    EXPECT_EQ(Preferences::standardFile(), "/tmp/config-here/Velarion/preferences.json");
+    ::setenv("XDG_CONFIG_HOME", "relative/ignored", 1);
+    EXPECT_EQ(Preferences::standardFile(), fs::path(std::getenv("HOME")) / ".config/Velarion/preferences.json");
+    if (saved)
+        ::setenv("XDG_CONFIG_HOME", saved->c_str(), 1);
+    else
+        ::unsetenv("XDG_CONFIG_HOME");
+}
+
+} // namespace
+} // namespace velarion::testing
