@@ -1,0 +1,172 @@
+#include "HeadlessApplication.h"
+
+#include "QuitSignals.h"
+#include "UnplayableVideo.h"
+
+#include "Live/AppModel.h"
+#include "Live/ThreadShowWriter.h"
+#include "Platform/App/FreedesktopServices.h"
+#include "Platform/App/HeadlessOutputManagers.h"
+#include "Platform/App/ProcessControl.h"
+#include "Platform/App/QtScheduler.h"
+#include "Platform/Pictures/BackdropLoopService.h"
+#include "Platform/Pictures/PictureFile.h"
+#include "Platform/Pictures/QtSlidePages.h"
+#include "Platform/Pictures/QtSlidePictures.h"
+#include "Platform/Pictures/QtTextCards.h"
+#include "Platform/Sound/GstAudioDevices.h"
+#include "Platform/Sound/GstMediaPlayers.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <csignal>
+
+#include <cstdio>
+#include <string>
+
+namespace velarion {
+
+namespace {
+
+constexpr int logPollMilliseconds = 200;
+// The test hook's rhythm: bursts of quick edits with a pause after each,
+// longer than the autosave's wait, so each burst gets saved.
+constexpr double editBurstSeconds = 0.05;
+constexpr int editsPerBurst = 8;
+constexpr double pauseAfterBurstSeconds = 1.2;
+
+void say(const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+} // namespace
+
+// Declared in the order they must be built; destroyed the other way round,
+// so the model goes before everything it was given.
+struct HeadlessApplication::Parts {
+    QtScheduler scheduler;
+    GstAudioDevices devices{scheduler};
+    GstMediaPlayers players{&devices, [this](const SceneID& id, const std::filesystem::path& path) {
+                                return std::make_shared<UnplayableVideo>(scheduler, id, path);
+                            }};
+    QtImageLoader images;
+    QtTextCards cards;
+    QtSlidePictures slides{[this](const Uuid& mediaID) -> std::optional<std::filesystem::path> {
+        if (!model || !model->show() || !model->package()) return std::nullopt;
+        for (const MediaItem& item : model->show()->library)
+            if (item.id == mediaID) return model->package()->mediaURL(item.fileName);
+        return std::nullopt;
+    }};
+    HeadlessOutputManagers outputs{scheduler};
+    QtSlidePages slidePages;
+    FreedesktopServices desktop;
+    StandardShowFolders folders;
+    ThreadShowWriter writer{scheduler};
+    ProcessControl application{{"--headless"}};
+    Preferences preferences{Preferences::standardFile()};
+    BackdropLoopService backdrops{scheduler};
+    std::unique_ptr<AppModel> model;
+    std::unique_ptr<QuitSignals> quitSignals;
+
+    std::string lastStatus;
+    std::optional<Uuid> lastLogged;
+    QTimer logTimer;
+    int burstCount = 0;
+    bool quitting = false;
+
+    AppPorts ports() {
+        return AppPorts{scheduler, players, images, cards, slides, &devices, outputs, slidePages, desktop,
+                        folders, writer, application, preferences,
+                        [this](BuiltInBackdrop backdrop) { return backdrops.readyURL(backdrop); },
+                        [this](BuiltInBackdrop backdrop,
+                               std::function<void(std::optional<std::filesystem::path>)> done) {
+                            backdrops.prepare(backdrop, std::move(done));
+                        }};
+    }
+
+    // New lines of the show log since the last call, oldest first.
+    void printLog() {
+        LiveEngine* engine = model ? model->engine() : nullptr;
+        if (engine == nullptr) return;
+        const auto& history = engine->history();
+        auto from = history.begin();
+        if (lastLogged) {
+            for (auto entry = history.begin(); entry != history.end(); ++entry)
+                if (entry->id == *lastLogged) from = std::next(entry);
+        }
+        for (auto entry = from; entry != history.end(); ++entry) {
+            say("Log: " + std::string(toString(entry->kind)) + ": " + entry->text);
+            lastLogged = entry->id;
+        }
+    }
+    void printStatus() {
+        if (!model || model->status() == lastStatus) return;
+        lastStatus = model->status();
+        if (!lastStatus.empty()) say("Status: " + lastStatus);
+    }
+
+    void editAgain() {
+        if (quitting || !model || !model->show()) return;
+        ++burstCount;
+        if (model->edit(edit::SetTitle{"Burst " + std::to_string(burstCount), model->show()->subtitle}))
+            say("Edited " + std::to_string(burstCount));
+        const bool burstEnds = burstCount % editsPerBurst == 0;
+        scheduler.after(burstEnds ? pauseAfterBurstSeconds : editBurstSeconds, [this] { editAgain(); });
+    }
+
+    void quit(int signal) {
+        if (quitting) return;
+        quitting = true;
+        say(std::string("Quitting on ") + (signal == SIGINT ? "SIGINT" : "SIGTERM"));
+        QCoreApplication::quit();
+    }
+};
+
+HeadlessApplication::HeadlessApplication(HeadlessOptions options)
+    : options_(std::move(options)), parts_(std::make_unique<Parts>()) {
+    Parts& parts = *parts_;
+    parts.model = std::make_unique<AppModel>(parts.ports());
+    parts.model->onChange = [&parts] { parts.printStatus(); };
+    parts.devices.setOnChange([&parts] {
+        if (LiveEngine* engine = parts.model->engine()) engine->audioDevicesChanged();
+    });
+    parts.backdrops.onFailure = [&parts](BuiltInBackdrop, const std::string& sentence) {
+        if (LiveEngine* engine = parts.model->engine()) engine->warn(sentence);
+    };
+    parts.quitSignals = std::make_unique<QuitSignals>([&parts](int signal) { parts.quit(signal); });
+    QObject::connect(&parts.logTimer, &QTimer::timeout, [&parts] { parts.printLog(); });
+}
+
+HeadlessApplication::~HeadlessApplication() = default;
+
+int HeadlessApplication::run() {
+    Parts& parts = *parts_;
+    AppModel& model = *parts.model;
+    if (options_.show) {
+        try {
+            model.openShow(*options_.show);
+        } catch (const std::exception& error) {
+            std::fprintf(stderr, "velarion: couldn't open %s: %s\n", options_.show->c_str(), error.what());
+            return 1;
+        }
+    }
+    // Last of all, as at every start: a show a crash left open comes back.
+    model.recoverAfterUnexpectedQuit();
+    if (model.show()) say("Open: " + model.package()->url().string());
+    else say("No show is open.");
+    parts.printStatus();
+    parts.printLog();
+    parts.logTimer.start(logPollMilliseconds);
+    if (options_.editBurst) parts.scheduler.post([&parts] { parts.editAgain(); });
+
+    const int code = QCoreApplication::exec();
+    parts.logTimer.stop();
+    model.finishQuit();
+    parts.printLog();
+    say("Quit");
+    return code;
+}
+
+} // namespace velarion

@@ -1,0 +1,42 @@
+#pragma once
+// HeadlessApplication: Velarion without a console. It builds the whole
+// application on the platform's adapters, opens the show it was given or
+// reopens the one a crash left open, and runs until a signal or the agent
+// asks it to quit. What the operator would read on the console it writes to
+// standard output, one line each: "Status: …" for the status line and
+// "Log: …" for every new line of the show log.
+//
+// Contract: one instance, on the main thread, after the Qt application.
+// `run` returns the process's exit code once the quit is done.
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace velarion {
+
+struct HeadlessOptions {
+    std::optional<std::filesystem::path> show;
+    // For the process tests: title edits "Burst N", eight 50 ms apart and
+    // then a pause of 1.2 s, over and over; each reported on standard output
+    // as "Edited N" once it went in.
+    bool editBurst = false;
+};
+
+class HeadlessApplication {
+public:
+    explicit HeadlessApplication(HeadlessOptions options);
+    ~HeadlessApplication();
+    HeadlessApplication(const HeadlessApplication&) = delete;
+    HeadlessApplication& operator=(const HeadlessApplication&) = delete;
+
+    int run();
+
+    struct Parts;
+
+private:
+    HeadlessOptions options_;
+    std::unique_ptr<Parts> parts_;
+};
+
+} // namespace velarion

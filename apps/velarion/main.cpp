@@ -1,0 +1,35 @@
+// velarion: the show-control application. Until the console exists it runs
+// headless, whatever it is asked: `velarion [--headless] [SHOW]`.
+
+#include "HeadlessApplication.h"
+
+#include <QGuiApplication>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+int main(int argc, char** argv) {
+    velarion::HeadlessOptions options;
+    bool headless = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument == "--headless") headless = true;
+        else if (argument == "--test-edit-burst") options.editBurst = true;
+        else if (argument.rfind("-", 0) == 0) {
+            std::fprintf(stderr, "usage: velarion [--headless] [SHOW.velarion]\n");
+            return 2;
+        } else options.show = argument;
+    }
+    // Text and pictures need Qt's GUI side; without a display it draws
+    // off screen.
+    if (std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr)
+        setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    QGuiApplication application(argc, argv);
+    QGuiApplication::setApplicationName("Velarion");
+    if (!headless) std::printf("The console isn't built yet: Velarion runs headless.\n");
+    std::printf("Agent control isn't available yet: it arrives with the agent service.\n");
+    velarion::HeadlessApplication velarion(std::move(options));
+    return velarion.run();
+}
