@@ -1,0 +1,365 @@
+// get_show's picture of the document: sections with their cues, cue groups,
+// the library, songs, sound and the safe slide. Keys are the ones the cue
+// settings of add_cue and update_cue use, so an agent can read a value and
+// send it back.
+
+#include "LiveAgent/AgentServiceTools.h"
+
+#include "LiveModel/CueGroups.h"
+#include "LiveModel/ScreenPreset.h"
+
+#include <cmath>
+#include <string>
+#include <type_traits>
+#include <variant>
+
+namespace velarion::agentService {
+
+namespace {
+
+template <class T> JSONValue orNull(const std::optional<T>& value) {
+    if (!value) return nullptr;
+    return JSONValue(*value);
+}
+
+JSONValue orNull(const std::optional<Uuid>& value) {
+    if (!value) return nullptr;
+    return value->text();
+}
+
+JSONValue textList(const std::vector<std::string>& texts) {
+    JSONValue::Array list;
+    for (const std::string& text : texts) list.emplace_back(text);
+    return list;
+}
+
+JSONValue idList(const std::vector<Uuid>& ids) {
+    JSONValue::Array list;
+    for (const Uuid& id : ids) list.emplace_back(id.text());
+    return list;
+}
+
+std::string_view followWord(Follow follow) {
+    switch (follow) {
+    case Follow::manual: return "go";
+    case Follow::withPrevious: return "with_previous";
+    case Follow::afterPrevious: return "after_previous";
+    }
+    return "go";
+}
+
+std::string_view lookWord(LyricLook look) {
+    switch (look) {
+    case LyricLook::overBackground: return "over_background";
+    case LyricLook::lowerThird: return "lower_third";
+    case LyricLook::onBlack: return "on_black";
+    }
+    return "over_background";
+}
+
+JSONValue geometryObject(const CueGeometry& geometry) {
+    return JSONValue::Object{{"scale", geometry.scale},
+                             {"x", geometry.x},
+                             {"y", geometry.y},
+                             {"rotation", geometry.rotation},
+                             {"opacity", geometry.opacity}};
+}
+
+void addTrack(JSONValue::Object& object, std::string_view provider, const StreamTrackCue& track) {
+    object["provider"] = provider;
+    object["reference"] = track.reference;
+    object["title"] = track.title;
+    object["artist"] = track.artist;
+    object["level"] = track.level;
+    object["fade_in"] = track.fadeIn;
+    object["fade_out"] = track.fadeOut;
+    object["start_at"] = track.startAt;
+    object["play_for"] = orNull(track.playFor);
+    object["shuffle"] = false;
+    object["audio_output"] = "external_app";
+}
+
+// The settings of the cue's kind, under the keys of the cue settings.
+void addKind(JSONValue::Object& object, const ShowLookup& lookup, const Cue& cue) {
+    const Show& show = lookup.show();
+    std::visit(
+        [&](const auto& kind) {
+            using T = std::decay_t<decltype(kind)>;
+            if constexpr (std::is_same_v<T, SlidesCue>) {
+                object["media"] = kind.deckID.text();
+                object["start_slide"] = kind.startSlide + 1;
+                object["slide_dissolve"] = orNull(kind.dissolve);
+                object["effective_slide_dissolve"] = kind.dissolve.value_or(show.effectiveSlideDissolve());
+                const MediaItem* deck = show.media(kind.deckID);
+                if (deck && deck->song) object["song"] = deck->id.text();
+            } else if constexpr (std::is_same_v<T, VideoCue>) {
+                object["media"] = kind.mediaID.text();
+                object["layer"] = toString(kind.layer);
+                object["loops"] = kind.loops;
+                object["fade_in"] = kind.fadeIn;
+                object["fade_out"] = kind.fadeOut;
+                object["level"] = kind.level;
+                object["in_point"] = kind.inPoint;
+                object["out_point"] = orNull(kind.outPoint);
+            } else if constexpr (std::is_same_v<T, ImageCue>) {
+                object["media"] = kind.mediaID.text();
+                object["layer"] = toString(kind.layer);
+                object["fade_in"] = kind.fadeIn;
+            } else if constexpr (std::is_same_v<T, AudioCue>) {
+                object["media"] = kind.mediaID.text();
+                object["bus"] = toString(kind.bus);
+                const std::optional<SoundRole> role = show.soundRole(cue);
+                object["role"] = role ? JSONValue(toString(*role)) : JSONValue(nullptr);
+                object["loops"] = kind.loops;
+                object["fade_in"] = kind.fadeIn;
+                object["fade_out"] = kind.fadeOut;
+                object["level"] = kind.level;
+                object["in_point"] = kind.inPoint;
+                object["out_point"] = orNull(kind.outPoint);
+            } else if constexpr (std::is_same_v<T, PlaylistCue>) {
+                object["songs"] = idList(kind.mediaIDs);
+                object["repeat"] = kind.repeats;
+                object["crossfade"] = kind.crossfade;
+                object["shuffle"] = kind.shuffle;
+                object["fade_in"] = kind.fadeIn;
+                object["bus"] = toString(kind.bus);
+                object["level"] = kind.level;
+            } else if constexpr (std::is_same_v<T, SpotifyTrack>) {
+                addTrack(object, "spotify", kind);
+            } else if constexpr (std::is_same_v<T, MusicTrack>) {
+                addTrack(object, "music", kind);
+            } else if constexpr (std::is_same_v<T, StreamPlaylistCue>) {
+                object["provider"] = "spotify";
+                object["reference"] = kind.reference;
+                object["title"] = kind.title;
+                object["artist"] = nullptr;
+                object["level"] = kind.level;
+                object["fade_in"] = kind.fadeIn;
+                object["start_at"] = nullptr;
+                object["play_for"] = nullptr;
+                object["shuffle"] = kind.shuffle;
+                object["audio_output"] = "external_app";
+            } else if constexpr (std::is_same_v<T, TimerCue>) {
+                JSONValue seconds = nullptr;
+                JSONValue time = nullptr;
+                std::string_view mode = "count_up";
+                if (const auto* countdown = std::get_if<CountdownMode>(&kind.mode)) {
+                    mode = "countdown";
+                    seconds = countdown->seconds;
+                } else if (const auto* countTo = std::get_if<CountToMode>(&kind.mode)) {
+                    mode = "count_to";
+                    time = clockText(countTo->minuteOfDay);
+                }
+                object["mode"] = mode;
+                object["seconds"] = seconds;
+                object["time"] = time;
+                object["title"] = orNull(kind.title);
+                object["show_on_audience"] = kind.showOnAudience;
+                object["warn_at"] = kind.warnAt;
+            } else if constexpr (std::is_same_v<T, MessageCue>) {
+                object["text"] = kind.text;
+                object["to"] = kind.target == MessageTarget::audience ? "audience" : "speaker";
+                object["duration"] = orNull(kind.duration);
+            } else if constexpr (std::is_same_v<T, GraphicCue>) {
+                object["title"] = kind.title;
+                object["subtitle"] = kind.subtitle;
+                object["duration"] = orNull(kind.duration);
+                object["layer"] = "graphics";
+            } else if constexpr (std::is_same_v<T, ClearCue>) {
+                object["target"] = toString(kind.target);
+                object["fade"] = kind.fade;
+                object["stop_cue"] = orNull(kind.cueID);
+            }
+        },
+        cue.kind);
+}
+
+JSONValue soundObject(const AgentCall& call, const AudioSetup& audio) {
+    JSONValue::Array outputs;
+    for (const AudioDevice& device : call.host.audioOutputs()) {
+        outputs.emplace_back(JSONValue::Object{
+            {"uid", device.id}, {"name", device.name}, {"system_default", device.isDefault}});
+    }
+    return JSONValue::Object{
+        {"house_device_id", orNull(audio.houseDeviceID)},
+        {"headphones_device_id", orNull(audio.headphonesDeviceID)},
+        {"house_level", audio.houseLevel},
+        {"available_outputs", std::move(outputs)},
+        {"external_music", "Spotify and Music use their own app's sound output."},
+    };
+}
+
+} // namespace
+
+ShowLookup::ShowLookup(const Show& show) : show_(show) {
+    int number = 0;
+    for (const Section& section : show.sections) {
+        for (const Cue& cue : section.cues) numbers_[cue.id] = ++number;
+    }
+    if (show.cueGroups) {
+        for (const CueGroup& group : *show.cueGroups) {
+            // The first group that lists a cue is its group.
+            for (const Uuid& id : group.cueIDs) groups_.emplace(id, group.id);
+        }
+    }
+}
+
+int ShowLookup::number(const Uuid& cueID) const {
+    const auto found = numbers_.find(cueID);
+    return found == numbers_.end() ? 0 : found->second;
+}
+
+std::optional<Uuid> ShowLookup::groupID(const Uuid& cueID) const {
+    const auto found = groups_.find(cueID);
+    if (found == groups_.end()) return std::nullopt;
+    return found->second;
+}
+
+std::string_view cueType(const CueKind& kind) {
+    switch (cueKind::kindCase(kind)) {
+    case CueKindCase::slides: return "slides";
+    case CueKindCase::video: return "video";
+    case CueKindCase::image: return "image";
+    case CueKindCase::audio: return "audio";
+    case CueKindCase::playlist: return "playlist";
+    case CueKindCase::spotifyTrack:
+    case CueKindCase::spotifyPlaylist: return "spotify";
+    case CueKindCase::musicTrack: return "music";
+    case CueKindCase::timer: return "timer";
+    case CueKindCase::message: return "message";
+    case CueKindCase::graphic: return "lower_third";
+    case CueKindCase::clear: return "clear";
+    }
+    return "clear";
+}
+
+JSONValue layersValue(const std::vector<LayerKind>& layers) {
+    if (const auto preset = screenPreset::fromLayers(layers)) return toString(*preset);
+    JSONValue::Array words;
+    for (LayerKind layer : layers) words.emplace_back(toString(layer));
+    return words;
+}
+
+JSONValue cueObject(const ShowLookup& lookup, const Cue& cue) {
+    JSONValue::Object object{
+        {"id", cue.id.text()},
+        {"number", lookup.number(cue.id)},
+        {"name", cue.name},
+        {"type", cueType(cue.kind)},
+        {"follow", followWord(cue.follow)},
+        {"group_id", orNull(lookup.groupID(cue.id))},
+        {"group_duration", orNull(cue.groupDuration)},
+        {"description_override", orNull(cue.descriptionOverride)},
+        {"keep_on_screen", orNull(cue.keepOnScreen)},
+        {"operator_view", cue.operatorView ? JSONValue(toString(*cue.operatorView)) : JSONValue()},
+        {"visual_output_ids", cue.visualOutputIDs ? textList(*cue.visualOutputIDs) : JSONValue()},
+        {"audio_device_id", orNull(cue.audioDeviceID)},
+        {"enabled", cue.isEnabled},
+        {"notes", cue.notes},
+        {"pre_wait", cue.preWait},
+        {"geometry", geometryObject(cue.geometry.value_or(CueGeometry::full()))},
+    };
+    addKind(object, lookup, cue);
+    return object;
+}
+
+JSONValue cueObject(const Show& show, const Uuid& cueID) {
+    const Cue* cue = show.cue(cueID);
+    if (!cue) throw AgentFailure("The cue went before it could be read. get_show lists the cues.");
+    return cueObject(ShowLookup(show), *cue);
+}
+
+JSONValue sectionObject(const ShowLookup& lookup, const Section& section) {
+    JSONValue::Array cues;
+    for (const Cue& cue : section.cues) cues.push_back(cueObject(lookup, cue));
+    JSONValue::Object object{{"id", section.id.text()}, {"title", section.title}, {"cues", std::move(cues)}};
+    if (section.plannedStart) object["start"] = clockText(*section.plannedStart);
+    if (section.plannedMinutes) object["minutes"] = *section.plannedMinutes;
+    return object;
+}
+
+JSONValue groupObject(const CueGroup& group) {
+    return JSONValue::Object{{"id", group.id.text()},
+                             {"name", group.name},
+                             {"repeat", group.repeats},
+                             {"cue_ids", idList(group.cueIDs)}};
+}
+
+JSONValue mediaObject(const MediaItem& item) {
+    JSONValue::Object object{{"id", item.id.text()},
+                             {"name", item.name},
+                             {"kind", item.ndiSource ? std::string("ndi") : std::string(toString(item.kind))}};
+    if (item.duration) object["seconds"] = *item.duration;
+    if (item.deck) {
+        object["slides"] = static_cast<double>(item.deck->made ? item.deck->made->size() : item.deck->pages.size());
+    }
+    if (item.song) object["song"] = true;
+    if (item.ndiSource) {
+        object["ndi_source"] = JSONValue::Object{{"name", item.ndiSource->name},
+                                                 {"url", orNull(item.ndiSource->url)}};
+    }
+    return object;
+}
+
+JSONValue songObject(const MediaItem& item) {
+    const Song& song = *item.song;
+    const auto codes = song.codes();
+    JSONValue::Array sections;
+    for (const SongSection& section : song.sections) {
+        const auto code = codes.find(section.id);
+        sections.emplace_back(JSONValue::Object{
+            {"code", code == codes.end() ? std::string() : code->second},
+            {"name", section.name},
+            {"slides", static_cast<double>(section.slides(song.linesPerSlide).size())},
+        });
+    }
+    return JSONValue::Object{
+        {"id", item.id.text()},
+        {"title", song.title.empty() ? item.name : song.title},
+        {"sections", std::move(sections)},
+        {"order", song.orderText()},
+        {"look", lookWord(song.look)},
+        {"lines_per_slide", song.linesPerSlide},
+        {"credits", song.showsCredits},
+        {"lyrics", song.text()},
+    };
+}
+
+JSONValue showSummary(const AgentCall& call) {
+    const Show show = call.show();
+    const std::optional<ShowPackage> package = call.host.package();
+    const ShowLookup lookup(show);
+
+    JSONValue::Array sections;
+    for (const Section& section : show.sections) sections.push_back(sectionObject(lookup, section));
+    JSONValue::Array groups;
+    if (show.cueGroups) {
+        for (const CueGroup& group : *show.cueGroups) groups.push_back(groupObject(group));
+    }
+    JSONValue::Array library;
+    JSONValue::Array songs;
+    for (const MediaItem& item : show.library) {
+        library.push_back(mediaObject(item));
+        if (item.song) songs.push_back(songObject(item));
+    }
+    return JSONValue::Object{
+        {"title", show.title},
+        {"subtitle", show.subtitle},
+        {"file", package ? JSONValue(package->url().string()) : JSONValue()},
+        {"saved_to_a_file",
+         package && package->url().string().find("/Velarion/Unsaved/") == std::string::npos},
+        {"locked", call.host.isLocked()},
+        {"slide_dissolve", show.effectiveSlideDissolve()},
+        {"sections", std::move(sections)},
+        {"cue_groups", std::move(groups)},
+        {"library", std::move(library)},
+        {"songs", std::move(songs)},
+        {"screens", screensSummary(show.outputs)},
+        {"sound", soundObject(call, show.audio)},
+        {"safe_slide", JSONValue::Object{{"title", show.holding.title},
+                                         {"subtitle", show.holding.subtitle},
+                                         {"image", orNull(show.holding.mediaID)}}},
+    };
+}
+
+} // namespace velarion::agentService
