@@ -31,6 +31,11 @@ inline constexpr std::size_t maxShowDocumentBytes = 100u << 20;
 // Throws ShowEncodeError for a value JSON can't hold (a non-finite number).
 std::string encodeShow(const Show& show);
 
+// One made slide as the document writes it, keys sorted: equal slides give
+// equal bytes, so the text can name what a slide shows. Throws
+// ShowEncodeError as `encodeShow` does.
+std::string encodeMadeSlide(const MadeSlide& slide);
+
 // Called with the document's "formatVersion" once the text has parsed and
 // before the whole show is decoded; may throw to refuse the document.
 using FormatVersionCheck = std::function<void(int formatVersion)>;

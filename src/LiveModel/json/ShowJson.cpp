@@ -15,6 +15,16 @@ std::string encodeShow(const Show& show) {
     }
 }
 
+std::string encodeMadeSlide(const MadeSlide& slide) {
+    rapidjson::Document document;
+    json::EncodeContext context{document.GetAllocator(), {}};
+    try {
+        return json::toSortedPrettyText(json::write(slide, context));
+    } catch (const json::EncodeError& error) {
+        throw ShowEncodeError(error.what());
+    }
+}
+
 Show decodeShow(std::string_view text, const FormatVersionCheck& checkVersion) {
     if (text.size() > maxShowDocumentBytes) {
         throw ShowDecodeError("the file is " + std::to_string(text.size() >> 20) +

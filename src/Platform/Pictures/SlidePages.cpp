@@ -3,7 +3,7 @@
 
 #include "Platform/Pictures/SlideMaker.h"
 
-#include "LiveModel/json/ShowFields.h"
+#include "LiveModel/ShowJson.h"
 #include "Platform/Pictures/Canvas.h"
 #include "Platform/Pictures/PictureFile.h"
 
@@ -19,14 +19,6 @@ namespace {
 
 // Raise to redraw every page after a change of drawing.
 constexpr std::string_view pageVersion = "slide-v2";
-
-// The slide as JSON text with every object's keys in byte order, so that
-// equal slides give equal bytes.
-std::string sortedJSON(const MadeSlide& slide) {
-    rapidjson::Document document;
-    json::EncodeContext context{document.GetAllocator(), {}};
-    return json::toSortedPrettyText(json::write(slide, context));
-}
 
 QByteArrayView bytes(std::string_view text) {
     return QByteArrayView(text.data(), static_cast<qsizetype>(text.size()));
@@ -52,7 +44,7 @@ std::string pageName(const Uuid& deckID, const MadeSlide& slide) {
     QCryptographicHash hash(QCryptographicHash::Sha256);
     hash.addData(bytes(pageVersion));
     hash.addData(bytes(deck));
-    hash.addData(bytes(sortedJSON(slide)));
+    hash.addData(bytes(encodeMadeSlide(slide)));
     return "Slides/" + deck + "/" + hash.result().toHex().toStdString() + ".png";
 }
 
