@@ -53,6 +53,7 @@ std::vector<OutputLook> readLooks(const JSONValue::Array& entries, const std::ve
 std::vector<LogicalScreen> readScreens(const JSONValue::Array& entries, const std::vector<LogicalScreen>& old,
                                        const std::vector<OutputLook>& looks, const std::vector<DisplayInfo>& displays) {
     std::vector<LogicalScreen> screens;
+    std::set<std::string> taken;
     int number = 0;
     for (const JSONValue& entry : entries) {
         ++number;
@@ -63,8 +64,11 @@ std::vector<LogicalScreen> readScreens(const JSONValue::Array& entries, const st
         const LogicalScreen* previous = nullptr;
         for (const LogicalScreen& screen : old) {
             const bool sameID = !id.empty() && screen.id == id;
+            // A connection given twice keeps its old id once; the two then
+            // meet the one-screen-per-connection check, not a doubled id.
             const bool sameConnection = id.empty() && destination && screen.destination == *destination &&
-                                        !std::holds_alternative<destination::Placeholder>(*destination);
+                                        !std::holds_alternative<destination::Placeholder>(*destination) &&
+                                        !taken.contains(screen.id);
             if (sameID || sameConnection) {
                 previous = &screen;
                 break;
@@ -78,6 +82,7 @@ std::vector<LogicalScreen> readScreens(const JSONValue::Array& entries, const st
             screen.layers = screenPreset::layers(ScreenPreset::everything);
         }
         screen.id = !id.empty() ? id : previous ? previous->id : Uuid::random().text();
+        taken.insert(screen.id);
         if (entry["name"]) screen.name = text(entry["name"], "name");
         if (const JSONValue* role = entry["role"]) {
             const std::string word = role->stringValue().value_or("");
