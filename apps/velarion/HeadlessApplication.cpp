@@ -3,7 +3,9 @@
 #include "QuitSignals.h"
 #include "UnplayableVideo.h"
 
+#include "Live/AgentControl.h"
 #include "Live/AppModel.h"
+#include "Live/AppModelAgentHost.h"
 #include "Live/ThreadShowWriter.h"
 #include "Platform/App/FreedesktopServices.h"
 #include "Platform/App/HeadlessOutputManagers.h"
@@ -68,6 +70,8 @@ struct HeadlessApplication::Parts {
     Preferences preferences{Preferences::standardFile()};
     BackdropLoopService backdrops{scheduler};
     std::unique_ptr<AppModel> model;
+    std::shared_ptr<AppModelAgentHost> agentHost;
+    std::unique_ptr<AgentControl> agent;
     std::unique_ptr<QuitSignals> quitSignals;
 
     std::string lastStatus;
@@ -129,6 +133,8 @@ HeadlessApplication::HeadlessApplication(HeadlessOptions options)
     Parts& parts = *parts_;
     parts.model = std::make_unique<AppModel>(parts.ports());
     parts.model->onChange = [&parts] { parts.printStatus(); };
+    parts.agentHost = std::make_shared<AppModelAgentHost>(*parts.model, parts.slidePages, &parts.devices);
+    parts.agent = std::make_unique<AgentControl>(*parts.model, parts.scheduler, parts.agentHost);
     parts.devices.setOnChange([&parts] {
         if (LiveEngine* engine = parts.model->engine()) engine->audioDevicesChanged();
     });
@@ -152,6 +158,9 @@ int HeadlessApplication::run() {
             return 1;
         }
     }
+    parts.agent->start();
+    if (const auto path = parts.agent->socketPath()) say("Agent socket: " + *path);
+    else say("Agent control is off: " + model.agentError().value_or("the socket couldn't open"));
     // Last of all, as at every start: a show a crash left open comes back.
     model.recoverAfterUnexpectedQuit();
     if (model.show()) say("Open: " + model.package()->url().string());
@@ -163,6 +172,7 @@ int HeadlessApplication::run() {
 
     const int code = QCoreApplication::exec();
     parts.logTimer.stop();
+    parts.agent->stop();
     model.finishQuit();
     parts.printLog();
     say("Quit");

@@ -29,7 +29,6 @@ int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName("Velarion");
     if (!headless) std::printf("The console isn't built yet: Velarion runs headless.\n");
-    std::printf("Agent control isn't available yet: it arrives with the agent service.\n");
     velarion::HeadlessApplication velarion(std::move(options));
     return velarion.run();
 }
