@@ -241,24 +241,25 @@ JSONValue layersValue(const std::vector<LayerKind>& layers) {
 }
 
 JSONValue cueObject(const ShowLookup& lookup, const Cue& cue) {
-    JSONValue::Object object{
-        {"id", cue.id.text()},
-        {"number", lookup.number(cue.id)},
-        {"name", cue.name},
-        {"type", cueType(cue.kind)},
-        {"follow", followWord(cue.follow)},
-        {"group_id", orNull(lookup.groupID(cue.id))},
-        {"group_duration", orNull(cue.groupDuration)},
-        {"description_override", orNull(cue.descriptionOverride)},
-        {"keep_on_screen", orNull(cue.keepOnScreen)},
-        {"operator_view", cue.operatorView ? JSONValue(toString(*cue.operatorView)) : JSONValue()},
-        {"visual_output_ids", cue.visualOutputIDs ? textList(*cue.visualOutputIDs) : JSONValue()},
-        {"audio_device_id", orNull(cue.audioDeviceID)},
-        {"enabled", cue.isEnabled},
-        {"notes", cue.notes},
-        {"pre_wait", cue.preWait},
-        {"geometry", geometryObject(cue.geometry.value_or(CueGeometry::full()))},
-    };
+    // Built member by member: an initializer list would copy every value,
+    // and get_show makes thousands of these.
+    JSONValue::Object object;
+    object.emplace("id", cue.id.text());
+    object.emplace("number", lookup.number(cue.id));
+    object.emplace("name", cue.name);
+    object.emplace("type", cueType(cue.kind));
+    object.emplace("follow", followWord(cue.follow));
+    object.emplace("group_id", orNull(lookup.groupID(cue.id)));
+    object.emplace("group_duration", orNull(cue.groupDuration));
+    object.emplace("description_override", orNull(cue.descriptionOverride));
+    object.emplace("keep_on_screen", orNull(cue.keepOnScreen));
+    object.emplace("operator_view", cue.operatorView ? JSONValue(toString(*cue.operatorView)) : JSONValue());
+    object.emplace("visual_output_ids", cue.visualOutputIDs ? textList(*cue.visualOutputIDs) : JSONValue());
+    object.emplace("audio_device_id", orNull(cue.audioDeviceID));
+    object.emplace("enabled", cue.isEnabled);
+    object.emplace("notes", cue.notes);
+    object.emplace("pre_wait", cue.preWait);
+    object.emplace("geometry", geometryObject(cue.geometry.value_or(CueGeometry::full())));
     addKind(object, lookup, cue);
     return object;
 }
@@ -271,10 +272,14 @@ JSONValue cueObject(const Show& show, const Uuid& cueID) {
 
 JSONValue sectionObject(const ShowLookup& lookup, const Section& section) {
     JSONValue::Array cues;
+    cues.reserve(section.cues.size());
     for (const Cue& cue : section.cues) cues.push_back(cueObject(lookup, cue));
-    JSONValue::Object object{{"id", section.id.text()}, {"title", section.title}, {"cues", std::move(cues)}};
-    if (section.plannedStart) object["start"] = clockText(*section.plannedStart);
-    if (section.plannedMinutes) object["minutes"] = *section.plannedMinutes;
+    JSONValue::Object object;
+    object.emplace("id", section.id.text());
+    object.emplace("title", section.title);
+    object.emplace("cues", std::move(cues));
+    if (section.plannedStart) object.emplace("start", clockText(*section.plannedStart));
+    if (section.plannedMinutes) object.emplace("minutes", *section.plannedMinutes);
     return object;
 }
 
@@ -331,6 +336,7 @@ JSONValue showSummary(const AgentCall& call) {
     const ShowLookup lookup(show);
 
     JSONValue::Array sections;
+    sections.reserve(show.sections.size());
     for (const Section& section : show.sections) sections.push_back(sectionObject(lookup, section));
     JSONValue::Array groups;
     if (show.cueGroups) {
@@ -342,24 +348,24 @@ JSONValue showSummary(const AgentCall& call) {
         library.push_back(mediaObject(item));
         if (item.song) songs.push_back(songObject(item));
     }
-    return JSONValue::Object{
-        {"title", show.title},
-        {"subtitle", show.subtitle},
-        {"file", package ? JSONValue(package->url().string()) : JSONValue()},
-        {"saved_to_a_file",
-         package && package->url().string().find("/Velarion/Unsaved/") == std::string::npos},
-        {"locked", call.host.isLocked()},
-        {"slide_dissolve", show.effectiveSlideDissolve()},
-        {"sections", std::move(sections)},
-        {"cue_groups", std::move(groups)},
-        {"library", std::move(library)},
-        {"songs", std::move(songs)},
-        {"screens", screensSummary(show.outputs)},
-        {"sound", soundObject(call, show.audio)},
-        {"safe_slide", JSONValue::Object{{"title", show.holding.title},
-                                         {"subtitle", show.holding.subtitle},
-                                         {"image", orNull(show.holding.mediaID)}}},
-    };
+    JSONValue::Object summary;
+    summary.emplace("title", show.title);
+    summary.emplace("subtitle", show.subtitle);
+    summary.emplace("file", package ? JSONValue(package->url().string()) : JSONValue());
+    summary.emplace("saved_to_a_file",
+                    package && package->url().string().find("/Velarion/Unsaved/") == std::string::npos);
+    summary.emplace("locked", call.host.isLocked());
+    summary.emplace("slide_dissolve", show.effectiveSlideDissolve());
+    summary.emplace("sections", std::move(sections));
+    summary.emplace("cue_groups", std::move(groups));
+    summary.emplace("library", std::move(library));
+    summary.emplace("songs", std::move(songs));
+    summary.emplace("screens", screensSummary(show.outputs));
+    summary.emplace("sound", soundObject(call, show.audio));
+    summary.emplace("safe_slide", JSONValue::Object{{"title", show.holding.title},
+                                                    {"subtitle", show.holding.subtitle},
+                                                    {"image", orNull(show.holding.mediaID)}});
+    return summary;
 }
 
 } // namespace velarion::agentService
