@@ -219,15 +219,32 @@ ShowPackage ShowPackage::saveCopy(const fs::path& to, const Show& show) const {
                                    url_, to, std::make_error_code(std::errc::invalid_argument));
     }
 
-    // The save panel has already asked to replace what is there.
-    if (fs::exists(fs::symlink_status(to))) fs::remove_all(to);
-    // Links are copied as links, as the package holds them; following them
-    // could copy outside files or loop.
-    fs::copy(url_, to, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
-    ShowPackage copy(to);
-    // The source's show.json may lag behind the show in memory.
-    copy.save(show);
-    return copy;
+    // The copy is made whole beside the target and only then takes its
+    // place, so a failure part-way leaves what was there (the save panel has
+    // already asked to replace it). A missing folder on the way is made.
+    fs::create_directories(to.parent_path());
+    const fs::path partial = to.parent_path() / ("." + to.filename().string() + ".partial-" + Uuid::random().text());
+    try {
+        // Links are copied as links, as the package holds them; following
+        // them could copy outside files or loop.
+        fs::copy(url_, partial, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+        // The source's show.json may lag behind the show in memory.
+        ShowPackage(partial).save(show);
+        if (fs::exists(fs::symlink_status(to))) {
+            const fs::path replaced = to.parent_path() / ("." + to.filename().string() + ".replaced-" + Uuid::random().text());
+            fs::rename(to, replaced);
+            fs::rename(partial, to);
+            std::error_code ignored;
+            fs::remove_all(replaced, ignored);
+        } else {
+            fs::rename(partial, to);
+        }
+    } catch (...) {
+        std::error_code ignored;
+        fs::remove_all(partial, ignored);
+        throw;
+    }
+    return ShowPackage(to);
 }
 
 bool ShowPackage::isScratch() const {

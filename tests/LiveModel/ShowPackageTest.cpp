@@ -188,6 +188,21 @@ TEST(ShowPackageCopy, ReplacesTheTargetCopiesMediaAndSavesTheGivenShow) {
     EXPECT_EQ(readText(source.mediaURL("Video/Opening.mov")), "frames");
 }
 
+TEST(ShowPackageCopy, MakesMissingFoldersAndAFailureLeavesTheTargetAsItWas) {
+    TempFolder temp;
+    const Show show = testing::sampleShow("Draft", 2);
+    const ShowPackage source = ShowPackage::create(temp / "Draft.velarion", show);
+    const ShowPackage made = source.saveCopy(temp / "Shows" / "New" / "Final.velarion", show);
+    EXPECT_EQ(made.open(), show);
+
+    Show broken = show;
+    broken.slideDissolve = std::nan("");
+    EXPECT_THROW(source.saveCopy(made.url(), broken), fs::filesystem_error);
+    EXPECT_EQ(made.open(), show) << "the copy it would have replaced is whole";
+    EXPECT_EQ(folderListing(made.url().parent_path()), (std::vector<std::string>{"Final.velarion"}))
+        << "and nothing half made is left beside it";
+}
+
 TEST(ShowPackageCopy, NeverRemovesItsOwnSource) {
     TempFolder temp;
     const Show show = testing::sampleShow("Self", 1);
