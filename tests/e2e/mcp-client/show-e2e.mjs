@@ -6,7 +6,7 @@
 // Usage: node show-e2e.mjs BIN_DIR   (the folder with velarion and velarion-mcp)
 
 import assert from "node:assert/strict";
-import { existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { existsSync, mkdirSync, mkdtempSync, readdirSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 
@@ -49,6 +49,17 @@ async function succeeds(name, args = {}) {
 }
 const state = () => succeeds("get_state");
 const runningNames = async () => (await state()).running.map((entry) => entry.cue.name);
+// Ends an application of this test's home still running after a failed step.
+function endApplication() {
+  for (const pid of readdirSync("/proc").filter((name) => /^\d+$/.test(name))) {
+    try {
+      if (readFileSync(`/proc/${pid}/environ`, "utf8").split("\0").includes(`HOME=${home}`))
+        process.kill(Number(pid), "SIGKILL");
+    } catch {
+      // Gone, or not ours to read.
+    }
+  }
+}
 const pause = (seconds) => new Promise((resolve) => setTimeout(resolve, seconds * 1000));
 
 const lyrics = "[Verse 1]\nMorning light across the hills\nEvery heart awake and still\n\n" +
@@ -111,5 +122,6 @@ try {
   if (!quit) await call("quit_app", { force: true }).catch(() => {});
   await client.close();
   await pause(1);
+  endApplication();
   rmSync(home, { recursive: true, force: true });
 }
