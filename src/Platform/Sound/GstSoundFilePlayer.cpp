@@ -73,6 +73,15 @@ namespace {
 
 using Shared = GstSoundFilePlayer::Shared;
 
+// Seeks from `seconds` to the end as a segment, so that its end is
+// reported and the next pass can join it.
+void seekSegment(GstElement* pipeline, double seconds, bool flush) {
+    const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_SEGMENT | GST_SEEK_FLAG_ACCURATE |
+                                                 (flush ? GST_SEEK_FLAG_FLUSH : 0));
+    gst_element_seek(pipeline, 1.0, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET,
+                     static_cast<gint64>(std::llround(seconds * 1e9)), GST_SEEK_TYPE_NONE, GST_CLOCK_TIME_NONE);
+}
+
 // What the bus thread holds: the state and a reference to the pipeline, so
 // a message handled while the player goes away still finds both alive.
 struct WatchData {
@@ -121,9 +130,7 @@ gboolean onBusMessage(GstBus*, GstMessage* message, gpointer data) {
         // The pass has been read; the sink still holds its last moments, so
         // the next pass joins without a gap.
         if (shared.looping.load())
-            gst_element_seek(watch.pipeline.get(), 1.0, GST_FORMAT_TIME,
-                             static_cast<GstSeekFlags>(GST_SEEK_FLAG_SEGMENT | GST_SEEK_FLAG_ACCURATE),
-                             GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_NONE, GST_CLOCK_TIME_NONE);
+            seekSegment(watch.pipeline.get(), 0, false);
         else
             gst_pad_send_event(watch.convertSinkPad.get(), gst_event_new_eos());
         break;
@@ -331,10 +338,7 @@ void GstSoundFilePlayer::setCurrentSeconds(double seconds) {
 }
 
 void GstSoundFilePlayer::seekNow(double seconds, bool flush) {
-    auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_SEGMENT | GST_SEEK_FLAG_ACCURATE |
-                                           (flush ? GST_SEEK_FLAG_FLUSH : 0));
-    gst_element_seek(shared_->pipeline.get(), 1.0, GST_FORMAT_TIME, flags, GST_SEEK_TYPE_SET,
-                     toNanoseconds(seconds), GST_SEEK_TYPE_NONE, GST_CLOCK_TIME_NONE);
+    seekSegment(shared_->pipeline.get(), seconds, flush);
     shared_->segmentMode.store(true);
     frozenSeconds_ = seconds;
     pendingSeconds_.reset();
