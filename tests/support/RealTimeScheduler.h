@@ -4,6 +4,7 @@
 // between them. `post` is safe from any thread; everything else belongs to
 // the test's thread. The calendar is UTC.
 
+#include "LiveEngine/ports/ScheduledTasks.h"
 #include "LiveEngine/ports/Scheduler.h"
 
 #include <chrono>
@@ -28,18 +29,10 @@ public:
     void runFor(double seconds);
 
 private:
-    struct Entry {
-        double dueSeconds;
-        std::uint64_t order;
-        TaskHandle handle;
-        Task task;
-    };
-
     std::chrono::steady_clock::time_point origin_;
     FixedOffsetCalendar calendar_{0};
-    std::mutex lock_;
-    std::uint64_t nextOrder_ = 0;
-    std::vector<Entry> queue_;
+    std::mutex lock_; // `post` comes from any thread
+    ScheduledTasks tasks_;
 };
 
 } // namespace velarion::testing

@@ -13,9 +13,7 @@ void VirtualScheduler::post(Task task) {
 }
 
 TaskHandle VirtualScheduler::after(double seconds, Task task) {
-    TaskHandle handle(std::make_shared<std::atomic<bool>>(false));
-    queue_.push_back({nowSeconds_ + std::max(seconds, 0.0), nextOrder_++, handle, std::move(task)});
-    return handle;
+    return tasks_.add(nowSeconds_ + std::max(seconds, 0.0), std::move(task));
 }
 
 void VirtualScheduler::takePosted() {
@@ -31,15 +29,10 @@ void VirtualScheduler::advance(double seconds) {
     const double endSeconds = nowSeconds_ + std::max(seconds, 0.0);
     for (;;) {
         takePosted();
-        auto next = std::min_element(queue_.begin(), queue_.end(), [](const Entry& a, const Entry& b) {
-            return a.dueSeconds != b.dueSeconds ? a.dueSeconds < b.dueSeconds : a.order < b.order;
-        });
-        if (next == queue_.end() || next->dueSeconds > endSeconds) break;
-        Entry entry = std::move(*next);
-        queue_.erase(next);
-        if (entry.handle.isCancelled()) continue;
-        nowSeconds_ = std::max(nowSeconds_, entry.dueSeconds);
-        entry.task();
+        auto due = tasks_.takeDue(endSeconds);
+        if (!due) break;
+        nowSeconds_ = std::max(nowSeconds_, due->dueSeconds);
+        due->task();
     }
     nowSeconds_ = endSeconds;
 }
@@ -50,9 +43,7 @@ std::size_t VirtualScheduler::pendingCount() const {
         std::lock_guard guard(postedLock_);
         count = posted_.size();
     }
-    return count + static_cast<std::size_t>(std::count_if(
-                       queue_.begin(), queue_.end(),
-                       [](const Entry& entry) { return !entry.handle.isCancelled(); }));
+    return count + tasks_.pendingCount();
 }
 
 } // namespace velarion::testing

@@ -9,6 +9,7 @@
 // the end of the span. `post` is safe from any thread; everything else
 // belongs to the test's thread.
 
+#include "LiveEngine/ports/ScheduledTasks.h"
 #include "LiveEngine/ports/Scheduler.h"
 
 #include <cstdint>
@@ -38,19 +39,12 @@ public:
     std::size_t pendingCount() const;
 
 private:
-    struct Entry {
-        double dueSeconds;
-        std::uint64_t order;
-        TaskHandle handle;
-        Task task;
-    };
     void takePosted();
 
     double nowSeconds_ = 0;
     double wallStartSeconds_;
     FixedOffsetCalendar calendar_;
-    std::uint64_t nextOrder_ = 0;
-    std::vector<Entry> queue_;
+    ScheduledTasks tasks_;
     mutable std::mutex postedLock_;
     std::vector<Task> posted_;
 };

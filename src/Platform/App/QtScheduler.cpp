@@ -7,17 +7,6 @@
 
 namespace velarion {
 
-namespace {
-
-// The heap keeps the entry that runs first on top.
-struct RunsLater {
-    template <class Entry> bool operator()(const Entry& a, const Entry& b) const {
-        return a.dueSeconds != b.dueSeconds ? a.dueSeconds > b.dueSeconds : a.order > b.order;
-    }
-};
-
-} // namespace
-
 QtScheduler::QtScheduler() : origin_(std::chrono::steady_clock::now()) {
     timer_.setSingleShot(true);
     timer_.setTimerType(Qt::PreciseTimer);
@@ -26,7 +15,7 @@ QtScheduler::QtScheduler() : origin_(std::chrono::steady_clock::now()) {
 
 QtScheduler::~QtScheduler() {
     timer_.stop();
-    queue_.clear();
+    tasks_.clear();
 }
 
 double QtScheduler::now() const {
@@ -49,15 +38,9 @@ void QtScheduler::post(Task task) {
 }
 
 TaskHandle QtScheduler::after(double seconds, Task task) {
-    TaskHandle handle(std::make_shared<std::atomic<bool>>(false));
-    enqueue(now() + (std::isfinite(seconds) ? std::max(seconds, 0.0) : 0.0), handle, std::move(task));
+    TaskHandle handle = tasks_.add(now() + (std::isfinite(seconds) ? std::max(seconds, 0.0) : 0.0), std::move(task));
     if (!running_) arm();
     return handle;
-}
-
-void QtScheduler::enqueue(double dueSeconds, TaskHandle handle, Task task) {
-    queue_.push_back(Entry{dueSeconds, nextOrder_++, std::move(handle), std::move(task)});
-    std::push_heap(queue_.begin(), queue_.end(), RunsLater{});
 }
 
 void QtScheduler::takePosted() {
@@ -68,7 +51,7 @@ void QtScheduler::takePosted() {
         wakePending_ = false;
     }
     const double current = now();
-    for (Task& task : posted) enqueue(current, TaskHandle(std::make_shared<std::atomic<bool>>(false)), std::move(task));
+    for (Task& task : posted) tasks_.add(current, std::move(task));
 }
 
 void QtScheduler::runDue() {
@@ -77,22 +60,18 @@ void QtScheduler::runDue() {
     // Only what is due on entry runs now, so a task that keeps scheduling
     // work for "now" can't starve the rest of the event loop.
     const double until = now();
-    while (!queue_.empty() && queue_.front().dueSeconds <= until) {
-        std::pop_heap(queue_.begin(), queue_.end(), RunsLater{});
-        Entry entry = std::move(queue_.back());
-        queue_.pop_back();
-        if (!entry.handle.isCancelled()) entry.task();
-    }
+    while (auto due = tasks_.takeDue(until)) due->task();
     running_ = false;
     arm();
 }
 
 void QtScheduler::arm() {
-    if (queue_.empty()) {
+    const std::optional<double> next = tasks_.nextDueSeconds();
+    if (!next) {
         timer_.stop();
         return;
     }
-    const double wait = std::max(queue_.front().dueSeconds - now(), 0.0);
+    const double wait = std::max(*next - now(), 0.0);
     // Whole milliseconds, rounded up: a timer must never run a task early.
     timer_.start(static_cast<int>(std::ceil(wait * 1000)));
 }

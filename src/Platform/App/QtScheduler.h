@@ -1,9 +1,9 @@
 #pragma once
 // QtScheduler: the engine's Scheduler on the Qt event loop of the main
-// thread. It keeps its own queue of tasks by due time and order of
-// scheduling, and arms one precise timer for the earliest, so tasks run in
-// exactly the order the virtual-time scheduler of the tests runs them: by
-// due time, ties in the order scheduled, tasks scheduled by tasks included.
+// thread. It keeps the same queue as the virtual-time scheduler of the
+// tests (ScheduledTasks) and arms one precise timer for its earliest task,
+// so tasks run in the same order: by due time, ties in the order scheduled,
+// tasks scheduled by tasks included.
 //
 // Contract: as Scheduler.
 // - Make it on the main thread once a QCoreApplication exists; destroy it
@@ -12,6 +12,7 @@
 //   `calendar` follows the system time zone.
 // - After destruction nothing queued runs.
 
+#include "LiveEngine/ports/ScheduledTasks.h"
 #include "LiveEngine/ports/Scheduler.h"
 #include "Platform/App/SystemCalendar.h"
 
@@ -38,13 +39,6 @@ public:
     TaskHandle after(double seconds, Task task) override;
 
 private:
-    struct Entry {
-        double dueSeconds;
-        std::uint64_t order;
-        TaskHandle handle;
-        Task task;
-    };
-    void enqueue(double dueSeconds, TaskHandle handle, Task task);
     void takePosted();
     void runDue();
     void arm();
@@ -52,8 +46,7 @@ private:
     std::chrono::steady_clock::time_point origin_;
     SystemCalendar calendar_;
     QTimer timer_;
-    std::uint64_t nextOrder_ = 0;
-    std::vector<Entry> queue_; // a heap: earliest due, then earliest order, on top
+    ScheduledTasks tasks_;
     bool running_ = false;
 
     std::mutex postedLock_;
