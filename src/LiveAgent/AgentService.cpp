@@ -94,8 +94,8 @@ Show AgentCall::show() const {
 }
 
 JSONValue notBuiltYet(AgentCall&, const JSONValue&) {
-    throw AgentFailure("This Velarion can't do that yet: media import and NDI sources come in a "
-                       "later version. Add media and NDI sources in Velarion itself.");
+    throw AgentFailure("Media import and NDI sources aren't available to agents in this version of "
+                       "Velarion yet. Add media in Velarion itself, then refer to it by name.");
 }
 
 } // namespace agentService
