@@ -12,6 +12,7 @@
 #include "ShowGenerator.h"
 
 #include "LiveAgent/AgentService.h"
+#include "LiveAgentKit/AgentLine.h"
 
 #include <benchmark/benchmark.h>
 
@@ -40,7 +41,7 @@ void BM_GetShowOfTheBenchmarkShow(benchmark::State& state) {
         checkedOK(response);
         benchmark::DoNotOptimize(response);
         state.PauseTiming();
-        bytes = response.json().text().size();
+        bytes = agentLine::encode(response).value_or("").size();
         state.ResumeTiming();
     }
     state.counters["reply_bytes"] = static_cast<double>(bytes);
@@ -56,7 +57,7 @@ void BM_GetShowEncoded(benchmark::State& state) {
     for (auto _ : state) {
         const AgentResponse response = service.handle(request);
         checkedOK(response);
-        benchmark::DoNotOptimize(response.json().text());
+        benchmark::DoNotOptimize(agentLine::encode(response));
     }
 }
 BENCHMARK(BM_GetShowEncoded)->Unit(benchmark::kMillisecond);

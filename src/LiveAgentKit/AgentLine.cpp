@@ -23,7 +23,23 @@ std::optional<std::string> encode(const AgentRequest& request) {
 }
 
 std::optional<std::string> encode(const AgentResponse& response) {
-    return withTerminator(response.json());
+    // Written around the result rather than through `json()`, which would
+    // copy it first: a result can be a whole show. The keys stay in order.
+    std::string line = "{";
+    if (response.error) {
+        std::optional<std::string> error = JSONValue(*response.error).encoded();
+        if (!error) return std::nullopt;
+        line += "\"error\":" + *error + ",";
+    }
+    line += "\"id\":" + JSONValue(response.id).text() + ",\"ok\":" + (response.ok ? "true" : "false");
+    if (response.result) {
+        std::optional<std::string> result = response.result->encoded();
+        if (!result) return std::nullopt;
+        line += ",\"result\":" + *result;
+    }
+    line += '}';
+    line.push_back(terminator);
+    return line;
 }
 
 std::variant<AgentRequest, AgentResponse> decodeRequest(std::string_view line) {

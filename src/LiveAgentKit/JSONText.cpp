@@ -1,11 +1,12 @@
-// JSONValue's text in both directions, by way of nlohmann-json: its writer
-// for escaping and float digits, its SAX reader for parsing. Neither type
+// JSONValue's text in both directions: our own writer, with nlohmann-json's
+// float digits, and nlohmann-json's SAX reader for parsing. Neither type
 // appears in the public header.
 
 #include "LiveAgentKit/JSONValue.h"
 
 #include <nlohmann/json.hpp>
 
+#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -19,47 +20,144 @@ using Json = nlohmann::json;
 // integers; from 1e15 on they go out as floats.
 constexpr double integerLimit = 1e15;
 
-// False when the value holds a number JSON can't express.
-bool toJson(const JSONValue& value, Json& out) {
-    const JSONValue::Storage& storage = value.storage();
-    if (const auto* flag = std::get_if<bool>(&storage)) {
-        out = *flag;
-    } else if (const auto* number = std::get_if<double>(&storage)) {
-        if (!std::isfinite(*number)) return false;
-        if (std::trunc(*number) == *number && std::fabs(*number) < integerLimit) {
-            out = static_cast<std::int64_t>(*number);
+// Writes straight into one string: a large answer (a whole show) is written
+// in a few milliseconds, with no second tree built on the way. Escaping and
+// float digits are those of nlohmann-json's own writer, so the text is the
+// same as it always was.
+class Writer {
+public:
+    explicit Writer(int indent) : indent_(indent) {}
+
+    // False when the value holds a number JSON can't express or a string
+    // that isn't UTF-8.
+    bool write(const JSONValue& value, int depth = 0) {
+        const JSONValue::Storage& storage = value.storage();
+        if (const auto* flag = std::get_if<bool>(&storage)) {
+            out.append(*flag ? "true" : "false");
+        } else if (const auto* number = std::get_if<double>(&storage)) {
+            return writeNumber(*number);
+        } else if (const auto* text = std::get_if<std::string>(&storage)) {
+            return writeString(*text);
+        } else if (const auto* items = std::get_if<JSONValue::Array>(&storage)) {
+            if (items->empty()) return out.append("[]"), true;
+            out.push_back('[');
+            for (std::size_t i = 0; i < items->size(); ++i) {
+                if (i > 0) out.push_back(',');
+                newline(depth + 1);
+                if (!write((*items)[i], depth + 1)) return false;
+            }
+            newline(depth);
+            out.push_back(']');
+        } else if (const auto* members = std::get_if<JSONValue::Object>(&storage)) {
+            if (members->empty()) return out.append("{}"), true;
+            out.push_back('{');
+            bool first = true;
+            for (const auto& [key, member] : *members) {
+                if (!first) out.push_back(',');
+                first = false;
+                newline(depth + 1);
+                if (!writeString(key)) return false;
+                out.append(indent_ >= 0 ? ": " : ":");
+                if (!write(member, depth + 1)) return false;
+            }
+            newline(depth);
+            out.push_back('}');
         } else {
-            out = *number;
+            out.append("null");
         }
-    } else if (const auto* text = std::get_if<std::string>(&storage)) {
-        out = *text;
-    } else if (const auto* items = std::get_if<JSONValue::Array>(&storage)) {
-        out = Json::array();
-        auto& array = out.get_ref<Json::array_t&>();
-        array.resize(items->size());
-        for (std::size_t i = 0; i < items->size(); ++i) {
-            if (!toJson((*items)[i], array[i])) return false;
-        }
-    } else if (const auto* members = std::get_if<JSONValue::Object>(&storage)) {
-        out = Json::object();
-        for (const auto& [key, member] : *members) {
-            if (!toJson(member, out[key])) return false;
-        }
-    } else {
-        out = nullptr;
+        return true;
     }
-    return true;
-}
+
+    std::string out;
+
+private:
+    void newline(int depth) {
+        if (indent_ < 0) return;
+        out.push_back('\n');
+        out.append(static_cast<std::size_t>(depth * indent_), ' ');
+    }
+
+    bool writeNumber(double number) {
+        if (!std::isfinite(number)) return false;
+        char buffer[64];
+        char* end = nullptr;
+        if (std::trunc(number) == number && std::fabs(number) < integerLimit)
+            end = std::to_chars(buffer, buffer + sizeof buffer, static_cast<std::int64_t>(number)).ptr;
+        else
+            end = nlohmann::detail::to_chars(buffer, buffer + sizeof buffer, number);
+        out.append(buffer, end);
+        return true;
+    }
+
+    bool writeString(std::string_view text) {
+        if (!isUTF8(text)) return false;
+        out.push_back('"');
+        for (const char c : text) {
+            switch (c) {
+            case '"': out.append("\\\""); break;
+            case '\\': out.append("\\\\"); break;
+            case '\b': out.append("\\b"); break;
+            case '\f': out.append("\\f"); break;
+            case '\n': out.append("\\n"); break;
+            case '\r': out.append("\\r"); break;
+            case '\t': out.append("\\t"); break;
+            default:
+                if (static_cast<unsigned char>(c) < 0x20) {
+                    static constexpr char hex[] = "0123456789abcdef";
+                    out.append("\\u00");
+                    out.push_back(hex[(c >> 4) & 0xf]);
+                    out.push_back(hex[c & 0xf]);
+                } else {
+                    out.push_back(c);
+                }
+            }
+        }
+        out.push_back('"');
+        return true;
+    }
+
+    // Well-formed UTF-8: no stray or missing continuation bytes, no overlong
+    // forms, no surrogates, nothing past U+10FFFF.
+    static bool isUTF8(std::string_view text) {
+        for (std::size_t i = 0; i < text.size();) {
+            const auto lead = static_cast<unsigned char>(text[i]);
+            if (lead < 0x80) {
+                ++i;
+                continue;
+            }
+            int length = 0;
+            unsigned char low = 0x80, high = 0xBF;
+            if (lead >= 0xC2 && lead <= 0xDF) length = 2;
+            else if (lead >= 0xE0 && lead <= 0xEF) {
+                length = 3;
+                if (lead == 0xE0) low = 0xA0;
+                if (lead == 0xED) high = 0x9F;
+            } else if (lead >= 0xF0 && lead <= 0xF4) {
+                length = 4;
+                if (lead == 0xF0) low = 0x90;
+                if (lead == 0xF4) high = 0x8F;
+            } else {
+                return false;
+            }
+            if (i + static_cast<std::size_t>(length) > text.size()) return false;
+            const auto second = static_cast<unsigned char>(text[i + 1]);
+            if (second < low || second > high) return false;
+            for (int k = 2; k < length; ++k) {
+                const auto next = static_cast<unsigned char>(text[i + static_cast<std::size_t>(k)]);
+                if (next < 0x80 || next > 0xBF) return false;
+            }
+            i += static_cast<std::size_t>(length);
+        }
+        return true;
+    }
+
+    int indent_;
+};
 
 std::optional<std::string> write(const JSONValue& value, int indent) {
-    Json json;
-    if (!toJson(value, json)) return std::nullopt;
-    try {
-        // Strict: a string that isn't UTF-8 fails instead of being mangled.
-        return json.dump(indent, ' ', false, Json::error_handler_t::strict);
-    } catch (const Json::exception&) {
-        return std::nullopt;
-    }
+    Writer writer(indent);
+    if (!writer.write(value)) return std::nullopt;
+    return std::move(writer.out);
 }
 
 // Builds the value as the reader reports it. Containers under construction
