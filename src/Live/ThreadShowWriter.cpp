@@ -3,8 +3,17 @@
 #include "Live/OperatorText.h"
 
 #include <algorithm>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace velarion {
+
+namespace {
+// Linux gives each thread its own nice value; 10 is what background
+// indexers use.
+constexpr int writerNiceness = 10;
+} // namespace
 
 ThreadShowWriter::ThreadShowWriter(Scheduler& scheduler)
     : scheduler_(scheduler), worker_([this] { run(); }) {}
@@ -35,6 +44,10 @@ void ThreadShowWriter::waitUntilIdle() {
 }
 
 void ThreadShowWriter::run() {
+    // Encoding a large show takes tens of milliseconds of CPU; on a busy
+    // machine the writer must give way to the main loop, never the reverse.
+    // A failure leaves the default priority, which still works.
+    ::setpriority(PRIO_PROCESS, static_cast<id_t>(::syscall(SYS_gettid)), writerNiceness);
     std::unique_lock guard(lock_);
     while (true) {
         changed_.wait(guard, [this] { return stopping_ || !queue_.empty(); });
