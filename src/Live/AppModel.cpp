@@ -159,12 +159,20 @@ Show AppModel::organize(const Show& show, const ShowPackage& in) {
 
 // ---- Opening, saving, closing ----
 
-void AppModel::newShow(ShowTemplate showTemplate, const std::string& title) {
-    Show show = showTemplate::make(showTemplate, title);
-    ShowPackage package = ShowPackage::create(
-        ports_.folders.unsavedFolder() / (show.id.text() + "." + std::string(ShowPackage::fileExtension)),
-        show);
-    load(show, package);
+bool AppModel::newShow(ShowTemplate showTemplate, const std::string& title) {
+    const Show show = showTemplate::make(showTemplate, title);
+    const fs::path location =
+        ports_.folders.unsavedFolder() / (show.id.text() + "." + std::string(ShowPackage::fileExtension));
+    std::optional<ShowPackage> package;
+    try {
+        package = ShowPackage::create(location, show);
+    } catch (const std::exception& error) {
+        // The open show, if any, stays open.
+        setStatus("Couldn't create the show: " + errorText(error));
+        return false;
+    }
+    load(show, *package);
+    return true;
 }
 
 void AppModel::openShow(const fs::path& at) {

@@ -152,8 +152,9 @@ public:
     // show until its first autosave.
     const std::optional<double>& lastSavedWallSeconds() const { return lastSaved_; }
 
-    // A new show from the template in a scratch package, loaded.
-    void newShow(ShowTemplate showTemplate, const std::string& title);
+    // A new show from the template in a scratch package, loaded. False, with
+    // the status set, when the package couldn't be made.
+    bool newShow(ShowTemplate showTemplate, const std::string& title);
     // Opens a package; the open show stays when this throws (ShowPackageError
     // or a file-system error). Opening the open package does nothing.
     void openShow(const std::filesystem::path& at);

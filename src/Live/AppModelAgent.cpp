@@ -78,11 +78,7 @@ void AppModel::agentNewShow(const std::string& title, ShowTemplate showTemplate,
         } catch (const std::exception&) {
         }
     }
-    try {
-        newShow(showTemplate, title);
-    } catch (const std::exception& error) {
-        setStatus("Couldn't create the show: " + errorText(error));
-    }
+    newShow(showTemplate, title);
     if (!show_ || show_->title != title)
         throw AgentFailure(status_.empty() ? "Couldn't create the show." : status_);
     if (saveTo) agentSaveShow(saveTo);

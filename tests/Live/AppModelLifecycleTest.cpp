@@ -224,7 +224,17 @@ TEST_F(AppModelLifecycleTest, TheAgentMakesOpensAndSavesShowsInItsOwnWords) {
     EXPECT_THROW(app.agentNewShow("  Spaced  ", ShowTemplate::blank, std::nullopt), AgentFailure);
     EXPECT_THROW(app.agentOpenShow(temp / "missing.velarion"), AgentFailure);
 
+    // No scratch area to make the package in: the open show stays.
     app.agentOpenShow(saved);
+    fs::remove_all(folders.unsavedFolder());
+    std::ofstream(folders.unsavedFolder()) << "in the way";
+    try {
+        app.agentNewShow("Next", ShowTemplate::blank, std::nullopt);
+        FAIL() << "no package, no show";
+    } catch (const AgentFailure& failure) {
+        EXPECT_TRUE(failure.message.starts_with("Couldn't create the show: ")) << failure.message;
+    }
+    EXPECT_EQ(app.package()->url(), saved);
     app.agentNote("Agent checked the screens");
     EXPECT_TRUE(engineLogged("Agent checked the screens"));
     EXPECT_FALSE(app.agentRedo());

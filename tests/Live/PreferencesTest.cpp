@@ -114,18 +114,5 @@ TEST_F(PreferencesTest, TheSessionGivesItsShowToRecoverOnceAndOnlyWhileItExists)
     EXPECT_FALSE(session.takeShowToRecover());
 }
 
-TEST(PreferencesLocation, FollowsXdgConfigHomeAndFallsBackToTheHomeFolder) {
-    const char* oldConfig = std::getenv("XDG_CONFIG_HOME");
-    const std::optional<std::string> saved = oldConfig ? std::optional<std::string>(oldConfig) : std::nullopt;
-    ::setenv("XDG_CONFIG_HOME", "/tmp/config-here", 1);
-    EXPECT_EQ(Preferences::standardFile(), "/tmp/config-here/Velarion/preferences.json");
-    ::setenv("XDG_CONFIG_HOME", "relative/ignored", 1);
-    EXPECT_EQ(Preferences::standardFile(), fs::path(std::getenv("HOME")) / ".config/Velarion/preferences.json");
-    if (saved)
-        ::setenv("XDG_CONFIG_HOME", saved->c_str(), 1);
-    else
-        ::unsetenv("XDG_CONFIG_HOME");
-}
-
 } // namespace
 } // namespace velarion::testing
