@@ -5,7 +5,7 @@ BUILD     ?= build
 ASAN      ?= build-asan
 FUZZ      ?= build-fuzz
 JOBS      ?= $(shell nproc)
-FUZZ_SECONDS ?= 30
+FUZZ_SECONDS ?= 20
 CMAKE_GEN := -G Ninja
 
 .PHONY: deps build run test unit-test sanitize-test fuzz-test boundary-check bench clean
