@@ -20,9 +20,14 @@ namespace velarion::testing {
 namespace {
 
 // Starts a program from PATH with its output going to `output` (or nowhere).
+// `setpriv` makes it die with this process, so a test that is killed leaves
+// no server behind. (posix_spawn, not fork: GStreamer's threads may hold
+// locks that a forked child would wait on for ever.)
 pid_t spawn(const std::vector<std::string>& command, const std::filesystem::path& output = "/dev/null") {
+    std::vector<std::string> wrapped{"setpriv", "--pdeathsig", "KILL", "--"};
+    wrapped.insert(wrapped.end(), command.begin(), command.end());
     std::vector<char*> argv;
-    for (const std::string& part : command) argv.push_back(const_cast<char*>(part.c_str()));
+    for (const std::string& part : wrapped) argv.push_back(const_cast<char*>(part.c_str()));
     argv.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -87,7 +92,7 @@ std::unique_ptr<PrivateSoundServer> PrivateSoundServer::start(std::string& whyNo
                              "--use-pid-file=no", "--disallow-exit", "--log-target=stderr",
                              "-F", (server->folder_ / "server.pa").string()});
     if (server->server_ < 0) {
-        whyNot = "pulseaudio is not installed (scripts/install-deps installs it)";
+        whyNot = "no process could be started for the sound server";
         return nullptr;
     }
     for (int attempt = 0; attempt < 100; ++attempt) {
@@ -96,9 +101,12 @@ std::unique_ptr<PrivateSoundServer> PrivateSoundServer::start(std::string& whyNo
             whyNot = "the sound server's sinks did not start running";
             return nullptr;
         }
-        if (waitpid(server->server_, nullptr, WNOHANG) == server->server_) {
+        int status = 0;
+        if (waitpid(server->server_, &status, WNOHANG) == server->server_) {
             server->server_ = -1;
-            whyNot = "pulseaudio exited at start";
+            whyNot = WIFEXITED(status) && WEXITSTATUS(status) == 127
+                         ? "pulseaudio is not installed (scripts/install-deps installs it)"
+                         : "pulseaudio exited at start";
             return nullptr;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
