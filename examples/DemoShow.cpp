@@ -3,10 +3,12 @@
 // repository holds no media. The slides are drawn when the show is opened.
 // Usage: velarion-demo-show OUT.velarion [--video CLIP.mp4]
 
+#include "LiveEngine/WavImage.h"
 #include "LiveModel/ShowPackage.h"
 #include "LiveModel/ShowTemplate.h"
 #include "LiveModel/Song.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -22,38 +24,23 @@ namespace {
 
 constexpr int sampleRate = 44100;
 
-void put(std::string& out, std::uint32_t value, int bytes) {
-    for (int i = 0; i < bytes; ++i) out.push_back(static_cast<char>((value >> (8 * i)) & 0xff));
-}
-
 // A gentle stereo arpeggio over `notes` (Hz), each `noteSeconds` long, with
 // soft attacks so it loops and crossfades without clicks.
 std::string tune(const std::vector<double>& notes, double noteSeconds, int repeats) {
-    const auto frames = static_cast<std::uint32_t>(notes.size() * repeats * noteSeconds * sampleRate);
-    std::string wav = "RIFF";
-    put(wav, 36 + frames * 4, 4);
-    wav += "WAVEfmt ";
-    put(wav, 16, 4);
-    put(wav, 1, 2);
-    put(wav, 2, 2);
-    put(wav, sampleRate, 4);
-    put(wav, sampleRate * 4, 4);
-    put(wav, 4, 2);
-    put(wav, 16, 2);
-    wav += "data";
-    put(wav, frames * 4, 4);
-    const auto noteFrames = static_cast<std::uint32_t>(noteSeconds * sampleRate);
-    for (std::uint32_t frame = 0; frame < frames; ++frame) {
+    const auto frames = static_cast<std::size_t>(notes.size() * repeats * noteSeconds * sampleRate);
+    const auto noteFrames = static_cast<std::size_t>(noteSeconds * sampleRate);
+    std::vector<std::int16_t> samples;
+    samples.reserve(frames * 2);
+    for (std::size_t frame = 0; frame < frames; ++frame) {
         const double hertz = notes[(frame / noteFrames) % notes.size()];
         const double t = static_cast<double>(frame % noteFrames) / sampleRate;
         const double envelope = std::min(t / 0.02, 1.0) * std::exp(-2.5 * t);
         const double value = 0.3 * envelope * (std::sin(2 * std::numbers::pi * hertz * t) +
                                                0.3 * std::sin(4 * std::numbers::pi * hertz * t));
-        const auto sample = static_cast<std::uint16_t>(static_cast<std::int16_t>(std::lround(value * 32767)));
-        put(wav, sample, 2);
-        put(wav, sample, 2);
+        samples.insert(samples.end(), 2, static_cast<std::int16_t>(std::lround(value * 32767)));
     }
-    return wav;
+    const auto wav = wavImage(sampleRate, 2, samples);
+    return std::string(wav.begin(), wav.end());
 }
 
 MediaItem mediaItem(MediaKind kind, std::string name, std::string fileName, std::optional<double> seconds) {
