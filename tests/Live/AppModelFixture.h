@@ -8,6 +8,7 @@
 #include "FakePictures.h"
 #include "FakePlayers.h"
 #include "ManualShowWriter.h"
+#include "ShowBuilder.h"
 #include "TempFolder.h"
 #include "VirtualScheduler.h"
 
@@ -40,19 +41,9 @@ protected:
     // A show with one section of graphic cues, saved as a package in the
     // shows folder.
     static Show showWithCues(const std::string& title, std::initializer_list<std::string> cueNames) {
-        Show show;
-        show.id = Uuid::random();
-        show.title = title;
-        Section section{Uuid::random(), "Main", std::nullopt, std::nullopt, {}};
-        for (const std::string& name : cueNames) {
-            Cue cue;
-            cue.id = Uuid::random();
-            cue.name = name;
-            cue.kind = GraphicCue{name, "", std::nullopt};
-            section.cues.push_back(cue);
-        }
-        show.sections.push_back(section);
-        return show;
+        Section section = makeSection("Main");
+        for (const std::string& name : cueNames) section.cues.push_back(makeCue(name, GraphicCue{name, "", std::nullopt}));
+        return makeShow(title, {section});
     }
     std::filesystem::path savePackage(const Show& show, const std::string& fileName) {
         const auto location = folders.showsFolder() / (fileName + ".velarion");

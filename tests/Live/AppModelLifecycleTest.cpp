@@ -53,9 +53,6 @@ TEST_F(AppModelLifecycleTest, RecoveryReopensTheShowWithNothingPlayingAndSaysSo)
     EXPECT_EQ(app.package()->url(), location);
     EXPECT_TRUE(app.engine()->state().running.empty());
     EXPECT_EQ(app.status(), AppModel::recoveredWarning);
-    EXPECT_EQ(AppModel::recoveredWarning,
-              "Velarion quit unexpectedly and reopened this show. Nothing is playing — check the "
-              "screens, then GO from Next.");
     EXPECT_TRUE(engineLogged(AppModel::recoveredWarning));
     EXPECT_EQ(preferences->value(preferenceKeys::openShow), location.string()) << "set again by the load";
 

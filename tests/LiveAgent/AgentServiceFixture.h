@@ -4,6 +4,7 @@
 // with JSON text for arguments.
 
 #include "FakeAgentHost.h"
+#include "ShowBuilder.h"
 
 #include "LiveAgent/AgentService.h"
 
@@ -23,28 +24,13 @@ protected:
     }
 
     Uuid addItem(const std::string& name, MediaKind kind, std::optional<double> seconds = {}) {
-        MediaItem item;
-        item.id = Uuid::random();
-        item.kind = kind;
-        item.name = name;
-        item.fileName = name;
-        item.duration = seconds;
-        show.library.push_back(item);
-        return item.id;
+        return build.addItem(name, kind, seconds);
     }
     Cue& add(std::string name, CueKind kind, std::size_t section = 0, Follow follow = Follow::manual) {
-        Cue cue;
-        cue.id = Uuid::random();
-        cue.name = std::move(name);
-        cue.kind = std::move(kind);
-        cue.follow = follow;
-        auto& cues = show.sections.edit(section).cues;
-        cues.push_back(cue);
-        return cues.edit(cues.size() - 1);
+        return build.add(std::move(name), std::move(kind), follow, section);
     }
     Cue& video(std::string name, std::size_t section = 0, Follow follow = Follow::manual) {
-        const Uuid item = addItem(name + ".mp4", MediaKind::video, 10);
-        return add(std::move(name), VideoCue{item}, section, follow);
+        return build.video(std::move(name), follow, section);
     }
 
     void open() { host->load(show); }
@@ -72,6 +58,7 @@ protected:
     std::shared_ptr<FakeAgentHost> host = std::make_shared<FakeAgentHost>();
     AgentService service{host, host->scheduler};
     Show show;
+    ShowBuilder build{show};
 };
 
 } // namespace velarion::testing

@@ -2,6 +2,8 @@
 // What the socket tests share: a private folder, a main loop run by a thread
 // of its own, a raw peer that speaks bytes rather than records, and handlers.
 
+#include "TempFolder.h"
+
 #include "LiveAgentKit/AgentMainLoop.h"
 #include "LiveAgentKit/AgentSocketServer.h"
 #include "LiveAgentKit/UniqueFd.h"
@@ -28,26 +30,9 @@ namespace velarion::socketTest {
 // Long enough never to cut a slow run short; only a hang reaches it.
 inline constexpr auto hangGuard = std::chrono::seconds(20);
 
-class TempFolder {
-public:
-    TempFolder() {
-        char name[] = "/tmp/vsock-XXXXXX";
-        if (::mkdtemp(name) == nullptr)
-            throw std::runtime_error("mkdtemp failed");
-        path_ = name;
-    }
-    ~TempFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-
-    const std::string& path() const { return path_; }
-    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
+// Short, for socket paths.
+struct TempFolder : testing::TempFolder {
+    TempFolder() : testing::TempFolder("vsock") {}
 };
 
 // The main loop: tasks run in order on one thread until the loop is destroyed.

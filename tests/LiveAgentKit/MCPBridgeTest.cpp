@@ -6,6 +6,8 @@
 #include "LiveAgentKit/MCPBridge.h"
 
 #include "AgentSocketTestSupport.h"
+#include "ChildProcess.h"
+#include "LiveAgentKit/AgentSocketError.h"
 #include "LiveAgentKit/AgentSocketServer.h"
 #include "LiveAgentKit/DetachedLaunch.h"
 
@@ -18,7 +20,6 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <mutex>
-#include <spawn.h>
 #include <sstream>
 #include <string>
 #include <sys/syscall.h>
@@ -35,11 +36,13 @@ using namespace std::chrono_literals;
 using Object = JSONValue::Object;
 namespace fs = std::filesystem;
 
-const std::string notRunning = "Velarion isn't running or its local connection is unavailable. "
-                               "Open Velarion; check Settings → Agent control for connection "
-                               "errors.";
-const std::string noAnswer = "Velarion closed the connection before answering. The action may "
-                             "have happened; read get_show before retrying it.";
+// The socket's sentences are checked where they are made; here, that the
+// bridge passes the right one on.
+std::string wordsOf(AgentSocketErrorCase reason) {
+    return AgentSocketError(reason).errorDescription();
+}
+const std::string notRunning = wordsOf(agentSocketError::NotRunning{});
+const std::string noAnswer = wordsOf(agentSocketError::Closed{});
 const std::string running = JSONValue(Object{{"running", true}}).prettyText();
 
 // Short waits, so a failing test doesn't take long; the bounds that decide
@@ -131,72 +134,6 @@ private:
     std::string folder_;
 };
 
-// A program with pipes on its standard input and output.
-class ChildProcess {
-public:
-    ChildProcess(const std::string& program, const std::vector<std::string>& environment) {
-        // A child that died shows as a failed write, not as a signal.
-        std::signal(SIGPIPE, SIG_IGN);
-        int in[2] = {-1, -1};
-        int out[2] = {-1, -1};
-        if (::pipe2(in, O_CLOEXEC) != 0 || ::pipe2(out, O_CLOEXEC) != 0)
-            throw std::runtime_error("pipe failed");
-        UniqueFd childInput(in[0]);
-        UniqueFd childOutput(out[1]);
-        input_.reset(in[1]);
-        output_.reset(out[0]);
-
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, childInput.get(), 0);
-        posix_spawn_file_actions_adddup2(&actions, childOutput.get(), 1);
-        std::string name = program;
-        std::vector<char*> arguments{name.data(), nullptr};
-        std::vector<std::string> entries = environment;
-        std::vector<char*> variables;
-        for (std::string& entry : entries)
-            variables.push_back(entry.data());
-        variables.push_back(nullptr);
-        const int failed = ::posix_spawn(&pid_, program.c_str(), &actions, nullptr,
-                                         arguments.data(), variables.data());
-        posix_spawn_file_actions_destroy(&actions);
-        if (failed != 0)
-            throw std::runtime_error("can't start " + program);
-    }
-    ~ChildProcess() {
-        if (pid_ > 0) {
-            ::kill(pid_, SIGKILL);
-            ::waitpid(pid_, nullptr, 0);
-        }
-    }
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
-
-    pid_t pid() const { return pid_; }
-
-    void writeLine(const std::string& line) {
-        const std::string bytes = line + "\n";
-        if (::write(input_.get(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
-            throw std::runtime_error("write failed");
-    }
-    std::optional<std::string> readLine() { return readLineFrom(output_.get(), buffer_, 20); }
-
-    // Ends its input and waits for it to exit: its exit status.
-    int finish() {
-        input_.reset();
-        int status = 0;
-        ::waitpid(pid_, &status, 0);
-        pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-private:
-    pid_t pid_ = -1;
-    UniqueFd input_;
-    UniqueFd output_;
-    std::string buffer_;
-};
-
 TEST(MCPBridge, PassesToolCallsOnAndTheApplicationsWordsBack) {
     ThreadMainLoop loop;
     TempFolder temp;
@@ -245,8 +182,7 @@ TEST(MCPBridge, SocketFailuresAreToolErrorsInTheirOwnWords) {
     }
     {
         MCPBridge bridge(settingsFor("relative/agent.sock"));
-        EXPECT_EQ(callTool(bridge, "get_state").text,
-                  "The control socket path must be an absolute path without null characters.");
+        EXPECT_EQ(callTool(bridge, "get_state").text, wordsOf(agentSocketError::InvalidPath{}));
     }
 
     ThreadMainLoop loop;
@@ -259,8 +195,7 @@ TEST(MCPBridge, SocketFailuresAreToolErrorsInTheirOwnWords) {
         MCPBridge bridge(settings);
         const ToolResult result = callTool(bridge, "get_state");
         EXPECT_TRUE(result.isError);
-        EXPECT_EQ(result.text, "Velarion did not answer in time. The action may have happened; "
-                               "read get_show before retrying it.");
+        EXPECT_EQ(result.text, wordsOf(agentSocketError::TimedOut{}));
     }
     {
         MCPBridge bridge(settingsFor(server.path()));
@@ -300,8 +235,8 @@ TEST(MCPBridge, LaunchAppOpensTheVelarionBesideTheBridgeAndAnswersOnceItListens)
     fs::copy_file(VELARION_STAND_IN_PROGRAM, temp / "velarion");
     writeFile(temp / "stand-in.conf", "listen_after_seconds=0.5\nlifetime_seconds=60\n");
     const StandInGuard guard(temp.path());
-    ChildProcess bridge(temp / "velarion-mcp",
-                        environmentWith(agentSocketPath::environmentVariable, temp / "agent.sock"));
+    testing::ChildProcess bridge(temp / "velarion-mcp", {},
+                                 {{agentSocketPath::environmentVariable, (temp / "agent.sock").string()}});
 
     bridge.writeLine(toolsCall(1, "launch_app"));
     const ToolResult launched = toolResult(bridge.readLine());
@@ -323,7 +258,7 @@ TEST(MCPBridge, LaunchAppOpensTheVelarionBesideTheBridgeAndAnswersOnceItListens)
 
     bridge.writeLine(toolsCall(3, "quit_app"));
     EXPECT_FALSE(toolResult(bridge.readLine()).isError);
-    EXPECT_EQ(bridge.finish(), 0);
+    EXPECT_EQ(bridge.wait(), 0);
 }
 
 TEST(MCPBridge, LaunchAppSaysWhyItCouldntOpenTheApplication) {
@@ -331,12 +266,12 @@ TEST(MCPBridge, LaunchAppSaysWhyItCouldntOpenTheApplication) {
         TempFolder temp;
         MCPBridge bridge(settingsFor(temp / "agent.sock", temp / "velarion"));
         EXPECT_EQ(callTool(bridge, "launch_app").text,
-                  "Couldn't open Velarion (" + temp / "velarion" +
+                  "Couldn't open Velarion (" + (temp / "velarion").string() +
                       "): No such file or directory. Open it yourself, then call launch_app "
                       "again.");
         writeFile(temp / "velarion", "not a program");
         EXPECT_EQ(callTool(bridge, "launch_app").text,
-                  "Couldn't open Velarion (" + temp / "velarion" +
+                  "Couldn't open Velarion (" + (temp / "velarion").string() +
                       "): Permission denied. Open it yourself, then call launch_app again.");
     }
     {

@@ -128,35 +128,28 @@ TEST_F(MCPServerTest, HandshakeChoosesAKnownProtocolVersion) {
         JSONValue("2025-03-26"));
 }
 
-TEST_F(MCPServerTest, ToolsListGivesTheCatalogueInOrderWithTiers) {
+TEST_F(MCPServerTest, ToolsListGivesEveryToolWithAClosedSchema) {
     const JSONValue list = resultOf(R"({"id":1,"method":"tools/list"})");
     ASSERT_NE(list["tools"], nullptr);
     const JSONValue::Array& tools = *list["tools"]->arrayValue();
-    ASSERT_EQ(tools.size(), 44u);
-    ASSERT_EQ(agentTools::all().size(), 44u);
-
-    std::string tiers;
-    for (std::size_t i = 0; i < tools.size(); ++i) {
-        const AgentTool& tool = agentTools::all()[i];
-        EXPECT_EQ(tools[i], JSONValue(Object{{"name", tool.name},
-                                             {"description", tool.description},
-                                             {"inputSchema", tool.inputSchema}}));
-        EXPECT_EQ(agentTools::tool(tool.name), &tool);
-        tiers += std::string(toString(tool.tier)).substr(0, 1);
-
-        // Every object schema closes its keys and lists its required ones.
-        const JSONValue& schema = tool.inputSchema;
-        EXPECT_EQ(*schema["type"], JSONValue("object")) << tool.name;
-        EXPECT_EQ(*schema["additionalProperties"], JSONValue(false)) << tool.name;
-        EXPECT_NE(schema["required"]->arrayValue(), nullptr) << tool.name;
+    ASSERT_EQ(tools.size(), agentTools::all().size());
+    for (const JSONValue& tool : tools) {
+        const JSONValue& schema = *tool["inputSchema"];
+        SCOPED_TRACE(tool["name"]->stringValue().value_or("?"));
+        EXPECT_EQ(*schema["type"], JSONValue("object"));
+        EXPECT_EQ(*schema["additionalProperties"], JSONValue(false));
+        EXPECT_NE(schema["required"]->arrayValue(), nullptr);
+        EXPECT_NE(tool["description"]->stringValue(), std::nullopt);
     }
-    EXPECT_EQ(*tools.front()["name"], JSONValue("get_show"));
-    EXPECT_EQ(*tools.back()["name"], JSONValue("redo"));
-    // Reading, running the show, launch_app and lock_show, then building.
-    EXPECT_EQ(tiers, std::string(5, 'o') + std::string(14, 'r') + "or" + std::string(23, 'e'));
     EXPECT_EQ(agentTools::tool("Get_show"), nullptr);
-    EXPECT_EQ(parseAgentTier("edit"), AgentTier::edit);
-    EXPECT_EQ(parseAgentTier("Edit"), std::nullopt);
+    // The tier decides what the operator must allow: a tool in the wrong one
+    // runs the show or edits it unasked.
+    for (const auto& [name, tier] : {std::pair{"get_show", AgentTier::observe}, {"launch_app", AgentTier::observe},
+                                     {"go", AgentTier::run}, {"fire_cue", AgentTier::run},
+                                     {"add_cue", AgentTier::edit}, {"redo", AgentTier::edit}}) {
+        ASSERT_NE(agentTools::tool(name), nullptr) << name;
+        EXPECT_EQ(agentTools::tool(name)->tier, tier) << name;
+    }
 }
 
 TEST_F(MCPServerTest, ToolCallForwardsValidArgumentsAndPrintsTheResult) {
@@ -188,16 +181,8 @@ TEST(AgentGuide, SnippetsCarryTheBridgePath) {
     EXPECT_EQ(agentGuide::claudeDesktopEntry(path),
               "\"velarion\": { \"command\": \"/opt/Velarion/velarion-mcp\" }");
     const std::string guide = agentGuide::agentInstructions(path);
-    EXPECT_NE(guide.find("  command: " + path +
-                         "\n\nClaude Code:     " + agentGuide::claudeCodeCommand(path) +
-                         "\nClaude Desktop, Cursor, and most MCP clients — add to "
-                         "\"mcpServers\":\n  " +
-                         agentGuide::claudeDesktopEntry(path) + "\n\nVelarion must be open."),
-              std::string::npos);
-    EXPECT_EQ(guide.rfind("# Velarion — instructions for AI agents\n\n", 0), 0u);
-    const std::string ending = "\n7. ready_check, and tell the operator anything it flags.";
-    ASSERT_GT(guide.size(), ending.size());
-    EXPECT_EQ(guide.substr(guide.size() - ending.size()), ending);
+    EXPECT_NE(guide.find(agentGuide::claudeCodeCommand(path)), std::string::npos);
+    EXPECT_NE(guide.find(agentGuide::claudeDesktopEntry(path)), std::string::npos);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "FakePictures.h"
 #include "FakePlayers.h"
 #include "RecordingOutputManager.h"
+#include "ShowBuilder.h"
 #include "VirtualScheduler.h"
 
 #include "LiveEngine/LiveEngine.h"
@@ -43,39 +44,18 @@ protected:
     }
 
     Uuid addItem(const std::string& name, MediaKind kind, std::optional<double> seconds = {}) {
-        MediaItem item;
-        item.id = Uuid::random();
-        item.kind = kind;
-        item.name = name;
-        item.fileName = name;
-        item.duration = seconds;
-        show.library.push_back(item);
-        return item.id;
+        return build.addItem(name, kind, seconds);
     }
-
     Cue& add(std::string name, CueKind kind, Follow follow = Follow::manual, std::size_t section = 0) {
-        Cue cue;
-        cue.id = Uuid::random();
-        cue.name = std::move(name);
-        cue.kind = std::move(kind);
-        cue.follow = follow;
-        show.sections.edit(section).cues.push_back(cue);
-        auto& cues = show.sections.edit(section).cues;
-        return cues.edit(cues.size() - 1);
+        return build.add(std::move(name), std::move(kind), follow, section);
     }
-    Cue& image(std::string name, Follow follow = Follow::manual) {
-        const Uuid item = addItem(name + ".png", MediaKind::image);
-        return add(std::move(name), ImageCue{item}, follow);
-    }
-    Cue& video(std::string name, Follow follow = Follow::manual) {
-        const Uuid item = addItem(name + ".mp4", MediaKind::video, 10);
-        return add(std::move(name), VideoCue{item}, follow);
-    }
+    Cue& image(std::string name, Follow follow = Follow::manual) { return build.image(std::move(name), follow); }
+    Cue& video(std::string name, Follow follow = Follow::manual) { return build.video(std::move(name), follow); }
     Cue& graphic(std::string name, std::optional<double> seconds, Follow follow = Follow::manual) {
-        return add(name, GraphicCue{name, "", seconds}, follow);
+        return build.graphic(std::move(name), seconds, follow);
     }
     Cue& clearCue(std::string name, ClearTarget target, Follow follow = Follow::manual) {
-        return add(std::move(name), ClearCue{target, 0, std::nullopt}, follow);
+        return build.clearCue(std::move(name), target, follow);
     }
 
     void start() {
@@ -126,6 +106,7 @@ protected:
     FakeSlidePictures slides;
     AudioDevices* devices = nullptr;
     Show show;
+    ShowBuilder build{show};
     std::unique_ptr<LiveEngine> engine;
 };
 

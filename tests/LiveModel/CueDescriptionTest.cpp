@@ -1,5 +1,7 @@
 // The line under a cue's name, and the time texts it is built from.
 
+#include "ShowBuilder.h"
+
 #include "LiveModel/CueDescription.h"
 #include "LiveModel/TimeText.h"
 
@@ -13,19 +15,12 @@ namespace {
 struct Fixture {
     Show show;
     MediaItem add(MediaKind kind, std::string name, std::optional<double> duration = {}) {
-        MediaItem item;
-        item.id = Uuid::random();
-        item.kind = kind;
-        item.name = std::move(name);
-        item.duration = duration;
+        MediaItem item = testing::makeItem(kind, std::move(name), duration);
         show.library.push_back(item);
         return item;
     }
     std::string describe(CueKind kind, std::optional<MusicHandoff> handoff = {}) {
-        Cue cue;
-        cue.id = Uuid::random();
-        cue.name = "Cue";
-        cue.kind = std::move(kind);
+        Cue cue = testing::makeCue("Cue", std::move(kind));
         cue.musicHandoff = handoff;
         return cueDescription(cue, show);
     }

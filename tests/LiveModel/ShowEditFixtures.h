@@ -1,6 +1,8 @@
 #pragma once
 // Small shows, cues and helpers shared by the edit, history and group tests.
 
+#include "ShowBuilder.h"
+
 #include "LiveModel/ShowEdit.h"
 
 #include <functional>
@@ -13,30 +15,10 @@ namespace velarion::editTesting {
 
 inline Cue makeCue(std::string name, Follow follow = Follow::manual, bool enabled = true,
                    CueKind kind = GraphicCue{}) {
-    Cue cue;
-    cue.id = Uuid::random();
-    cue.name = std::move(name);
-    cue.kind = std::move(kind);
-    cue.follow = follow;
-    cue.isEnabled = enabled;
-    return cue;
+    return testing::makeCue(std::move(name), std::move(kind), follow, enabled);
 }
-
-inline Section makeSection(std::string title, std::vector<Cue> cues) {
-    Section section;
-    section.id = Uuid::random();
-    section.title = std::move(title);
-    section.cues = std::move(cues);
-    return section;
-}
-
-inline Show makeShow(std::vector<Section> sections) {
-    Show show;
-    show.id = Uuid::random();
-    show.title = "Sunday";
-    for (auto& section : sections) show.sections.emplace_back(std::move(section));
-    return show;
-}
+using testing::makeSection;
+inline Show makeShow(std::vector<Section> sections) { return testing::makeShow("Sunday", std::move(sections)); }
 
 inline CueGroup makeGroup(std::string name, std::vector<Uuid> cueIDs) {
     return CueGroup{Uuid::random(), std::move(name), std::move(cueIDs), false};

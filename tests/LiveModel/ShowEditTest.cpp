@@ -27,6 +27,37 @@ Uuid sectionID(const Show& show, std::size_t index) {
     return show.sections[index].id;
 }
 
+TEST(ShowEdit, AnEditOfSomethingGoneIsRefusedInWords) {
+    const Show show = twoSections();
+    const Uuid gone = Uuid::random(), section = sectionID(show, 0), cue = named(show, "B").id;
+    const std::vector<Cue> block = {makeCue("X")};
+    const std::pair<ShowEdit, const char*> cases[] = {
+        {edit::RenameSection{gone, "Welcome"}, sectionMissing},
+        {edit::MoveSection{gone, 0}, sectionMissing},
+        {edit::DeleteSection{gone}, sectionMissing},
+        {edit::SetSectionSchedule{gone, 1, 1}, sectionMissing},
+        {edit::InsertCue{makeCue("X"), gone, std::nullopt}, sectionMissing},
+        {edit::InsertCues{block, std::nullopt, gone}, cueMissing},
+        {edit::InsertCues{block, gone, std::nullopt}, sectionMissing},
+        {edit::UpdateCue{makeCue("Stranger")}, cueMissing},
+        {edit::DeleteCue{gone}, cueMissing},
+        {edit::MoveCue{gone, section, 0}, cueMissing},
+        {edit::MoveCue{cue, gone, 0}, sectionMissing},
+        {edit::MoveMoment{gone, std::nullopt}, cueMissing},
+        {edit::MoveMoment{cue, gone}, cueMissing},
+        {edit::MoveMomentToSection{cue, gone, std::nullopt}, sectionMissing},
+        {edit::MoveMomentToSection{gone, section, std::nullopt}, cueMissing},
+        {edit::UpdateMedia{MediaItem{}}, "That media is missing from the show."},
+        {edit::RemoveMedia{gone}, "That media is missing from the show."},
+        {edit::UpdateCueGroup{makeGroup("G", {cue})}, "That cue group no longer exists."},
+        {edit::RemoveCueGroup{gone}, "That cue group no longer exists."},
+    };
+    for (const auto& [change, words] : cases) {
+        SCOPED_TRACE(words);
+        EXPECT_EQ(refusal(change, show), words);
+    }
+}
+
 TEST(ShowEditDocument, TitleAndSectionNamesAreTrimmedAndNeverEmpty) {
     const Show show = twoSections();
     const Show titled = apply(edit::SetTitle{"  Easter\n", " \u00A0Sunrise\t"}, show);
@@ -38,7 +69,6 @@ TEST(ShowEditDocument, TitleAndSectionNamesAreTrimmedAndNeverEmpty) {
     const Uuid first = sectionID(show, 0);
     EXPECT_EQ(apply(edit::RenameSection{first, " Welcome "}, show).sections[0].title, "Welcome");
     EXPECT_EQ(refusal(edit::RenameSection{first, "   "}, show), emptyName);
-    EXPECT_EQ(refusal(edit::RenameSection{Uuid::random(), "Welcome"}, show), sectionMissing);
 }
 
 TEST(ShowEditDocument, SectionsAreAddedMovedAndRemovedWithClampedIndices) {
@@ -53,10 +83,8 @@ TEST(ShowEditDocument, SectionsAreAddedMovedAndRemovedWithClampedIndices) {
     EXPECT_EQ(layout(apply(edit::MoveSection{middle, -3}, three)), "D E|A B C|X");
     EXPECT_EQ(layout(apply(edit::MoveSection{middle, 99}, three)), "A B C|X|D E");
     EXPECT_EQ(layout(apply(edit::MoveSection{sectionID(three, 0), 1}, three)), "D E|A B C|X");
-    EXPECT_EQ(refusal(edit::MoveSection{Uuid::random(), 0}, three), sectionMissing);
 
     EXPECT_EQ(layout(apply(edit::DeleteSection{middle}, three)), "A B C|X");
-    EXPECT_EQ(refusal(edit::DeleteSection{Uuid::random()}, three), sectionMissing);
 }
 
 TEST(ShowEditDocument, ScheduleStoresBothValuesEvenWhenAbsent) {
@@ -68,7 +96,6 @@ TEST(ShowEditDocument, ScheduleStoresBothValuesEvenWhenAbsent) {
     show = apply(edit::SetSectionSchedule{first, std::nullopt, 30}, show);
     EXPECT_FALSE(show.sections[0].plannedStart);
     EXPECT_EQ(show.sections[0].plannedMinutes, 30);
-    EXPECT_EQ(refusal(edit::SetSectionSchedule{Uuid::random(), 1, 1}, show), sectionMissing);
 }
 
 TEST(ShowEditDocument, SlideDissolveIsLimited) {
@@ -92,7 +119,6 @@ TEST(ShowEditCues, InsertCueGoesBehindItsAnchorOrToTheEnd) {
     EXPECT_EQ(layout(apply(edit::InsertCue{x, sectionID(show, 0), Uuid::random()}, show)),
               "A B C X|D E");
     EXPECT_EQ(layout(apply(edit::InsertCue{x, std::nullopt, std::nullopt}, show)), "A B C|D E X");
-    EXPECT_EQ(refusal(edit::InsertCue{x, Uuid::random(), std::nullopt}, show), sectionMissing);
 
     const Show empty = makeShow({});
     const Show started = apply(edit::InsertCue{x, std::nullopt, std::nullopt}, empty);
@@ -114,8 +140,6 @@ TEST(ShowEditCues, InsertCuesLandInFrontOfAWholeMomentInOrder) {
     EXPECT_EQ(layout(apply(edit::InsertCues{block, std::nullopt, std::nullopt}, show)),
               "A B C|D X Y");
     EXPECT_EQ(apply(edit::InsertCues{{}, Uuid::random(), Uuid::random()}, show), show);
-    EXPECT_EQ(refusal(edit::InsertCues{block, std::nullopt, Uuid::random()}, show), cueMissing);
-    EXPECT_EQ(refusal(edit::InsertCues{block, Uuid::random(), std::nullopt}, show), sectionMissing);
     EXPECT_EQ(layout(apply(edit::InsertCues{block, std::nullopt, std::nullopt}, makeShow({}))),
               "X Y");
 }
@@ -153,7 +177,6 @@ TEST(ShowEditCues, UpdateCueReplacesItAndRefusesABadGroupDuration) {
     }
     changed.groupDuration = 12.5;
     EXPECT_EQ(named(apply(edit::UpdateCue{changed}, show), "D").groupDuration, 12.5);
-    EXPECT_EQ(refusal(edit::UpdateCue{makeCue("Stranger")}, show), cueMissing);
 }
 
 TEST(ShowEditCues, DeleteCueKeepsReferencesOfClearCues) {
@@ -175,8 +198,6 @@ TEST(ShowEditCues, MoveCueClampsAgainstTheSectionAsItNowStands) {
     EXPECT_EQ(layout(apply(edit::MoveCue{a, sectionID(show, 0), 99}, show)), "B C A|D E");
     EXPECT_EQ(layout(apply(edit::MoveCue{a, sectionID(show, 0), 1}, show)), "B A C|D E");
     EXPECT_EQ(layout(apply(edit::MoveCue{a, sectionID(show, 1), -4}, show)), "B C|A D E");
-    EXPECT_EQ(refusal(edit::MoveCue{Uuid::random(), sectionID(show, 0), 0}, show), cueMissing);
-    EXPECT_EQ(refusal(edit::MoveCue{a, Uuid::random(), 0}, show), sectionMissing);
 }
 
 // "A B+C|D E+F": B-C and E-F are moments (C and F follow With Previous).
@@ -196,8 +217,6 @@ TEST(ShowEditMoments, MoveMomentCarriesTheWholeBundle) {
     EXPECT_EQ(layout(apply(edit::MoveMoment{c, std::nullopt}, show)), "A|D E F B C");
     // A target inside the moment itself changes nothing.
     EXPECT_EQ(apply(edit::MoveMoment{c, named(show, "B").id}, show), show);
-    EXPECT_EQ(refusal(edit::MoveMoment{Uuid::random(), std::nullopt}, show), cueMissing);
-    EXPECT_EQ(refusal(edit::MoveMoment{c, Uuid::random()}, show), cueMissing);
 }
 
 TEST(ShowEditMoments, MoveMomentToSectionTreatsAnInnerTargetAsNone) {
@@ -209,10 +228,6 @@ TEST(ShowEditMoments, MoveMomentToSectionTreatsAnInnerTargetAsNone) {
     EXPECT_EQ(layout(apply(edit::MoveMomentToSection{b, two, named(show, "C").id}, show)),
               "A|D E F B C");
     EXPECT_EQ(layout(apply(edit::MoveMomentToSection{b, two, std::nullopt}, show)), "A|D E F B C");
-    EXPECT_EQ(refusal(edit::MoveMomentToSection{b, Uuid::random(), std::nullopt}, show),
-              sectionMissing);
-    EXPECT_EQ(refusal(edit::MoveMomentToSection{Uuid::random(), two, std::nullopt}, show),
-              cueMissing);
 }
 
 TEST(ShowEditMoments, MovesFreezeTheFirstCueRule) {
@@ -252,8 +267,6 @@ TEST(ShowEditMedia, RenamingAnItemRenamesCuesStillCalledAfterIt) {
     EXPECT_EQ(renamed.library[0].name, "Intro 2024");
     EXPECT_TRUE(renamed.sections.shared(1).sharesStorageWith(show.sections.shared(1)));
 
-    item.id = Uuid::random();
-    EXPECT_EQ(refusal(edit::UpdateMedia{item}, show), "That media is missing from the show.");
     // No check for a double id when adding.
     EXPECT_EQ(apply(edit::AddMedia{show.library[0]}, show).library.size(), 2u);
 }
@@ -276,8 +289,6 @@ TEST(ShowEditMedia, RemovalIsRefusedWhileCuesOrDecksUseTheItem) {
     EXPECT_EQ(refusal(edit::RemoveMedia{picture.id}, show), "Still used by cues Sky cue, Lyrics.");
     show.library = {picture};
     EXPECT_EQ(refusal(edit::RemoveMedia{picture.id}, show), "Still used by cue Sky cue.");
-    EXPECT_EQ(refusal(edit::RemoveMedia{Uuid::random()}, show),
-              "That media is missing from the show.");
 
     // The safe slide is no user: the item goes and the safe slide lets go.
     show = apply(edit::DeleteCue{named(show, "Sky cue").id}, show);
@@ -330,8 +341,6 @@ TEST(ShowEditGroups, CreateValidatesAndUpdateAndRemoveNeedTheGroup) {
     CueGroup other = makeGroup("Other", {named(show, "D").id, named(show, "E").id});
     EXPECT_EQ(refusal(edit::CreateCueGroup{other}, show),
               "A cue can belong to only one playback group.");
-    EXPECT_EQ(refusal(edit::UpdateCueGroup{other}, show), "That cue group no longer exists.");
-    EXPECT_EQ(refusal(edit::RemoveCueGroup{other.id}, show), "That cue group no longer exists.");
 
     group.repeats = true;
     group.cueIDs = {named(show, "C").id, named(show, "D").id, named(show, "E").id};

@@ -1,6 +1,9 @@
 #pragma once
 // Shows, library items and file helpers shared by the package tests.
 
+#include "ScopedEnvironment.h"
+#include "ShowBuilder.h"
+
 #include "LiveModel/Show.h"
 
 #include <algorithm>
@@ -13,32 +16,6 @@
 #include <vector>
 
 namespace velarion::testing {
-
-// Sets or unsets an environment variable for one test and puts the old value back.
-class ScopedEnvironment {
-public:
-    ScopedEnvironment(const char* name, const std::optional<std::string>& value) : name_(name) {
-        if (const char* old = std::getenv(name)) old_ = old;
-        if (value) {
-            ::setenv(name, value->c_str(), 1);
-        } else {
-            ::unsetenv(name);
-        }
-    }
-    ~ScopedEnvironment() {
-        if (old_) {
-            ::setenv(name_, old_->c_str(), 1);
-        } else {
-            ::unsetenv(name_);
-        }
-    }
-    ScopedEnvironment(const ScopedEnvironment&) = delete;
-    ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-
-private:
-    const char* name_;
-    std::optional<std::string> old_;
-};
 
 inline void writeText(const std::filesystem::path& file, const std::string& text) {
     std::filesystem::create_directories(file.parent_path());
@@ -60,14 +37,7 @@ inline std::vector<std::string> folderListing(const std::filesystem::path& folde
     return names;
 }
 
-inline MediaItem fileItem(MediaKind kind, std::string fileName) {
-    MediaItem item;
-    item.id = Uuid::random();
-    item.kind = kind;
-    item.name = fileName;
-    item.fileName = std::move(fileName);
-    return item;
-}
+inline MediaItem fileItem(MediaKind kind, std::string fileName) { return makeItem(kind, std::move(fileName)); }
 
 inline MediaItem deckItem(std::vector<std::string> pages, std::string fileName) {
     MediaItem item = fileItem(MediaKind::deck, std::move(fileName));
@@ -77,13 +47,7 @@ inline MediaItem deckItem(std::vector<std::string> pages, std::string fileName) 
     return item;
 }
 
-inline Show showWithLibrary(std::vector<MediaItem> items) {
-    Show show;
-    show.id = Uuid::random();
-    show.title = "Sunday";
-    for (MediaItem& item : items) show.library.emplace_back(std::move(item));
-    return show;
-}
+inline Show showWithLibrary(std::vector<MediaItem> items) { return makeShow("Sunday", {}, std::move(items)); }
 
 // A show with a realistic mix of cues and library items; `cueCount` makes
 // it as large as a test needs.

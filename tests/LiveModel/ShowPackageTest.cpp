@@ -1,20 +1,30 @@
 #include "LiveModel/ShowPackage.h"
 
 #include "LiveModel/ShowJson.h"
+#include "ChildProcess.h"
 #include "ShowPackageFixtures.h"
 #include "TempFolder.h"
 
+#include <array>
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <gtest/gtest.h>
+#include <random>
 #include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 namespace velarion {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::deckItem;
+using testing::fileItem;
 using testing::folderListing;
 using testing::readText;
 using testing::ScopedEnvironment;
+using testing::showWithLibrary;
 using testing::TempFolder;
 using testing::writeText;
 
@@ -318,6 +328,206 @@ TEST(ShowPackageMedia, WriteMediaReplacesAtomicallyInsideThePackageOnly) {
     EXPECT_THROW(package.writeMedia("x", "../show.json"), fs::filesystem_error);
     EXPECT_THROW(package.writeMedia("x", "/etc/evil"), fs::filesystem_error);
     EXPECT_EQ(package.open(), Show{});
+}
+
+// ----------------------------------------------------------- tidying
+
+class ShowPackageTidy : public ::testing::Test {
+protected:
+    ShowPackageTidy() : package(ShowPackage::create(temp / "Show.velarion", Show{})) {}
+
+    void put(const std::string& storedName, const std::string& content = "data") const {
+        writeText(package.mediaURL(storedName), content);
+    }
+    bool has(const std::string& storedName) const {
+        return fs::exists(package.mediaURL(storedName));
+    }
+    static const MediaItem& item(const Show& show, std::size_t index) {
+        return show.library[index];
+    }
+
+    TempFolder temp;
+    ShowPackage package;
+};
+
+TEST_F(ShowPackageTidy, CopiesFlatNamesIntoTheFolderOfTheirKind) {
+    put("a.mov", "movie");
+    put("b.png");
+    put("c.wav");
+    MediaItem video = fileItem(MediaKind::video, "a.mov");
+    video.duration = 12;
+    const Show show = showWithLibrary(
+        {video, fileItem(MediaKind::image, "b.png"), fileItem(MediaKind::audio, "c.wav"),
+         fileItem(MediaKind::video, "gone.mov"), fileItem(MediaKind::video, "Video/tidy.mov")});
+
+    const TidyResult result = package.tidy(show);
+    EXPECT_EQ(item(result.show, 0).fileName, "Video/a.mov");
+    EXPECT_EQ(item(result.show, 0).duration, 12); // the rest of the item is kept
+    EXPECT_EQ(item(result.show, 1).fileName, "Images/b.png");
+    EXPECT_EQ(item(result.show, 2).fileName, "Audio/c.wav");
+    EXPECT_EQ(item(result.show, 3).fileName, "gone.mov"); // reported missing under its old name
+    EXPECT_EQ(item(result.show, 4).fileName, "Video/tidy.mov");
+    EXPECT_EQ(result.oldFiles, (std::vector<std::string>{"a.mov", "b.png", "c.wav"}));
+    // Only copies: the old files stay until the tidied show is saved.
+    EXPECT_EQ(readText(package.mediaURL("Video/a.mov")), "movie");
+    EXPECT_TRUE(has("a.mov"));
+    // The input show is a value and stays as it was.
+    EXPECT_EQ(item(show, 0).fileName, "a.mov");
+
+    // A second tidy finds nothing to do, even before the old files are gone.
+    const TidyResult again = package.tidy(result.show);
+    EXPECT_EQ(again.show, result.show);
+    EXPECT_TRUE(again.oldFiles.empty());
+}
+
+TEST_F(ShowPackageTidy, GathersDeckPagesIntoADeckFolder) {
+    put("1.png", "page one");
+    put("2.png");
+    put("Talk.pdf");
+    put("Old Talk/1.png");
+    MediaItem flat = deckItem({"1.png", "2.png"}, "Talk.pdf");
+    MediaItem inFolder = deckItem({"Old Talk/1.png"}, "Decks/Old.pdf");
+    put("m1.png");
+    put("x2.png");
+    put("Other.pdf");
+    MediaItem made = deckItem({"m1.png"}, "made");
+    made.deck->made = std::vector<MadeSlide>{};
+    MediaItem tidied = deckItem({"Decks/X/1.png", "x2.png"}, "Other.pdf");
+    MediaItem unrendered = deckItem({}, "Other.pdf");
+    const Show show = showWithLibrary({flat, inFolder, made, tidied, unrendered});
+
+    const TidyResult result = package.tidy(show);
+    const std::string deckFolder = "Decks/Deck " + flat.id.text().substr(0, 8);
+    EXPECT_EQ(item(result.show, 0).deck->pages,
+              (std::vector<std::string>{deckFolder + "/1.png", deckFolder + "/2.png"}));
+    EXPECT_EQ(item(result.show, 0).fileName, "Decks/Talk.pdf");
+    EXPECT_EQ(readText(package.mediaURL(deckFolder + "/1.png")), "page one");
+    EXPECT_EQ(item(result.show, 1).deck->pages, std::vector<std::string>{"Decks/Old Talk/1.png"});
+    // Made slides, already tidied decks and decks without pages are left alone.
+    EXPECT_EQ(item(result.show, 2), item(show, 2));
+    EXPECT_EQ(item(result.show, 3), item(show, 3));
+    EXPECT_EQ(item(result.show, 4), item(show, 4));
+    EXPECT_EQ(result.oldFiles,
+              (std::vector<std::string>{"1.png", "2.png", "Talk.pdf", "Old Talk/1.png"}));
+}
+
+TEST_F(ShowPackageTidy, KeepsAnExistingDestinationAndFinishesAnInterruptedTidy) {
+    put("a.mov", "old copy");
+    put("Video/a.mov", "kept");
+    put("Images/b.png"); // an earlier tidy copied it, then stopped
+    const Show show =
+        showWithLibrary({fileItem(MediaKind::video, "a.mov"), fileItem(MediaKind::image, "b.png")});
+
+    const TidyResult result = package.tidy(show);
+    EXPECT_EQ(item(result.show, 0).fileName, "Video/a.mov");
+    EXPECT_EQ(readText(package.mediaURL("Video/a.mov")), "kept");
+    EXPECT_EQ(item(result.show, 1).fileName, "Images/b.png");
+    EXPECT_EQ(result.oldFiles, std::vector<std::string>{"a.mov"});
+}
+
+TEST_F(ShowPackageTidy, NeverHandsOutANameTheShowStillUses) {
+    // Pages half in the new layout: the second one is its own destination.
+    put("Old/1.png");
+    put("Decks/Old/2.png");
+    // A made deck, left alone, shares a flat page with a deck that moves.
+    put("shared.png");
+    MediaItem made = deckItem({"shared.png"}, "made");
+    made.deck->made = std::vector<MadeSlide>{};
+    const Show show = showWithLibrary({deckItem({"Old/1.png", "Decks/Old/2.png"}, "Decks/x.pdf"),
+                                       made, deckItem({"shared.png"}, "Decks/y.pdf")});
+
+    const TidyResult result = package.tidy(show);
+    EXPECT_EQ(item(result.show, 0).deck->pages,
+              (std::vector<std::string>{"Decks/Old/1.png", "Decks/Old/2.png"}));
+    EXPECT_EQ(item(result.show, 1).deck->pages, std::vector<std::string>{"shared.png"});
+    EXPECT_NE(item(result.show, 2).deck->pages, std::vector<std::string>{"shared.png"});
+    EXPECT_EQ(result.oldFiles, std::vector<std::string>{"Old/1.png"});
+}
+
+TEST_F(ShowPackageTidy, RemovingOldFilesEmptiesOneFolderLevelAndIgnoresFailures) {
+    put("flat.mov");
+    put("Old Talk/1.png");
+    put("Shared/1.png");
+    put("Shared/other.png");
+    put("A/B/page.png");
+    writeText(package.url() / "outside.txt", "not media");
+
+    package.removeOldFiles({"missing.mov", "flat.mov", "Old Talk/1.png", "Shared/1.png",
+                            "A/B/page.png", "../outside.txt"});
+    EXPECT_FALSE(has("flat.mov"));
+    EXPECT_FALSE(has("Old Talk"));
+    EXPECT_TRUE(has("Shared/other.png"));
+    EXPECT_FALSE(has("A/B"));
+    EXPECT_TRUE(has("A")); // only the file's own folder is looked at
+    EXPECT_TRUE(fs::exists(package.url() / "outside.txt")); // names never reach outside Media/
+    EXPECT_TRUE(fs::is_directory(package.mediaFolder()));
+}
+
+TEST_F(ShowPackageTidy, UsedFilesCountsEveryReferenceAndSkipsItemsWithoutFiles) {
+    put("Video/a.mov", "12345");
+    put("Decks/D/1.png", "123");
+    MediaItem camera = fileItem(MediaKind::video, "Video/a.mov");
+    camera.ndiSource = NDISource{"STUDIO (Camera 1)", std::nullopt};
+    MediaItem made = deckItem({"Decks/D/1.png"}, "made");
+    made.deck->made = std::vector<MadeSlide>{};
+    const Show show = showWithLibrary({fileItem(MediaKind::video, "Video/a.mov"),
+                                       fileItem(MediaKind::video, "Video/a.mov"), camera, made,
+                                       fileItem(MediaKind::audio, "Audio/missing.wav")});
+
+    // a.mov twice, the made deck's page, and the missing file adding 0 bytes.
+    EXPECT_EQ(package.usedFiles(show), (UsedFiles{4, 5 + 5 + 3}));
+    EXPECT_EQ(package.usedFiles(Show{}), (UsedFiles{0, 0}));
+}
+
+TEST_F(ShowPackageTidy, MissingMediaLooksAtDeckPagesOrTheFile) {
+    put("Video/here.mov");
+    put("Decks/D/1.png");
+    const MediaItem present = fileItem(MediaKind::video, "Video/here.mov");
+    const MediaItem gone = fileItem(MediaKind::audio, "Audio/gone.wav");
+    const MediaItem deckWithGap =
+        deckItem({"Decks/D/1.png", "Decks/D/2.png", "Decks/D/3.png"}, "Decks/here.pdf");
+    const MediaItem wholeDeck = deckItem({"Decks/D/1.png"}, "Decks/gone.pdf");
+    MediaItem unrendered = deckItem({}, "made");
+    unrendered.deck->made = std::vector<MadeSlide>{MadeSlide{}};
+    // A live input has no file; the rule still looks only at the deck.
+    MediaItem camera = fileItem(MediaKind::video, "Camera 1");
+    camera.ndiSource = NDISource{"STUDIO (Camera 1)", std::nullopt};
+    const Show show = showWithLibrary({present, gone, deckWithGap, wholeDeck, unrendered, camera});
+
+    EXPECT_EQ(package.missingMedia(show), (std::vector<MediaItem>{gone, deckWithGap, camera}));
+}
+
+// ----------------------------------------------------------- a killed save
+
+// A process killed at any moment of a save leaves a document that opens as
+// the old show or the new one, never a torn or empty file.
+TEST(ShowPackageCrash, AKilledSaveLeavesTheOldOrTheNewDocument) {
+    TempFolder temp;
+    // Different sizes too, so that a torn write can't pass for either.
+    const std::array<Show, 2> shows = {testing::sampleShow("First", 250),
+                                       testing::sampleShow("Second", 180)};
+    const ShowPackage package = ShowPackage::create(temp / "Crash.velarion", shows[0]);
+
+    std::mt19937 random(std::random_device{}());
+    std::uniform_int_distribution<int> delayMicroseconds(0, 20'000);
+    for (int kill = 0; kill < 200; ++kill) {
+        // Saves until it is killed, saying when the first save is done so
+        // that the kill lands among the later ones however slow a build is.
+        testing::ChildProcess saver([&](int output) {
+            package.save(shows[1]);
+            if (::write(output, "s\n", 2) == 2)
+                for (std::size_t n = 0;; ++n) package.save(shows[n % 2]);
+            return 1;
+        });
+        const bool saved = saver.readLine().has_value();
+        std::this_thread::sleep_for(std::chrono::microseconds(delayMicroseconds(random)));
+        saver.signal(SIGKILL);
+        ASSERT_TRUE(saved && saver.wait() == -SIGKILL) << "the saving child stopped by itself";
+
+        Show opened;
+        ASSERT_NO_THROW(opened = package.open()) << "after kill " << kill;
+        ASSERT_TRUE(opened == shows[0] || opened == shows[1]) << "after kill " << kill;
+    }
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 // The computed answers of a show that other parts of the system rely on.
 
+#include "ShowBuilder.h"
+
 #include "LiveModel/Show.h"
 
 #include <gtest/gtest.h>
@@ -9,37 +11,13 @@
 namespace velarion {
 namespace {
 
-Cue makeCue(std::string name, CueKind kind, Follow follow = Follow::manual, bool enabled = true) {
-    Cue cue;
-    cue.id = Uuid::random();
-    cue.name = std::move(name);
-    cue.kind = std::move(kind);
-    cue.follow = follow;
-    cue.isEnabled = enabled;
-    return cue;
-}
-
-MediaItem makeItem(MediaKind kind, std::string name, std::optional<double> duration = {}) {
-    MediaItem item;
-    item.id = Uuid::random();
-    item.kind = kind;
-    item.name = std::move(name);
-    item.fileName = "Audio/x.wav";
-    item.duration = duration;
-    return item;
-}
+using testing::makeCue;
+using testing::makeItem;
 
 Show showWith(std::vector<std::vector<Cue>> sections, std::vector<MediaItem> library = {}) {
-    Show show;
-    show.id = Uuid::random();
-    for (auto& cues : sections) {
-        Section section;
-        section.id = Uuid::random();
-        section.cues = std::move(cues);
-        show.sections.push_back(std::move(section));
-    }
-    for (auto& item : library) show.library.push_back(std::move(item));
-    return show;
+    std::vector<Section> made;
+    for (auto& cues : sections) made.push_back(testing::makeSection("", std::move(cues)));
+    return testing::makeShow("", std::move(made), std::move(library));
 }
 
 TEST(ShowQueries, FindsCuesAcrossSectionsInOrder) {

@@ -1,5 +1,5 @@
-// Slide templates: the geometry and words of their boxes, the fixed boxes of
-// older layouts, and the clamp that keeps a box on its slide.
+// Slide templates: given words in their boxes, the fixed boxes of older
+// layouts, and the clamp that keeps a box on its slide.
 
 #include "LiveModel/SlideTemplate.h"
 
@@ -12,55 +12,6 @@
 namespace velarion {
 namespace {
 
-struct ExpectedBox {
-    double x, y, width, height, size;
-    bool bold;
-    TextAlign align;
-    bool bullets;
-};
-
-void expectGeometry(SlideTemplate slideTemplate, const std::vector<ExpectedBox>& expected) {
-    SCOPED_TRACE(std::string(toString(slideTemplate)));
-    const auto boxes = slideTemplate::boxes(slideTemplate, "", "");
-    ASSERT_EQ(boxes.size(), expected.size());
-    for (std::size_t i = 0; i < boxes.size(); ++i) {
-        const TextBox& box = boxes[i];
-        const ExpectedBox& want = expected[i];
-        EXPECT_DOUBLE_EQ(box.x, want.x) << "box " << i;
-        EXPECT_DOUBLE_EQ(box.y, want.y) << "box " << i;
-        EXPECT_DOUBLE_EQ(box.width, want.width) << "box " << i;
-        EXPECT_DOUBLE_EQ(box.height, want.height) << "box " << i;
-        EXPECT_DOUBLE_EQ(box.size, want.size) << "box " << i;
-        EXPECT_EQ(box.bold, want.bold) << "box " << i;
-        EXPECT_EQ(box.align, want.align) << "box " << i;
-        EXPECT_EQ(box.bullets, want.bullets) << "box " << i;
-        EXPECT_FALSE(box.font.has_value());
-        EXPECT_FALSE(box.color.has_value());
-    }
-}
-
-TEST(SlideTemplate, BoxesHaveTheTemplatesGeometry) {
-    using A = TextAlign;
-    expectGeometry(SlideTemplate::title, {{0.078, 0.33, 0.844, 0.24, 124, true, A::center, false},
-                                          {0.078, 0.57, 0.844, 0.1, 52, false, A::center, false}});
-    expectGeometry(SlideTemplate::titleAndText,
-                   {{0.078, 0.08, 0.844, 0.16, 96, true, A::left, false},
-                    {0.078, 0.31, 0.844, 0.6, 56, false, A::left, true}});
-    expectGeometry(SlideTemplate::statement,
-                   {{0.078, 0.15, 0.844, 0.7, 150, true, A::center, false}});
-    expectGeometry(SlideTemplate::speakerIntro,
-                   {{0.078, 0.56, 0.844, 0.14, 110, true, A::left, false},
-                    {0.078, 0.7, 0.844, 0.08, 52, false, A::left, false}});
-    expectGeometry(SlideTemplate::agenda, {{0.078, 0.08, 0.844, 0.16, 96, true, A::left, false},
-                                           {0.078, 0.3, 0.844, 0.62, 60, false, A::left, true}});
-    expectGeometry(SlideTemplate::quote, {{0.12, 0.2, 0.76, 0.45, 88, false, A::center, false},
-                                          {0.12, 0.68, 0.76, 0.08, 48, false, A::center, false}});
-    expectGeometry(SlideTemplate::thankYou,
-                   {{0.078, 0.3, 0.844, 0.22, 150, true, A::center, false},
-                    {0.078, 0.54, 0.844, 0.1, 56, false, A::center, false}});
-    expectGeometry(SlideTemplate::solid, {});
-}
-
 std::vector<std::string> texts(const std::vector<TextBox>& boxes) {
     std::vector<std::string> result;
     for (const TextBox& box : boxes)
@@ -68,29 +19,14 @@ std::vector<std::string> texts(const std::vector<TextBox>& boxes) {
     return result;
 }
 
-TEST(SlideTemplate, EmptyArgumentsTakeTheDefaultWords) {
+TEST(SlideTemplate, GivenWordsReplaceTheDefaultsOneArgumentAtATime) {
     using V = std::vector<std::string>;
     using slideTemplate::boxes;
-    EXPECT_EQ(texts(boxes(SlideTemplate::title, "", "")), (V{"Title", ""}));
-    EXPECT_EQ(texts(boxes(SlideTemplate::agenda, "", "")),
-              (V{"Agenda", "Welcome\nKeynote\nPanel\nClosing"}));
-    EXPECT_EQ(texts(boxes(SlideTemplate::quote, "", "")),
-              (V{"\u201CA line worth remembering.\u201D", ""}));
-    EXPECT_EQ(texts(boxes(SlideTemplate::thankYou, "", "")), (V{"Thank you", "to our sponsors"}));
-    const auto intro = texts(boxes(SlideTemplate::speakerIntro, "", ""));
-    EXPECT_FALSE(intro[0].empty());
-    EXPECT_FALSE(intro[1].empty());
-
-    // Given words replace the defaults one argument at a time; a statement's
-    // one box shows the text.
-    EXPECT_EQ(texts(boxes(SlideTemplate::thankYou, "", "See you next week")),
-              (V{"Thank you", "See you next week"}));
-    EXPECT_EQ(texts(boxes(SlideTemplate::titleAndText, "Points", "One\nTwo")),
-              (V{"Points", "One\nTwo"}));
+    EXPECT_EQ(texts(boxes(SlideTemplate::thankYou, "", "See you next week")), (V{"Thank you", "See you next week"}));
+    EXPECT_EQ(texts(boxes(SlideTemplate::titleAndText, "Points", "One\nTwo")), (V{"Points", "One\nTwo"}));
+    // A statement's one box shows the text.
     EXPECT_EQ(texts(boxes(SlideTemplate::statement, "", "Questions?")), (V{"Questions?"}));
-
-    const auto first = boxes(SlideTemplate::title, "", ""),
-               second = boxes(SlideTemplate::title, "", "");
+    const auto first = boxes(SlideTemplate::title, "", ""), second = boxes(SlideTemplate::title, "", "");
     EXPECT_EQ(std::set<Uuid>({first[0].id, first[1].id, second[0].id, second[1].id}).size(), 4u);
 }
 

@@ -89,26 +89,7 @@ TEST(SongSlides, CreditsStandOnTheFirstSlideOnly) {
     EXPECT_EQ(parsed(numberedHymn).madeSlides()[0].boxes->size(), 1u);
 }
 
-TEST(SongSlides, EachLookPlacesItsBoxes) {
-    // The lower third holds both boxes low on the slide; the other looks
-    // share the full-slide places.
-    const auto place = [](const TextBox& box) {
-        return std::make_tuple(box.x, box.y, box.width, box.height, box.size, box.bold, box.color);
-    };
-    EXPECT_EQ(place(lyricBox(LyricLook::lowerThird, "")),
-              std::make_tuple(0.06, 0.7, 0.88, 0.24, 60.0, true, std::optional<int>(0xFFFFFF)));
-    EXPECT_EQ(place(creditsBox(LyricLook::lowerThird, "")),
-              std::make_tuple(0.06, 0.64, 0.88, 0.05, 24.0, false, std::optional<int>(0xD8D8D8)));
-    const auto fullSlideLyrics =
-        std::make_tuple(0.06, 0.14, 0.88, 0.72, 84.0, true, std::optional<int>(0xFFFFFF));
-    EXPECT_EQ(place(lyricBox(LyricLook::overBackground, "")), fullSlideLyrics);
-    EXPECT_EQ(place(lyricBox(LyricLook::onBlack, "")), fullSlideLyrics);
-    const auto fullSlideCredits =
-        std::make_tuple(0.06, 0.9, 0.88, 0.06, 26.0, false, std::optional<int>(0xD8D8D8));
-    EXPECT_EQ(place(creditsBox(LyricLook::overBackground, "")), fullSlideCredits);
-    EXPECT_EQ(place(creditsBox(LyricLook::onBlack, "")), fullSlideCredits);
-    EXPECT_EQ(lyricBox(LyricLook::onBlack, "Words").text, "Words");
-    // Clear over whatever plays behind, but not on black.
+TEST(SongSlides, ALookOverWhatPlaysBehindIsClearButNotOnBlack) {
     EXPECT_EQ(parsed("Words", 2, LyricLook::lowerThird).slide("Words").isClear, true);
     EXPECT_FALSE(parsed("Words", 2, LyricLook::onBlack).slide("Words").isClear.has_value());
 }

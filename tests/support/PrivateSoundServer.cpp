@@ -59,7 +59,7 @@ void endProcess(pid_t process) {
 
 std::string nullSinkArguments(const std::string& name) {
     return "sink_name=" + name + " rate=" + std::to_string(PrivateSoundServer::sampleRate) +
-           " channels=2 sink_properties=device.description=" + name;
+           " channels=2 sink_properties=device.description=" + name + "-desk";
 }
 
 } // namespace

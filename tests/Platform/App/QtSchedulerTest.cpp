@@ -2,6 +2,8 @@
 
 #include "Platform/App/QtScheduler.h"
 
+#include "ScopedEnvironment.h"
+
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
@@ -76,12 +78,13 @@ TEST(QtSchedulerTest, NothingRunsAfterDestructionAndTheCalendarIsTheSystems) {
     EXPECT_FALSE(ran);
 
     QtScheduler scheduler;
-    setenv("TZ", "Europe/Berlin", 1);
-    tzset();
-    // 2026-07-01 12:00 UTC is summer time there; 2026-01-15 is not.
-    EXPECT_EQ(scheduler.calendar().utcOffsetSeconds(1782907200), 7200);
-    EXPECT_EQ(scheduler.calendar().utcOffsetSeconds(1768478400), 3600);
-    unsetenv("TZ");
+    {
+        const testing::ScopedEnvironment zone("TZ", "Europe/Berlin");
+        tzset();
+        // 2026-07-01 12:00 UTC is summer time there; 2026-01-15 is not.
+        EXPECT_EQ(scheduler.calendar().utcOffsetSeconds(1782907200), 7200);
+        EXPECT_EQ(scheduler.calendar().utcOffsetSeconds(1768478400), 3600);
+    }
     tzset();
 }
 

@@ -3,6 +3,8 @@
 
 #include "Platform/App/ScreenSaverInhibitor.h"
 
+#include "ChildProcess.h"
+#include "ScopedEnvironment.h"
 #include "TempFolder.h"
 
 #include <QDBusConnection>
@@ -18,7 +20,6 @@
 #include <csignal>
 #include <cstdio>
 #include <fstream>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -65,12 +66,8 @@ TEST(ScreenSaverInhibitorTest, InhibitsThroughTheServiceAndReleasesOnEnd) {
                << "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\" "
                   "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>";
     }
-    const pid_t daemon = fork();
-    if (daemon == 0) {
-        execlp("dbus-daemon", "dbus-daemon", "--nofork", "--nopidfile",
-               ("--config-file=" + (folder / "bus.conf").string()).c_str(), nullptr);
-        _exit(127);
-    }
+    testing::ChildProcess daemon("/usr/bin/dbus-daemon",
+                                 {"--nofork", "--nopidfile", "--config-file=" + (folder / "bus.conf").string()});
     for (int i = 0; i < 100 && !std::filesystem::exists(folder / "bus"); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     ASSERT_TRUE(std::filesystem::exists(folder / "bus")) << "dbus-daemon did not start";
@@ -86,7 +83,7 @@ TEST(ScreenSaverInhibitorTest, InhibitsThroughTheServiceAndReleasesOnEnd) {
                                           QDBusConnection::ExportAllSlots));
     ASSERT_TRUE(serviceBus.registerService("org.freedesktop.ScreenSaver"));
 
-    setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+    const testing::ScopedEnvironment bus("DBUS_SESSION_BUS_ADDRESS", address);
     {
         ScreenSaverInhibitor inhibitor;
         ASSERT_TRUE(inhibitor.begin("A Velarion show is open"));
@@ -110,8 +107,6 @@ TEST(ScreenSaverInhibitorTest, InhibitsThroughTheServiceAndReleasesOnEnd) {
     QDBusConnection::disconnectFromBus("service");
     serviceThread.quit();
     serviceThread.wait();
-    kill(daemon, SIGTERM);
-    waitpid(daemon, nullptr, 0);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "Platform/Pictures/BackdropLoops.h"
 
 #include "Platform/Gst/GstHandles.h"
+#include "ScopedEnvironment.h"
 #include "TempFolder.h"
 
 #include <gst/app/gstappsink.h>
@@ -155,14 +156,12 @@ TEST(BackdropLoopsTest, AnExistingLoopIsReturnedUntouched) {
 
 TEST(BackdropLoopsTest, TheLooksFolderFollowsXdgDataHomeWhenItIsAbsolute) {
     const std::string home = std::getenv("HOME");
-    const char* saved = std::getenv("XDG_DATA_HOME");
-    const std::optional<std::string> restore = saved ? std::optional<std::string>(saved) : std::nullopt;
-    setenv("XDG_DATA_HOME", "/srv/data", 1);
-    EXPECT_EQ(BackdropLoops::folder(), fs::path("/srv/data/Velarion/Looks"));
-    setenv("XDG_DATA_HOME", "relative/data", 1);
+    {
+        const testing::ScopedEnvironment data("XDG_DATA_HOME", "/srv/data");
+        EXPECT_EQ(BackdropLoops::folder(), fs::path("/srv/data/Velarion/Looks"));
+    }
+    const testing::ScopedEnvironment data("XDG_DATA_HOME", "relative/data");
     EXPECT_EQ(BackdropLoops::folder(), fs::path(home) / ".local/share/Velarion/Looks");
-    if (restore) setenv("XDG_DATA_HOME", restore->c_str(), 1);
-    else unsetenv("XDG_DATA_HOME");
 }
 
 TEST(BackdropLoopsTest, TheSixLooksAreDistinctAndLookLikeTheirCaptions) {

@@ -6,6 +6,7 @@
 #include "FakePlayers.h"
 #include "RealTimeScheduler.h"
 #include "RecordingOutputManager.h"
+#include "ShowBuilder.h"
 #include "SoundServerFixture.h"
 
 #include "LiveEngine/LiveEngine.h"
@@ -30,21 +31,10 @@ protected:
 
     Uuid song(const std::string& file, const Sine& tone) {
         writeSineWav(package / "Media" / file, tone);
-        MediaItem item;
-        item.id = Uuid::random();
-        item.kind = MediaKind::audio;
-        item.name = file;
-        item.fileName = file;
-        item.duration = tone.seconds;
-        show.library.push_back(item);
-        return item.id;
+        return ShowBuilder(show).addItem(file, MediaKind::audio, tone.seconds);
     }
     void add(const std::string& name, CueKind kind) {
-        Cue cue;
-        cue.id = Uuid::random();
-        cue.name = name;
-        cue.kind = std::move(kind);
-        show.sections.edit(0).cues.push_back(cue);
+        ShowBuilder(show).add(name, std::move(kind));
     }
     void start() {
         engine = std::make_unique<LiveEngine>(show, ShowPackage(package),

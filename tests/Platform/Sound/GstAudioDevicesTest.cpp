@@ -26,7 +26,7 @@ protected:
 TEST_F(SoundOutputs, ListsTheServersOutputsAndNoticesOneGoing) {
     GstAudioDevices devices(scheduler);
     EXPECT_EQ(ids(devices.outputs()), (std::vector<std::string>{"Headphones", "House", "Speakers"}));
-    EXPECT_EQ(devices.name("House"), "House");
+    EXPECT_EQ(devices.name("House"), "House-desk") << "the description, not the id";
     const auto outputs = devices.outputs();
     const auto defaults = std::count_if(outputs.begin(), outputs.end(), [](const AudioDevice& output) {
         return output.isDefault;

@@ -1,7 +1,7 @@
 // The real application and bridge, driven by the official MCP client as an
 // agent host would: the bridge opens `velarion --headless`, the agent builds
 // a show from nothing, saves it, runs it and reads the state after each
-// step, then quits the application.
+// step, restarts the application and finds the show again, then quits it.
 //
 // Usage: node show-e2e.mjs BIN_DIR   (the folder with velarion and velarion-mcp)
 
@@ -49,14 +49,27 @@ async function succeeds(name, args = {}) {
 }
 const state = () => succeeds("get_state");
 const runningNames = async () => (await state()).running.map((entry) => entry.cue.name);
-// Ends an application of this test's home still running after a failed step.
-function endApplication() {
+// The ids of the `velarion` processes of this test's home.
+function applicationPids() {
+  const pids = [];
   for (const pid of readdirSync("/proc").filter((name) => /^\d+$/.test(name))) {
     try {
-      if (readFileSync(`/proc/${pid}/environ`, "utf8").split("\0").includes(`HOME=${home}`))
-        process.kill(Number(pid), "SIGKILL");
+      if (readFileSync(`/proc/${pid}/comm`, "utf8").trim() === "velarion" &&
+          readFileSync(`/proc/${pid}/environ`, "utf8").split("\0").includes(`HOME=${home}`))
+        pids.push(Number(pid));
     } catch {
       // Gone, or not ours to read.
+    }
+  }
+  return pids;
+}
+// Ends an application of this test's home still running after a failed step.
+function endApplication() {
+  for (const pid of applicationPids()) {
+    try {
+      process.kill(pid, "SIGKILL");
+    } catch {
+      // Gone already.
     }
   }
 }
@@ -114,6 +127,18 @@ try {
   await succeeds("panic");
   await pause(0.3);
   assert.deepEqual(await runningNames(), [], "a second Panic stops everything at once");
+
+  // Restart: the answer comes only once the application is back, as a new
+  // process with the same show open and nothing playing.
+  const before = applicationPids();
+  assert.equal(before.length, 1, "one application runs");
+  assert.deepEqual(await succeeds("restart_app"), { restarting: true });
+  const back = await state();
+  assert.deepEqual(back.running, [], "nothing plays after a restart");
+  assert.equal((await succeeds("get_show")).title, "Sunday", "the same show is open again");
+  const after = applicationPids();
+  assert.equal(after.length, 1, "one application runs after the restart");
+  assert.notEqual(after[0], before[0], "it is a new process");
 
   assert.deepEqual(await succeeds("quit_app"), { quitting: true });
   quit = true;

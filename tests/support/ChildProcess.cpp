@@ -1,0 +1,157 @@
+#include "ChildProcess.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace velarion::testing {
+
+ChildProcess::ChildProcess(const std::string& program, const std::vector<std::string>& arguments,
+                           const Environment& changes) {
+    // Everything the child needs is built before the fork: after it, only
+    // async-signal-safe calls.
+    std::vector<std::string> words{program};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> variables;
+    for (char** entry = environ; *entry; ++entry) {
+        const std::string text = *entry;
+        const std::string name = text.substr(0, text.find('='));
+        bool changed = false;
+        for (const auto& change : changes) changed = changed || change.first == name;
+        if (!changed) variables.push_back(text);
+    }
+    for (const auto& [name, value] : changes)
+        if (value) variables.push_back(name + "=" + *value);
+    std::vector<char*> argv, envp;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    for (std::string& variable : variables) envp.push_back(variable.data());
+    envp.push_back(nullptr);
+    start([&] {
+        ::execve(program.c_str(), argv.data(), envp.data());
+        ::_exit(127);
+    });
+}
+
+ChildProcess::ChildProcess(const std::function<int(int output)>& body) {
+    start([&] {
+        int result = 1;
+        try {
+            result = body(STDOUT_FILENO);
+        } catch (...) {
+        }
+        ::_exit(result);
+    });
+}
+
+void ChildProcess::start(const std::function<void()>& inChild) {
+    // A child that died shows as a failed write, not as a signal.
+    std::signal(SIGPIPE, SIG_IGN);
+    int in[2], out[2];
+    if (::pipe2(in, O_CLOEXEC) != 0) throw std::runtime_error("pipe failed");
+    if (::pipe2(out, O_CLOEXEC) != 0) {
+        ::close(in[0]);
+        ::close(in[1]);
+        throw std::runtime_error("pipe failed");
+    }
+    const pid_t parent = ::getpid();
+    pid_ = ::fork();
+    if (pid_ == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (::getppid() != parent) ::_exit(126);
+        ::dup2(in[0], STDIN_FILENO);
+        ::dup2(out[1], STDOUT_FILENO);
+        inChild();
+        ::_exit(127);
+    }
+    ::close(in[0]);
+    ::close(out[1]);
+    input_ = in[1];
+    output_ = out[0];
+    if (pid_ < 0) {
+        closeInput();
+        ::close(output_);
+        throw std::runtime_error("fork failed");
+    }
+}
+
+ChildProcess::~ChildProcess() {
+    if (pid_ > 0) {
+        ::kill(pid_, SIGKILL);
+        ::waitpid(pid_, nullptr, 0);
+    }
+    closeInput();
+    if (output_ >= 0) ::close(output_);
+}
+
+void ChildProcess::writeLine(const std::string& line) {
+    const std::string bytes = line + "\n";
+    if (::write(input_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+        throw std::runtime_error("write failed");
+}
+
+void ChildProcess::closeInput() {
+    if (input_ >= 0) ::close(input_);
+    input_ = -1;
+}
+
+std::optional<std::string> ChildProcess::readLine(double timeoutSeconds) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::duration<double>(timeoutSeconds);
+    for (;;) {
+        if (const auto end = pending_.find('\n'); end != std::string::npos) {
+            lines_.push_back(pending_.substr(0, end));
+            pending_.erase(0, end + 1);
+            return lines_.back();
+        }
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+        pollfd ready{output_, POLLIN, 0};
+        if (left.count() <= 0 || ::poll(&ready, 1, static_cast<int>(left.count())) <= 0) return std::nullopt;
+        char chunk[65536];
+        const ssize_t count = ::read(output_, chunk, sizeof chunk);
+        if (count <= 0) return std::nullopt;
+        pending_.append(chunk, static_cast<std::size_t>(count));
+    }
+}
+
+std::optional<std::string> ChildProcess::waitForLine(const std::string& prefix, double timeoutSeconds) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::duration<double>(timeoutSeconds);
+    for (;;) {
+        const double left = std::chrono::duration<double>(deadline - Clock::now()).count();
+        if (left <= 0) return std::nullopt;
+        std::optional<std::string> line = readLine(left);
+        if (!line || line->starts_with(prefix)) return line;
+    }
+}
+
+std::string ChildProcess::transcript() const {
+    std::string all;
+    for (const std::string& line : lines_) all += line + "\n";
+    return all;
+}
+
+void ChildProcess::signal(int number) {
+    if (pid_ > 0) ::kill(pid_, number);
+}
+
+int ChildProcess::wait() {
+    closeInput();
+    // To the end of its output, so that its last words are in `lines()`.
+    while (readLine(10)) {
+    }
+    int status = 0;
+    ::waitpid(pid_, &status, 0);
+    pid_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+} // namespace velarion::testing

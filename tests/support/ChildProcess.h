@@ -1,0 +1,58 @@
+#pragma once
+// A child process tied to the test: it gets SIGKILL when the test process
+// dies (parent-death signal), and is killed and reaped when this object goes.
+// Owns both pipes; its standard output is read line by line. Use from one
+// thread.
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <utility>
+#include <vector>
+
+namespace velarion::testing {
+
+class ChildProcess {
+public:
+    // Variables to set (or, with no value, to unset) over the test's own.
+    using Environment = std::vector<std::pair<std::string, std::optional<std::string>>>;
+
+    ChildProcess(const std::string& program, const std::vector<std::string>& arguments,
+                 const Environment& changes = {});
+    // Runs `body` in a forked copy of this process, which exits with its
+    // result and never returns into the test framework. `body` gets the
+    // descriptor of the pipe `readLine` reads.
+    explicit ChildProcess(const std::function<int(int output)>& body);
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    pid_t pid() const { return pid_; }
+    void writeLine(const std::string& line);
+    void closeInput();
+    // The next line without its line feed; absent after `timeoutSeconds` or
+    // at the end of the output.
+    std::optional<std::string> readLine(double timeoutSeconds = 20);
+    // Reads until a line starting with `prefix` comes: that line, or absent.
+    std::optional<std::string> waitForLine(const std::string& prefix, double timeoutSeconds = 15);
+    // Every line read so far.
+    const std::vector<std::string>& lines() const { return lines_; }
+    std::string transcript() const;
+
+    void signal(int number);
+    // Closes the input, reads what is left and reaps the child: its exit
+    // status, or minus the signal that ended it.
+    int wait();
+
+private:
+    void start(const std::function<void()>& inChild);
+
+    pid_t pid_ = -1;
+    int input_ = -1;
+    int output_ = -1;
+    std::string pending_;
+    std::vector<std::string> lines_;
+};
+
+} // namespace velarion::testing
