@@ -1,4 +1,5 @@
-// Undo, redo, the step limit and the Show Mode lock.
+// Undo and redo at their edges, the step limit and the Show Mode lock; the
+// walk through thousands of random steps is ShowEditFuzzTest's.
 
 #include "LiveModel/EditHistory.h"
 
@@ -13,29 +14,6 @@ using namespace editTesting;
 
 edit::SetTitle titled(int step) {
     return {"Step " + std::to_string(step), ""};
-}
-
-TEST(EditHistory, UndoAndRedoWalkThroughWholeShows) {
-    EditHistory history(100);
-    const Show start = makeShow({makeSection("One", {makeCue("A")})});
-    EXPECT_FALSE(history.canUndo());
-    EXPECT_FALSE(history.undo(start));
-
-    const Show first =
-        history.apply(edit::InsertCue{makeCue("B"), std::nullopt, std::nullopt}, start);
-    const Show second = history.apply(titled(2), first);
-    EXPECT_TRUE(history.canUndo());
-    EXPECT_FALSE(history.canRedo());
-
-    const auto back = history.undo(second);
-    ASSERT_TRUE(back);
-    EXPECT_EQ(*back, first);
-    EXPECT_TRUE(history.canRedo());
-    EXPECT_EQ(history.undo(*back), start);
-    EXPECT_FALSE(history.undo(start));
-    EXPECT_EQ(history.redo(start), first);
-    EXPECT_EQ(history.redo(first), second);
-    EXPECT_FALSE(history.redo(second));
 }
 
 TEST(EditHistory, AnEditThatChangesNothingMakesNoStepAndKeepsRedo) {

@@ -136,6 +136,8 @@ try {
   const back = await state();
   assert.deepEqual(back.running, [], "nothing plays after a restart");
   assert.equal((await succeeds("get_show")).title, "Sunday", "the same show is open again");
+  // The old process may still be tearing down after closing its socket.
+  for (let i = 0; i < 50 && applicationPids().includes(before[0]); ++i) await pause(0.1);
   const after = applicationPids();
   assert.equal(after.length, 1, "one application runs after the restart");
   assert.notEqual(after[0], before[0], "it is a new process");
