@@ -229,5 +229,15 @@ TEST(OutputSetupJson, FeedWithoutRequiredKeyFails) {
               R"(outputs.feeds[0]: key "height" is missing)");
 }
 
+TEST(OutputSetupJson, AKeyPresentWithNullReadsAsAbsent) {
+    for (const char* key : {"usesLogicalScreens", "screens", "looks", "audienceDisplayIDs",
+                            "confidenceDisplayID", "audienceWindowForTesting", "screenLayers",
+                            "feeds", "screenLyricLines", "defaultVisualOutputIDs"}) {
+        const std::string outputs = std::string(R"({")") + key + R"(":null})";
+        EXPECT_EQ(decodeShow(showJson(cueJson(videoKind), "", outputs)).outputs, OutputSetup{})
+            << key;
+    }
+}
+
 } // namespace
 } // namespace velarion
