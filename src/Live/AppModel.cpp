@@ -73,6 +73,7 @@ void AppModel::shutdownEngine() {
 void AppModel::load(const Show& show, const ShowPackage& package) {
     // An autosave of the show leaving still goes to its own package.
     flushPendingSave();
+    packageLock_.reset();
     operatorViewFollowsLive_ = true;
     importRequestID_.reset();
     isImporting_ = false;
@@ -164,14 +165,17 @@ bool AppModel::newShow(ShowTemplate showTemplate, const std::string& title) {
     const fs::path location =
         ports_.folders.unsavedFolder() / (show.id.text() + "." + std::string(ShowPackage::fileExtension));
     std::optional<ShowPackage> package;
+    std::optional<ShowPackageLock> lock;
     try {
         package = ShowPackage::create(location, show);
+        lock = ShowPackageLock::acquire(location);
     } catch (const std::exception& error) {
         // The open show, if any, stays open.
         setStatus("Couldn't create the show: " + errorText(error));
         return false;
     }
     load(show, *package);
+    packageLock_ = std::move(lock);
     return true;
 }
 
@@ -181,6 +185,8 @@ void AppModel::openShow(const fs::path& at) {
 
     const ShowPackage package(location);
     const Show show = package.open();
+    // Refused before anything changes here when another process has it.
+    ShowPackageLock lock = ShowPackageLock::acquire(location);
 
     if (show_ && package_ && isDirty_) {
         // The show leaving is written to its own package, without a word. A
@@ -191,6 +197,7 @@ void AppModel::openShow(const fs::path& at) {
         }
     }
     load(show, package);
+    packageLock_ = std::move(lock);
     remember(location);
     setStatus("Opened " + displayName(location));
 }
@@ -236,6 +243,14 @@ void AppModel::saveAs(const fs::path& to) {
         fs::remove_all(old.url(), ignored);
     }
 
+    if (standardized(old.url()) != location) {
+        try {
+            packageLock_ = ShowPackageLock::acquire(location);
+        } catch (const ShowPackageInUse&) {
+            // Opened elsewhere in the instant since the copy: go on unlocked.
+            packageLock_.reset();
+        }
+    }
     package_ = copy;
     if (engine_) engine_->replacePackage(copy);
     if (!options_.isSnapshotRun) session_.opened(location);
@@ -273,6 +288,7 @@ void AppModel::close() {
     shutdownEngine();
     show_.reset();
     package_.reset();
+    packageLock_.reset();
     status_.clear();
     isDirty_ = false;
     lastSaved_.reset();

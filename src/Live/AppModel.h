@@ -33,7 +33,9 @@
 #include "Live/ports/SlidePages.h"
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveEngine/LiveEngine.h"
+#include "LiveModel/CueInsertionPoint.h"
 #include "LiveModel/EditHistory.h"
+#include "LiveModel/ShowPackageLock.h"
 #include "LiveModel/ShowTemplate.h"
 
 #include <cstdint>
@@ -155,8 +157,9 @@ public:
     // A new show from the template in a scratch package, loaded. False, with
     // the status set, when the package couldn't be made.
     bool newShow(ShowTemplate showTemplate, const std::string& title);
-    // Opens a package; the open show stays when this throws (ShowPackageError
-    // or a file-system error). Opening the open package does nothing.
+    // Opens a package; the open show stays when this throws (ShowPackageError,
+    // ShowPackageInUse while another process has it open, or a file-system
+    // error). Opening the open package does nothing.
     void openShow(const std::filesystem::path& at);
     // A scratch show answers `needsLocation`: the console asks for a place
     // and calls `saveAsFromPanel`.
@@ -183,6 +186,15 @@ public:
     // Inserts behind the selection and selects it: "Added " and its name.
     bool add(const Cue& cue);
     bool addSong(const Song& song);
+    // Moves the cue's whole moment one step, over the neighbouring moment,
+    // and keeps the selection: "Moved " and its name, " up" or " down".
+    // False, saying nothing, when there is nowhere to go or in Show Mode.
+    bool canMoveRundownCue(const Uuid& cueID, CueMoveDirection direction) const;
+    bool moveRundownCue(const Uuid& cueID, CueMoveDirection direction);
+    // Flips the cue between starting with the cue above and on GO; only
+    // when the cue above exists and both are enabled.
+    bool canToggleStartTogether(const Uuid& cueID) const;
+    bool toggleStartTogether(const Uuid& cueID);
     bool updateSong(const Uuid& itemID, const Song& song);
     bool updateSlides(const Uuid& itemID, const std::function<void(std::vector<MadeSlide>&)>& change);
 
@@ -297,6 +309,8 @@ private:
     void markSaved();
     void shutdownEngine();
     void remember(const std::filesystem::path& location);
+    // Says so in the status line when a preference didn't reach the disk.
+    void preferencesWritten(bool written);
     bool renderAndUpdate(MediaItem item, const std::string& failurePrefix);
     std::weak_ptr<int> token() const { return life_; }
 
@@ -306,6 +320,8 @@ private:
 
     std::optional<Show> show_;
     std::optional<ShowPackage> package_;
+    // Held while `package_` is the open one, so no other process opens it.
+    std::optional<ShowPackageLock> packageLock_;
     // The engine holds a reference to its manager: declared after it, so
     // destroyed first.
     std::unique_ptr<OutputManager> outputManager_;

@@ -33,14 +33,14 @@ void AppModel::endImport(const Uuid& requestID) {
 void AppModel::setAgentMayRun(bool may) {
     if (agentMayRun_ == may) return;
     agentMayRun_ = may;
-    ports_.preferences.set(preferenceKeys::agentRun, may);
+    preferencesWritten(ports_.preferences.set(preferenceKeys::agentRun, may));
     changed();
 }
 
 void AppModel::setAgentMayEdit(bool may) {
     if (agentMayEdit_ == may) return;
     agentMayEdit_ = may;
-    ports_.preferences.set(preferenceKeys::agentEdit, may);
+    preferencesWritten(ports_.preferences.set(preferenceKeys::agentEdit, may));
     changed();
 }
 

@@ -111,8 +111,14 @@ void AppModel::remember(const fs::path& location) {
     if (recents_.size() > recentsLimit) recents_.resize(recentsLimit);
     std::vector<std::string> stored;
     for (const fs::path& entry : recents_) stored.push_back(entry.string());
-    ports_.preferences.set(preferenceKeys::recents, stored);
+    preferencesWritten(ports_.preferences.set(preferenceKeys::recents, stored));
     changed();
+}
+
+void AppModel::preferencesWritten(bool written) {
+    // The setting holds for this run either way; the operator learns that it
+    // won't outlive it.
+    if (!written) setStatus("Couldn't save the settings: " + ports_.preferences.lastWriteError());
 }
 
 // ---- Start and quit ----

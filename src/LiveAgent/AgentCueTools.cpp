@@ -83,14 +83,13 @@ JSONValue createCueGroup(AgentCall& call, const JSONValue& arguments) {
     CueGroup group;
     group.id = Uuid::random();
     group.name = text(arguments["name"], "group name");
-    const JSONValue::Array& references = *arguments["cues"]->arrayValue();
-    if (references.size() < 2) throw AgentFailure("A cue group needs at least two cues.");
-    for (const JSONValue& reference : references) {
-        const Uuid id = findCue(&reference, show).id;
-        if (std::find(group.cueIDs.begin(), group.cueIDs.end(), id) != group.cueIDs.end()) {
+    // Every reference is resolved first, so an unknown cue is named as such.
+    for (const JSONValue& reference : *arguments["cues"]->arrayValue())
+        group.cueIDs.push_back(findCue(&reference, show).id);
+    if (group.cueIDs.size() < 2) throw AgentFailure("A cue group needs at least two cues.");
+    for (auto id = group.cueIDs.begin(); id != group.cueIDs.end(); ++id) {
+        if (std::find(std::next(id), group.cueIDs.end(), *id) != group.cueIDs.end())
             throw AgentFailure("A cue was selected more than once. Give each group member once.");
-        }
-        group.cueIDs.push_back(id);
     }
     group.repeats = flag(arguments["repeat"], false);
     try {

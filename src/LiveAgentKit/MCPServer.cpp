@@ -11,6 +11,7 @@ namespace velarion {
 namespace {
 
 constexpr int parseError = -32700;
+constexpr int invalidRequest = -32600;
 constexpr int methodNotFound = -32601;
 constexpr int invalidParams = -32602;
 
@@ -23,6 +24,17 @@ JSONValue error(const JSONValue& id, int code, std::string message) {
         {"jsonrpc", "2.0"},
         {"id", id},
         {"error", JSONValue::Object{{"code", code}, {"message", std::move(message)}}},
+    };
+}
+
+// An error whose "data" says in a sentence what was wrong.
+JSONValue error(const JSONValue& id, int code, std::string message, std::string data) {
+    return JSONValue::Object{
+        {"jsonrpc", "2.0"},
+        {"id", id},
+        {"error", JSONValue::Object{{"code", code},
+                                    {"message", std::move(message)},
+                                    {"data", std::move(data)}}},
     };
 }
 
@@ -72,6 +84,11 @@ std::optional<std::string> MCPServer::handle(std::string_view line) const {
     const std::optional<JSONValue> message = JSONValue::parse(line);
     if (!message)
         return error(nullptr, parseError, "Parse error").text();
+    // Well-formed JSON, but this bridge answers one message per line.
+    if (message->is<JSONValue::Array>())
+        return error(nullptr, invalidRequest, "Invalid Request",
+                     "Batches aren't supported. Send each JSON-RPC message on its own line.")
+            .text();
 
     // A method that is missing or of the wrong kind counts as unreadable, not
     // as an invalid request.

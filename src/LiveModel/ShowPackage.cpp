@@ -1,4 +1,5 @@
 #include "LiveModel/ShowPackage.h"
+#include "LiveModel/ShowPackageLock.h"
 
 #include "LiveModel/FileAccess.h"
 #include "LiveModel/ShowJson.h"
@@ -219,9 +220,14 @@ ShowPackage ShowPackage::saveCopy(const fs::path& to, const Show& show) const {
                                    url_, to, std::make_error_code(std::errc::invalid_argument));
     }
 
-    // The copy is made whole beside the target and only then takes its
-    // place, so a failure part-way leaves what was there (the save panel has
-    // already asked to replace it). A missing folder on the way is made.
+    // A show another Velarion process has open is not replaced under it.
+    if (ShowPackageLock::isHeldElsewhere(to)) throw ShowPackageInUse();
+
+    // Deliberately not "remove the target, then copy": the copy is made whole
+    // beside the target and only then takes its place, so a failure part-way
+    // (a full disk, a bad media file) leaves the package that was there
+    // instead of losing it. The save panel has already asked to replace it.
+    // A missing folder on the way is made.
     fs::create_directories(to.parent_path());
     const fs::path partial = to.parent_path() / ("." + to.filename().string() + ".partial-" + Uuid::random().text());
     try {
@@ -233,7 +239,14 @@ ShowPackage ShowPackage::saveCopy(const fs::path& to, const Show& show) const {
         if (fs::exists(fs::symlink_status(to))) {
             const fs::path replaced = to.parent_path() / ("." + to.filename().string() + ".replaced-" + Uuid::random().text());
             fs::rename(to, replaced);
-            fs::rename(partial, to);
+            try {
+                fs::rename(partial, to);
+            } catch (...) {
+                // Put the old one back where it was.
+                std::error_code ignored;
+                fs::rename(replaced, to, ignored);
+                throw;
+            }
             std::error_code ignored;
             fs::remove_all(replaced, ignored);
         } else {

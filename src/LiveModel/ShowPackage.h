@@ -95,7 +95,8 @@ public:
     // Replaces whatever is at `to` with a copy of this package, media
     // included, then saves `show` into the copy. This package is left alone:
     // `to` naming this package just saves into it, and a `to` inside this
-    // package or holding it is refused before anything is removed.
+    // package or holding it is refused before anything is removed, and so is
+    // a `to` that another process has open (ShowPackageInUse).
     ShowPackage saveCopy(const std::filesystem::path& to, const Show& show) const;
 
     // True when the path holds "/Velarion/Unsaved/": a plain text test.

@@ -1,6 +1,7 @@
 // Autosave, opening and saving, on real packages in a temporary home.
 
 #include "AppModelFixture.h"
+#include "ForkedChild.h"
 
 #include "LiveModel/ShowEdit.h"
 
@@ -222,6 +223,37 @@ TEST_F(AppModelSaveTest, RecentsHoldEightStandardizedPathsNewestFirstWithoutVani
     AppModel& again = start();
     EXPECT_EQ(again.recents().size(), AppModel::recentsLimit - 1);
     EXPECT_EQ(preferences->value(preferenceKeys::recents).size(), AppModel::recentsLimit - 1);
+}
+
+// A disk that fills part-way through a write: the write comes up short, the
+// old file stays whole, and the status line says what happened.
+TEST_F(AppModelSaveTest, AFullDiskKeepsTheOldShowAndTheOldSettings) {
+    const fs::path gala = savePackage(showWithCues("Gala", {"Welcome"}), "Gala");
+    AppModel& app = start();
+    app.setAgentMayEdit(true);
+    app.openShow(gala);
+    const auto showBytes = static_cast<long>(fs::file_size(gala / "show.json"));
+    ASSERT_TRUE(app.edit(titled(std::string(static_cast<std::size_t>(showBytes), 'x'))));
+
+    EXPECT_EQ(runInForkedChild([&] {
+                  limitFileSizeBytes(showBytes);
+                  app.save();
+                  return app.status();
+              }),
+              "Couldn't save: File too large");
+    EXPECT_EQ(ShowPackage(gala).open().title, "Gala");
+
+    const auto settingsBytes = static_cast<long>(fs::file_size(preferencesFile()));
+    EXPECT_EQ(runInForkedChild([&] {
+                  limitFileSizeBytes(settingsBytes);
+                  app.setAgentMayRun(true);
+                  return app.status() + (app.agentMayRun() ? " (on for now)" : "");
+              }),
+              "Couldn't save the settings: File too large (on for now)");
+    const Preferences reread(preferencesFile());
+    EXPECT_FALSE(reread.wasDamaged());
+    EXPECT_TRUE(reread.value(preferenceKeys::agentEdit));
+    EXPECT_FALSE(reread.value(preferenceKeys::agentRun));
 }
 
 } // namespace

@@ -115,6 +115,9 @@ TEST_F(AgentBuilding, CueGroupsRefuseDuplicatesAndPassTheDocumentsWords) {
     EXPECT_EQ(refusal("create_cue_group", "{\"name\":\"G\",\"cues\":[\"" + a.text() + "\",\"a\"]}"),
               "A cue was selected more than once. Give each group member once.");
     EXPECT_EQ(refusal("create_cue_group", R"({"name":"G","cues":[]})"), "A cue group needs at least two cues.");
+    // A lone unknown cue is named as unknown, not as too few.
+    EXPECT_EQ(refusal("create_cue_group", R"({"name":"G","cues":["Z"]})"),
+              "There's no cue \"Z\". get_show lists them.");
     EXPECT_EQ(refusal("create_cue_group", R"({"name":" ","cues":["A","B"]})"), "Give group name.");
     EXPECT_FALSE(refusal("create_cue_group", R"({"name":"G","cues":["B","C"]})").empty());
     EXPECT_EQ(host->current(), show);

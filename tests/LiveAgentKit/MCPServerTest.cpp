@@ -49,7 +49,13 @@ TEST_F(MCPServerTest, FailureTableRowByRow) {
     EXPECT_EQ(reply(R"({"id":1})"), parseError);
     EXPECT_EQ(reply(R"({"id":1,"method":{"name":"ping"}})"), parseError);
     EXPECT_EQ(reply(R"({"id":1,"method":null})"), parseError);
-    EXPECT_EQ(reply(R"(["ping"])"), parseError);
+    // A batch is well-formed JSON: an invalid request, not a parse error.
+    const std::string batch =
+        R"({"error":{"code":-32600,"data":"Batches aren't supported. Send each JSON-RPC )"
+        R"(message on its own line.","message":"Invalid Request"},"id":null,"jsonrpc":"2.0"})";
+    EXPECT_EQ(reply(R"(["ping"])"), batch);
+    EXPECT_EQ(reply(R"([{"jsonrpc":"2.0","id":1,"method":"ping"}])"), batch);
+    EXPECT_EQ(reply("[]"), batch);
 
     EXPECT_EQ(reply(R"({"jsonrpc":"2.0","id":3,"method":"resources/list"})"),
               R"({"error":{"code":-32601,"message":"Method not found"},"id":3,"jsonrpc":"2.0"})");

@@ -188,5 +188,15 @@ TEST(OutputSetupJson, LegacyFeedKeysDecideWhenTheNewOnesAreAbsent) {
     EXPECT_EQ(feed.frameRate, (VideoFrameRate{30, 1}));
 }
 
+TEST(OutputSetupJson, AKeyPresentWithNullReadsAsAbsent) {
+    for (const char* key : {"usesLogicalScreens", "screens", "looks", "audienceDisplayIDs",
+                            "confidenceDisplayID", "audienceWindowForTesting", "screenLayers",
+                            "feeds", "screenLyricLines", "defaultVisualOutputIDs"}) {
+        const std::string outputs = std::string(R"({")") + key + R"(":null})";
+        EXPECT_EQ(decodeShow(showJson(cueJson(videoKind), "", outputs)).outputs, OutputSetup{})
+            << key;
+    }
+}
+
 } // namespace
 } // namespace velarion

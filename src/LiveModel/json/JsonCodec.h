@@ -160,7 +160,8 @@ template <class T> void read(const Value& value, SharedList<T>& out, DecodeConte
 // Reads the fields of one JSON object into a record.
 class FieldReader {
 public:
-    // A lenient reader gives missing required keys their default value.
+    // A lenient reader gives missing required keys their default value, and
+    // reads a key present with null as missing.
     FieldReader(const Value& object, DecodeContext& context, bool lenient = false)
         : object_(object), context_(context), lenient_(lenient) {}
 
@@ -172,7 +173,7 @@ public:
 
     template <class T> void operator()(std::string_view key, T& field) {
         const Value* value = find(key);
-        if (value == nullptr || (isOptional<T> && value->IsNull())) {
+        if (value == nullptr || ((isOptional<T> || lenient_) && value->IsNull())) {
             if constexpr (isOptional<T>) {
                 field.reset();
             } else if (!lenient_) {
