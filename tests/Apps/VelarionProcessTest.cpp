@@ -147,9 +147,11 @@ protected:
 };
 
 TEST_F(VelarionProcess, ASignalQuitsInOrder) {
-    Velarion app(home.path(), {"--headless", package.url().string(), "--test-edit-burst"});
+    Velarion app(home.path(), {"--headless", "--allow-agent=run,edit", package.url().string(), "--test-edit-burst"});
     ASSERT_TRUE(app.waitForLine("Edited 11")) << app.transcript();
     EXPECT_NE(preferences().find("live.session.openShow"), std::string::npos) << "a show is open";
+    EXPECT_TRUE(app.saw("Agent may run the show: yes; build and edit shows: yes")) << app.transcript();
+    EXPECT_NE(preferences().find("\"live.agent.edit\": true"), std::string::npos) << "kept for the next start";
     app.signal(SIGTERM);
     EXPECT_EQ(app.wait(), 0) << app.transcript();
     EXPECT_TRUE(app.saw("Quit")) << app.transcript();
