@@ -40,8 +40,10 @@ boundary-check: build
 test: unit-test sanitize-test fuzz-test boundary-check
 
 # The demo show on a fresh copy, opened by `velarion --headless`.
+# `make run AGENT=run,edit` lets an agent run the show and build shows
+# (kept in the preferences; AGENT=none takes it back).
 run: build
-	scripts/run-demo $(BUILD)
+	scripts/run-demo $(BUILD) $(AGENT)
 
 bench: build
 	scripts/run-benchmarks $(BUILD)

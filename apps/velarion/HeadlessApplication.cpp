@@ -22,6 +22,7 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+#include <algorithm>
 #include <csignal>
 
 #include <cstdio>
@@ -45,6 +46,23 @@ void say(const std::string& line) {
 
 } // namespace
 
+std::optional<AgentGrants> parseAgentGrants(std::string_view list) {
+    AgentGrants grants;
+    bool none = false;
+    std::size_t start = 0;
+    while (start <= list.size()) {
+        const std::size_t end = std::min(list.find(',', start), list.size());
+        const std::string_view word = list.substr(start, end - start);
+        if (word == "run") grants.run = true;
+        else if (word == "edit") grants.edit = true;
+        else if (word == "none") none = true;
+        else return std::nullopt;
+        start = end + 1;
+    }
+    if (none && (grants.run || grants.edit)) return std::nullopt;
+    return grants;
+}
+
 // Declared in the order they must be built; destroyed the other way round,
 // so the model goes before everything it was given.
 struct HeadlessApplication::Parts {
@@ -62,7 +80,7 @@ struct HeadlessApplication::Parts {
         return std::nullopt;
     }};
     HeadlessOutputManagers outputs{scheduler};
-    QtSlidePages slidePages;
+    QtSlidePages slidePages{scheduler};
     FreedesktopServices desktop;
     StandardShowFolders folders;
     ThreadShowWriter writer{scheduler};
@@ -133,7 +151,11 @@ HeadlessApplication::HeadlessApplication(HeadlessOptions options)
     Parts& parts = *parts_;
     parts.model = std::make_unique<AppModel>(parts.ports());
     parts.model->onChange = [&parts] { parts.printStatus(); };
-    parts.agentHost = std::make_shared<AppModelAgentHost>(*parts.model, parts.slidePages, &parts.devices);
+    if (options_.agentGrants) {
+        parts.model->setAgentMayRun(options_.agentGrants->run);
+        parts.model->setAgentMayEdit(options_.agentGrants->edit);
+    }
+    parts.agentHost = std::make_shared<AppModelAgentHost>(*parts.model, &parts.devices);
     parts.agent = std::make_unique<AgentControl>(*parts.model, parts.scheduler, parts.agentHost);
     parts.devices.setOnChange([&parts] {
         if (LiveEngine* engine = parts.model->engine()) engine->audioDevicesChanged();
@@ -159,7 +181,11 @@ int HeadlessApplication::run() {
         }
     }
     parts.agent->start();
-    if (const auto path = parts.agent->socketPath()) say("Agent socket: " + *path);
+    if (const auto path = parts.agent->socketPath()) {
+        say("Agent socket: " + *path);
+        say(std::string("Agent may run the show: ") + (model.agentMayRun() ? "yes" : "no") +
+            "; build and edit shows: " + (model.agentMayEdit() ? "yes" : "no"));
+    }
     else say("Agent control is off: " + model.agentError().value_or("the socket couldn't open"));
     // Last of all, as at every start: a show a crash left open comes back.
     model.recoverAfterUnexpectedQuit();

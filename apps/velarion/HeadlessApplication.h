@@ -12,11 +12,25 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 namespace velarion {
 
+struct AgentGrants {
+    bool run = false;
+    bool edit = false;
+};
+
+// The grants of "--allow-agent=" and a comma-separated list of "run",
+// "edit", or "none"; no value for any other word.
+std::optional<AgentGrants> parseAgentGrants(std::string_view list);
+
 struct HeadlessOptions {
     std::optional<std::filesystem::path> show;
+    // "--allow-agent=run,edit": the operator's two agent switches, set and
+    // kept in the preferences as the console's Settings would; none leaves
+    // them as they are.
+    std::optional<AgentGrants> agentGrants;
     // For the process tests: title edits "Burst N", eight 50 ms apart and
     // then a pause of 1.2 s, over and over; each reported on standard output
     // as "Edited N" once it went in.

@@ -1,5 +1,6 @@
 // velarion: the show-control application. Until the console exists it runs
-// headless, whatever it is asked: `velarion [--headless] [SHOW]`.
+// headless, whatever it is asked:
+// `velarion [--headless] [--allow-agent=run,edit|none] [SHOW]`.
 
 #include "HeadlessApplication.h"
 
@@ -17,8 +18,16 @@ int main(int argc, char** argv) {
         const std::string argument = argv[i];
         if (argument == "--headless") headless = true;
         else if (argument == "--test-edit-burst") options.editBurst = true;
+        else if (argument.rfind("--allow-agent=", 0) == 0) {
+            options.agentGrants = velarion::parseAgentGrants(std::string_view(argument).substr(14));
+            if (!options.agentGrants) {
+                std::fprintf(stderr, "velarion: --allow-agent takes run, edit, or both as run,edit; "
+                                     "none turns both off.\n");
+                return 2;
+            }
+        }
         else if (argument.rfind("-", 0) == 0) {
-            std::fprintf(stderr, "usage: velarion [--headless] [SHOW.velarion]\n");
+            std::fprintf(stderr, "usage: velarion [--headless] [--allow-agent=run,edit|none] [SHOW.velarion]\n");
             return 2;
         } else options.show = argument;
     }

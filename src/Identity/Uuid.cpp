@@ -1,4 +1,5 @@
 #include "Identity/Uuid.h"
+#include "Identity/DerivedUuid.h"
 
 #include <mutex>
 #include <random>
@@ -17,6 +18,35 @@ int hexValue(char c) {
 bool isDashPosition(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
 
 } // namespace
+
+namespace {
+
+std::uint64_t mixed(std::uint64_t value) {
+    value += 0x9E3779B97F4A7C15ull;
+    value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9ull;
+    value = (value ^ (value >> 27)) * 0x94D049BB133111EBull;
+    return value ^ (value >> 31);
+}
+
+} // namespace
+
+Uuid derivedUuid(const Uuid& base, std::uint64_t place) {
+    std::uint64_t high = 0, low = 0;
+    for (int i = 0; i < 8; ++i) {
+        high = (high << 8) | base.bytes[i];
+        low = (low << 8) | base.bytes[i + 8];
+    }
+    const std::uint64_t first = mixed(high ^ mixed(low ^ mixed(place)));
+    const std::uint64_t second = mixed(low ^ mixed(first ^ place));
+    Uuid id;
+    for (int i = 0; i < 8; ++i) {
+        id.bytes[i] = static_cast<std::uint8_t>(first >> (56 - 8 * i));
+        id.bytes[i + 8] = static_cast<std::uint8_t>(second >> (56 - 8 * i));
+    }
+    id.bytes[6] = static_cast<std::uint8_t>((id.bytes[6] & 0x0F) | 0x80);
+    id.bytes[8] = static_cast<std::uint8_t>((id.bytes[8] & 0x3F) | 0x80);
+    return id;
+}
 
 Uuid Uuid::random() {
     // One generator for the process, seeded once from the system's entropy.

@@ -28,7 +28,9 @@ void AgentControl::start() {
     try {
         auto server = std::make_unique<AgentSocketServer>(
             agentSocketPath::standard(), *mainLoop_,
-            [service](AgentRequest request, AgentSocketServer::Reply reply) { reply(service->handle(request)); });
+            [service](AgentRequest request, AgentSocketServer::Reply reply) {
+                service->handle(request, std::move(reply));
+            });
         std::weak_ptr<int> life = life_;
         server->setOnConnectionCount([this, life](std::size_t count) {
             // From the server's own thread to the main loop.

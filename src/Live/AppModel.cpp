@@ -41,6 +41,7 @@ AppModel::AppModel(AppPorts ports, AppOptions options)
 }
 
 AppModel::~AppModel() {
+    for (auto& [itemID, draw] : pageDraws_) draw.handle.cancel();
     flushPendingSave();
     if (ports_.devices) ports_.devices->setOnChange({});
     shutdownEngine();
@@ -74,6 +75,7 @@ void AppModel::load(const Show& show, const ShowPackage& package) {
     // An autosave of the show leaving still goes to its own package.
     flushPendingSave();
     packageLock_.reset();
+    abandonPageDraws("Another show was opened before the slides' pictures were drawn.");
     operatorViewFollowsLive_ = true;
     importRequestID_.reset();
     isImporting_ = false;
@@ -278,6 +280,7 @@ bool AppModel::saveAsFromPanel(const fs::path& to) {
 
 void AppModel::close() {
     flushPendingSave();
+    abandonPageDraws("The show was closed before the slides' pictures were drawn.");
     if (!options_.isSnapshotRun) session_.closed();
     awakeActivity_.reset();
 

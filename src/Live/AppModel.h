@@ -185,6 +185,11 @@ public:
     static Cue makeCue(const MediaItem& item);
     // Inserts behind the selection and selects it: "Added " and its name.
     bool add(const Cue& cue);
+    // Songs and made slides. Their pages are drawn off the main loop; the
+    // change goes in as one edit once every page is written, and until then
+    // the deck keeps its old pages. True when drawing began; a failure to
+    // draw later goes to the status line. A newer change to the same deck
+    // supersedes one still drawing.
     bool addSong(const Song& song);
     // Moves the cue's whole moment one step, over the neighbouring moment,
     // and keeps the selection: "Moved " and its name, " up" or " down".
@@ -197,6 +202,15 @@ public:
     bool toggleStartTogether(const Uuid& cueID);
     bool updateSong(const Uuid& itemID, const Song& song);
     bool updateSlides(const Uuid& itemID, const std::function<void(std::vector<MadeSlide>&)>& change);
+    // Draws the item's pages in the background, then runs `drawn` on the
+    // main loop with the redrawn item, or with the failure's sentence. When a
+    // newer draw of the same item, closing the show or opening another comes
+    // first, `abandoned` runs instead, with the reason in words.
+    void drawPages(MediaItem item, std::function<void(DrawnPages)> drawn,
+                   std::function<void(const std::string&)> abandoned = {});
+    // Whether slide pages are being drawn; the status says so meanwhile.
+    bool isDrawingPages() const { return !pageDraws_.empty(); }
+    static inline const std::string drawingPagesStatus = "Drawing the slides' pictures…";
 
     // ---- Playback ----
     void perform(const EngineCommand& command);
@@ -311,7 +325,11 @@ private:
     void remember(const std::filesystem::path& location);
     // Says so in the status line when a preference didn't reach the disk.
     void preferencesWritten(bool written);
-    bool renderAndUpdate(MediaItem item, const std::string& failurePrefix);
+    void redrawAndUpdate(MediaItem item, const std::string& failurePrefix);
+    // Drops every unfinished draw, telling each caller why.
+    void abandonPageDraws(const std::string& reason);
+    // The item as a draw under way will leave it, else as the show has it.
+    const MediaItem* latestItem(const Uuid& itemID) const;
     std::weak_ptr<int> token() const { return life_; }
 
     AppPorts ports_;
@@ -352,6 +370,17 @@ private:
     std::optional<Rename> rename_;
     bool operatorViewFollowsLive_ = true;
     PictureCaches caches_;
+    struct PageDraw {
+        std::uint64_t number = 0;
+        TaskHandle handle;
+        std::function<void(const std::string&)> abandoned;
+        // What the deck becomes once drawn: the base of a newer change, so
+        // that two quick changes both count.
+        MediaItem item;
+    };
+    // Unfinished draws by deck item id; each newer one replaces the older.
+    std::map<Uuid, PageDraw> pageDraws_;
+    std::uint64_t pageDrawCount_ = 0;
     std::shared_ptr<int> life_ = std::make_shared<int>(0);
 };
 

@@ -15,9 +15,13 @@ std::vector<AudioDevice> AppModelAgentHost::audioOutputs() const {
 
 std::vector<ReadyItem> AppModelAgentHost::agentReadyItems() { throw AgentFailure(readyCheckMissing); }
 
-MediaItem AppModelAgentHost::agentDrawSlides(const MediaItem& item) {
-    if (!model_.show() || !model_.package()) throw AgentFailure("No show is open.");
-    return slidePages_.update(item, *model_.package(), model_.show()->library);
+void AppModelAgentHost::agentDrawSlides(const MediaItem& item, SlidesDrawn done) {
+    if (!model_.show() || !model_.package()) return done(std::nullopt, "No show is open.");
+    // Exactly one of the two runs.
+    auto shared = std::make_shared<SlidesDrawn>(std::move(done));
+    model_.drawPages(
+        item, [shared](DrawnPages result) { (*shared)(std::move(result.item), result.failure); },
+        [shared](const std::string& reason) { (*shared)(std::nullopt, reason); });
 }
 
 } // namespace velarion

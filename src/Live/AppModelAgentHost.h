@@ -2,8 +2,10 @@
 // AppModelAgentHost: the application model as the agent service sees it,
 // thin forwarding to AppModel's agent operations.
 //
-// Contract: as AgentHost. Main thread. The model, the slide pages and the
-// output list must outlive the host. Without a console there are no
+// Contract: as AgentHost. Main thread. The model and the output list must
+// outlive the host. Slide pictures are drawn by the model, so an agent's
+// change to a deck supersedes the console's unfinished one and the other
+// way round. Without a console there are no
 // displays to list, and the Ready check is not built yet: `ready_check`
 // refuses in words rather than answering an empty, all-clear list.
 
@@ -17,8 +19,7 @@ public:
     static constexpr const char* readyCheckMissing =
         "The Ready check isn't available in this version of Velarion yet.";
 
-    AppModelAgentHost(AppModel& model, SlidePages& slidePages, const AudioDevices* devices)
-        : model_(model), slidePages_(slidePages), devices_(devices) {}
+    AppModelAgentHost(AppModel& model, const AudioDevices* devices) : model_(model), devices_(devices) {}
 
     std::optional<Show> show() const override { return model_.show(); }
     std::optional<ShowPackage> package() const override { return model_.package(); }
@@ -42,11 +43,10 @@ public:
     std::vector<DisplayInfo> agentDisplays() override { return {}; }
     void agentNote(const std::string& text) override { model_.agentNote(text); }
     void agentQuit(bool restart) override { model_.agentQuit(restart); }
-    MediaItem agentDrawSlides(const MediaItem& item) override;
+    void agentDrawSlides(const MediaItem& item, SlidesDrawn done) override;
 
 private:
     AppModel& model_;
-    SlidePages& slidePages_;
     const AudioDevices* devices_;
 };
 

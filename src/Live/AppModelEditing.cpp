@@ -1,11 +1,10 @@
-// Changes to the open show: edits, undo and redo, Show Mode, new cues,
-// songs and made slides, and the slide editors that follow them.
+// Changes to the open show: edits, undo and redo, Show Mode, new cues, and
+// the slide editors that follow them.
 
 #include "Live/AppModel.h"
 
 #include "Live/OperatorText.h"
 #include "LiveModel/CueInsertionPoint.h"
-#include "LiveModel/SongRedraw.h"
 
 namespace velarion {
 
@@ -142,80 +141,6 @@ bool AppModel::add(const Cue& cue) {
     selectedCueID_ = cue.id;
     setStatus("Added " + cue.name);
     return true;
-}
-
-// ---- Songs and made slides ----
-
-bool AppModel::addSong(const Song& song) {
-    if (!show_ || !package_ || isLocked()) return false;
-    MediaItem item;
-    item.id = Uuid::random();
-    item.kind = MediaKind::deck;
-    item.name = song.title.empty() ? "Song" : song.title;
-    item.fileName = std::string(MediaItem::madeFileName);
-    item.song = song;
-    item.deck = DeckInfo{};
-    item.deck->source = "Velarion";
-    item.deck->made = song.madeSlides();
-    try {
-        item = ports_.slidePages.update(item, *package_, show_->library);
-    } catch (const std::exception& error) {
-        setStatus(std::string("Couldn't make the song's slides: ") + error.what());
-        return false;
-    }
-    if (!edit(edit::AddMedia{item})) return false;
-    return add(makeCue(item));
-}
-
-bool AppModel::renderAndUpdate(MediaItem item, const std::string& failurePrefix) {
-    try {
-        item = ports_.slidePages.update(item, *package_, show_->library);
-    } catch (const std::exception& error) {
-        setStatus(failurePrefix + error.what());
-        return false;
-    }
-    return edit(edit::UpdateMedia{std::move(item)});
-}
-
-bool AppModel::updateSong(const Uuid& itemID, const Song& song) {
-    if (!show_ || !package_) return false;
-    if (isLocked()) {
-        // Refused before any page is drawn.
-        refuse(errorDescription(editError::Locked{}));
-        return false;
-    }
-    const MediaItem* item = show_->media(itemID);
-    if (!item) {
-        refuse(errorDescription(editError::MediaNotFound{}));
-        return false;
-    }
-    return renderAndUpdate(updatingSong(*item, song), "Couldn't redraw the song: ");
-}
-
-bool AppModel::updateSlides(const Uuid& itemID,
-                            const std::function<void(std::vector<MadeSlide>&)>& change) {
-    if (!show_ || !package_) return false;
-    if (isLocked()) {
-        refuse(errorDescription(editError::Locked{}));
-        return false;
-    }
-    const MediaItem* found = show_->media(itemID);
-    if (!found || !found->deck) {
-        refuse(errorDescription(editError::MediaNotFound{}));
-        return false;
-    }
-    MediaItem item = *found;
-    if (item.song)
-        prepareSongSlidesForEditing(item);
-    else
-        item.deck->prepareForEditing();
-    if (!item.deck->made) return false;
-
-    std::vector<MadeSlide> slides = *item.deck->made;
-    change(slides);
-    if (slides == *item.deck->made) return false;
-    item.deck->made = std::move(slides);
-    return renderAndUpdate(std::move(item), "Couldn't redraw the slides: ");
 }
 
 // ---- Selection and editors ----

@@ -12,8 +12,7 @@
 // - Reads return values (a Show copy is cheap: its lists are shared). They
 //   may change after any of the agent... operations.
 // - The operations marked "throws" refuse with AgentFailure, whose message
-//   is the sentence the agent reads. Nothing else is thrown, except by
-//   `agentDrawSlides` (see there).
+//   is the sentence the agent reads. Nothing else is thrown.
 //
 // Implementations: AppModel in the application; FakeAgentHost in tests.
 
@@ -30,6 +29,7 @@
 #include "LiveModel/ShowTemplate.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -85,11 +85,14 @@ public:
     virtual void agentQuit(bool restart) = 0;
 
     // Draws the page pictures of the item's made slides into the open
-    // package and returns the item with its deck's pages, as the console's
-    // song editor does. Drawing is the platform's, so it lives behind the
-    // host. Throws std::exception whose what() is one sentence; the show is
-    // unchanged then.
-    virtual MediaItem agentDrawSlides(const MediaItem& item) = 0;
+    // package, off the main loop, as the console's song editor does, and
+    // then runs `done` once on the main loop: with the item and its deck's
+    // pages, or with no item and one sentence saying why (the drawing
+    // failed, a newer change to the same deck came first, or the show
+    // closed). A double may run `done` before returning. Drawing is the
+    // platform's, so it lives behind the host.
+    using SlidesDrawn = std::function<void(std::optional<MediaItem> item, const std::string& failure)>;
+    virtual void agentDrawSlides(const MediaItem& item, SlidesDrawn done) = 0;
 };
 
 } // namespace velarion

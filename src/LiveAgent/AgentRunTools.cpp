@@ -43,7 +43,12 @@ JSONValue quit(AgentCall& call, const JSONValue& arguments, bool restart) {
 
 } // namespace
 
-JSONValue getShow(AgentCall& call, const JSONValue&) { return showSummary(call); }
+// The summary of a large show takes tens of milliseconds to build: the main
+// loop only takes the snapshot, which shares the show's lists.
+JSONValue getShow(AgentCall& call, const JSONValue&) {
+    call.offMainLoop = [snapshot = showSnapshot(call)] { return showSummary(snapshot); };
+    return JSONValue();
+}
 
 JSONValue getState(AgentCall& call, const JSONValue&) { return stateSummary(call); }
 

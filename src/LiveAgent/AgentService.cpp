@@ -9,6 +9,10 @@
 
 #include <algorithm>
 #include <array>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
 #include <exception>
 #include <string>
 #include <utility>
@@ -100,26 +104,125 @@ JSONValue notBuiltYet(AgentCall&, const JSONValue&) {
 
 } // namespace agentService
 
-AgentService::AgentService(std::weak_ptr<AgentHost> host, Scheduler& scheduler)
-    : host_(std::move(host)), scheduler_(scheduler) {}
+// One thread that builds answers from snapshots, in the order asked.
+class AgentService::Worker {
+public:
+    Worker() : thread_([this] { loop(); }) {}
+    ~Worker() {
+        {
+            std::lock_guard guard(lock_);
+            stopping_ = true;
+            queue_.clear();
+        }
+        wake_.notify_all();
+        thread_.join();
+    }
+    void post(std::function<void()> work) {
+        {
+            std::lock_guard guard(lock_);
+            queue_.push_back(std::move(work));
+        }
+        wake_.notify_all();
+    }
 
-AgentResponse AgentService::handle(const AgentRequest& request) {
+private:
+    void loop() {
+        std::unique_lock guard(lock_);
+        while (true) {
+            wake_.wait(guard, [this] { return stopping_ || !queue_.empty(); });
+            if (stopping_) return;
+            std::function<void()> work = std::move(queue_.front());
+            queue_.pop_front();
+            guard.unlock();
+            work();
+            work = nullptr;
+            guard.lock();
+        }
+    }
+
+    std::mutex lock_;
+    std::condition_variable wake_;
+    std::deque<std::function<void()>> queue_;
+    bool stopping_ = false;
+    std::thread thread_; // last: it starts once the rest is ready
+};
+
+struct AgentService::Deferred {
+    std::optional<agentService::AfterDrawing> afterDrawing;
+    std::function<JSONValue()> offMainLoop;
+};
+
+namespace {
+
+// The response for what `result` gives or throws.
+template <class Result> AgentResponse respond(std::int64_t id, Result&& result) {
     try {
-        return AgentResponse::success(request.id, run(request.tool, request.arguments));
+        return AgentResponse::success(id, result());
     } catch (const AgentFailure& failure) {
-        return AgentResponse::failure(request.id, failure.message);
+        return AgentResponse::failure(id, failure.message);
     } catch (const InvalidArguments& invalid) {
-        return AgentResponse::failure(request.id, invalid.message);
+        return AgentResponse::failure(id, invalid.message);
     } catch (const ShowEditError& refused) {
-        return AgentResponse::failure(request.id, refused.errorDescription());
+        return AgentResponse::failure(id, refused.errorDescription());
     } catch (const std::exception& error) {
         // Whatever else a host or the file system raises still answers the
         // agent in words, never as a dropped connection.
-        return AgentResponse::failure(request.id, error.what());
+        return AgentResponse::failure(id, error.what());
     }
 }
 
-JSONValue AgentService::run(std::string_view name, const JSONValue& arguments) {
+constexpr const char* notReady = "Velarion isn't ready.";
+
+} // namespace
+
+AgentService::AgentService(std::weak_ptr<AgentHost> host, Scheduler& scheduler)
+    : host_(std::move(host)), scheduler_(scheduler), worker_(std::make_unique<Worker>()) {}
+
+AgentService::~AgentService() = default;
+
+void AgentService::handle(const AgentRequest& request, Reply reply) { start(request, std::move(reply), false); }
+
+AgentResponse AgentService::handle(const AgentRequest& request) {
+    auto answer = std::make_shared<std::optional<AgentResponse>>();
+    start(request, [answer](AgentResponse response) { *answer = std::move(response); }, true);
+    if (*answer) return std::move(**answer);
+    return AgentResponse::failure(request.id, "That answer isn't ready yet: its slides are still being drawn.");
+}
+
+void AgentService::start(const AgentRequest& request, Reply reply, bool inlineWork) {
+    const std::int64_t id = request.id;
+    Deferred deferred;
+    AgentResponse now = respond(id, [&] { return run(request.tool, request.arguments, deferred); });
+    if (deferred.offMainLoop && now.ok) {
+        auto work = [id, build = std::move(deferred.offMainLoop), reply = std::move(reply)] {
+            reply(respond(id, build));
+        };
+        if (inlineWork)
+            work();
+        else
+            worker_->post(std::move(work));
+        return;
+    }
+    if (!deferred.afterDrawing || !now.ok) {
+        reply(std::move(now));
+        return;
+    }
+    const std::shared_ptr<AgentHost> host = host_.lock();
+    if (!host) return reply(AgentResponse::failure(id, notReady));
+    auto after = std::make_shared<agentService::AfterDrawing>(std::move(*deferred.afterDrawing));
+    host->agentDrawSlides(after->item, [scheduler = &scheduler_, weakHost = host_, id, after, reply = std::move(reply)](
+                                           std::optional<MediaItem> drawn, const std::string& failure) {
+        reply(respond(id, [&]() -> JSONValue {
+            const std::shared_ptr<AgentHost> alive = weakHost.lock();
+            if (!alive) throw AgentFailure(notReady);
+            if (!drawn) throw AgentFailure(after->failureWords + failure);
+            agentService::AgentCall call{*alive, *scheduler, weakHost};
+            return after->finish(call, *drawn);
+        }));
+    });
+}
+
+JSONValue AgentService::run(std::string_view name, const JSONValue& arguments, Deferred& deferred) {
     const std::shared_ptr<AgentHost> host = host_.lock();
     if (!host) throw AgentFailure("Velarion isn't ready.");
     const AgentTool* described = agentTools::tool(name);
@@ -140,7 +243,10 @@ JSONValue AgentService::run(std::string_view name, const JSONValue& arguments) {
         throw AgentFailure(agentService::noShowOpen);
     }
     agentService::AgentCall call{*host, scheduler_, host_};
-    return function(call, arguments);
+    JSONValue result = function(call, arguments);
+    deferred.afterDrawing = std::move(call.afterDrawing);
+    deferred.offMainLoop = std::move(call.offMainLoop);
+    return result;
 }
 
 } // namespace velarion

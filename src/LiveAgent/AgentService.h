@@ -7,20 +7,26 @@
 //
 // Contract.
 // - Main thread only: the socket server posts each request to the main loop
-//   and `handle` answers it there. `handle` never throws; a refusal is a
+//   and `handle` takes it there. `handle` never throws; a refusal is a
 //   response with `ok` false and one sentence that says what to do next.
+// - Nothing an agent asks holds the main loop long: get_show takes a
+//   snapshot of the show there and builds its answer on the service's
+//   worker thread; add_song and update_song wait for their pictures, drawn
+//   off the main loop by the host, and finish on the main loop.
 // - The host is held weakly; the scheduler must outlive the service. The
 //   one task the service leaves behind (the delayed quit of quit_app and
 //   restart_app) holds only the host, weakly.
-// - A tool runs to its end before `handle` returns; a tool that changes the
-//   show in several steps keeps the steps that went in when a later one is
-//   refused.
+// - A tool that changes the show in several steps keeps the steps that went
+//   in when a later one is refused.
+// - Destruction waits for the answer the worker is building and drops those
+//   queued behind it.
 
 #include "LiveAgent/AgentHost.h"
 #include "LiveAgentKit/AgentMessages.h"
 #include "LiveAgentKit/JSONValue.h"
 #include "LiveEngine/ports/Scheduler.h"
 
+#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -32,18 +38,33 @@ public:
     // that the answer reaches the agent first.
     static constexpr double quitDelaySeconds = 0.4;
 
-    AgentService(std::weak_ptr<AgentHost> host, Scheduler& scheduler);
+    using Reply = std::function<void(AgentResponse)>;
 
-    // The response to one request, echoing its id.
+    AgentService(std::weak_ptr<AgentHost> host, Scheduler& scheduler);
+    ~AgentService();
+    AgentService(const AgentService&) = delete;
+    AgentService& operator=(const AgentService&) = delete;
+
+    // Answers one request through `reply`, once, echoing its id: at once,
+    // later on the main loop, or from the worker thread.
+    void handle(const AgentRequest& request, Reply reply);
+    // The response, built on the calling thread. A tool that waits for
+    // pictures answers here only when the host draws at once (as test hosts
+    // do); otherwise this says the answer isn't ready.
     AgentResponse handle(const AgentRequest& request);
 
-    // The tool's result. Throws AgentFailure, or InvalidArguments when the
-    // arguments don't fit the tool's schema.
-    JSONValue run(std::string_view tool, const JSONValue& arguments);
-
 private:
+    class Worker;
+    struct Deferred;
+    // With `inlineWork`, what would go to the worker is done here.
+    void start(const AgentRequest& request, Reply reply, bool inlineWork);
+    // The tool's result, or null with `deferred` set. Throws AgentFailure,
+    // or InvalidArguments when the arguments don't fit the tool's schema.
+    JSONValue run(std::string_view tool, const JSONValue& arguments, Deferred& deferred);
+
     std::weak_ptr<AgentHost> host_;
     Scheduler& scheduler_;
+    std::unique_ptr<Worker> worker_;
 };
 
 } // namespace velarion

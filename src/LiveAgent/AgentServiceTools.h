@@ -12,6 +12,7 @@
 #include "LiveEngine/ports/Scheduler.h"
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -21,11 +22,27 @@
 
 namespace velarion::agentService {
 
+struct AgentCall;
+
+// A tool's answer that waits for slide pictures: the item to draw, and
+// what to do on the main loop once it is drawn.
+struct AfterDrawing {
+    MediaItem item;
+    // Put before the drawing's failure sentence.
+    std::string failureWords;
+    std::function<JSONValue(AgentCall& call, const MediaItem& drawn)> finish;
+};
+
 // One tool call: the host, alive for the call, and the open show.
 struct AgentCall {
     AgentHost& host;
     Scheduler& scheduler;
     std::weak_ptr<AgentHost> weakHost;
+    // Set by a tool whose answer is finished later: by `afterDrawing` once
+    // the pictures are drawn, or by `offMainLoop`, which reads only what it
+    // captured and runs on a worker thread. The tool then returns null.
+    std::optional<AfterDrawing> afterDrawing;
+    std::function<JSONValue()> offMainLoop;
 
     // The open show as it stands now; refuses when none is open.
     Show show() const;
@@ -92,6 +109,16 @@ private:
     std::map<Uuid, Uuid> groups_;
 };
 
+// What get_show reads from the host, taken on the main loop; the summary
+// is then built from it on any thread.
+struct ShowSnapshot {
+    Show show;
+    std::optional<ShowPackage> package;
+    bool locked = false;
+    std::vector<AudioDevice> outputs;
+};
+ShowSnapshot showSnapshot(const AgentCall& call);
+JSONValue showSummary(const ShowSnapshot& snapshot);
 JSONValue showSummary(const AgentCall& call);
 JSONValue stateSummary(const AgentCall& call);
 JSONValue screensSummary(const OutputSetup& setup);

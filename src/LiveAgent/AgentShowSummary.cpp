@@ -8,8 +8,11 @@
 #include "LiveModel/CueGroups.h"
 #include "LiveModel/ScreenPreset.h"
 
+#include <algorithm>
 #include <cmath>
+#include <future>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <variant>
 
@@ -174,9 +177,9 @@ void addKind(JSONValue::Object& object, const ShowLookup& lookup, const Cue& cue
         cue.kind);
 }
 
-JSONValue soundObject(const AgentCall& call, const AudioSetup& audio) {
+JSONValue soundObject(const std::vector<AudioDevice>& devices, const AudioSetup& audio) {
     JSONValue::Array outputs;
-    for (const AudioDevice& device : call.host.audioOutputs()) {
+    for (const AudioDevice& device : devices) {
         outputs.emplace_back(JSONValue::Object{
             {"uid", device.id}, {"name", device.name}, {"system_default", device.isDefault}});
     }
@@ -330,14 +333,46 @@ JSONValue songObject(const MediaItem& item) {
     };
 }
 
-JSONValue showSummary(const AgentCall& call) {
-    const Show show = call.show();
-    const std::optional<ShowPackage> package = call.host.package();
+namespace {
+
+// A large show's sections are most of the summary's work: they are built in
+// a few parts side by side where the machine has the cores.
+JSONValue::Array sectionObjects(const ShowLookup& lookup, const SharedList<Section>& sections) {
+    constexpr std::size_t sectionsPerPart = 8;
+    const std::size_t cores = std::max(1u, std::thread::hardware_concurrency());
+    const std::size_t parts =
+        std::clamp<std::size_t>(sections.size() / sectionsPerPart, 1, std::min<std::size_t>(cores, 4));
+    const auto build = [&](std::size_t part) {
+        JSONValue::Array built;
+        const std::size_t from = sections.size() * part / parts, to = sections.size() * (part + 1) / parts;
+        built.reserve(to - from);
+        for (std::size_t i = from; i < to; ++i) built.push_back(sectionObject(lookup, sections[i]));
+        return built;
+    };
+    std::vector<std::future<JSONValue::Array>> others;
+    for (std::size_t part = 1; part < parts; ++part) others.push_back(std::async(std::launch::async, build, part));
+    JSONValue::Array all = build(0);
+    all.reserve(sections.size());
+    for (auto& other : others) {
+        for (JSONValue& section : other.get()) all.push_back(std::move(section));
+    }
+    return all;
+}
+
+} // namespace
+
+ShowSnapshot showSnapshot(const AgentCall& call) {
+    return ShowSnapshot{call.show(), call.host.package(), call.host.isLocked(), call.host.audioOutputs()};
+}
+
+JSONValue showSummary(const AgentCall& call) { return showSummary(showSnapshot(call)); }
+
+JSONValue showSummary(const ShowSnapshot& snapshot) {
+    const Show& show = snapshot.show;
+    const std::optional<ShowPackage>& package = snapshot.package;
     const ShowLookup lookup(show);
 
-    JSONValue::Array sections;
-    sections.reserve(show.sections.size());
-    for (const Section& section : show.sections) sections.push_back(sectionObject(lookup, section));
+    JSONValue::Array sections = sectionObjects(lookup, show.sections);
     JSONValue::Array groups;
     if (show.cueGroups) {
         for (const CueGroup& group : *show.cueGroups) groups.push_back(groupObject(group));
@@ -354,14 +389,14 @@ JSONValue showSummary(const AgentCall& call) {
     summary.emplace("file", package ? JSONValue(package->url().string()) : JSONValue());
     summary.emplace("saved_to_a_file",
                     package && package->url().string().find("/Velarion/Unsaved/") == std::string::npos);
-    summary.emplace("locked", call.host.isLocked());
+    summary.emplace("locked", snapshot.locked);
     summary.emplace("slide_dissolve", show.effectiveSlideDissolve());
     summary.emplace("sections", std::move(sections));
     summary.emplace("cue_groups", std::move(groups));
     summary.emplace("library", std::move(library));
     summary.emplace("songs", std::move(songs));
     summary.emplace("screens", screensSummary(show.outputs));
-    summary.emplace("sound", soundObject(call, show.audio));
+    summary.emplace("sound", soundObject(snapshot.outputs, show.audio));
     summary.emplace("safe_slide", JSONValue::Object{{"title", show.holding.title},
                                                     {"subtitle", show.holding.subtitle},
                                                     {"image", orNull(show.holding.mediaID)}});

@@ -78,16 +78,6 @@ Song makeSong(const JSONValue& arguments, const std::optional<Song>& base) {
     return song;
 }
 
-MediaItem drawn(AgentCall& call, const MediaItem& item, std::string_view failureWords) {
-    try {
-        return call.host.agentDrawSlides(item);
-    } catch (const AgentFailure&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw AgentFailure(std::string(failureWords) + error.what());
-    }
-}
-
 } // namespace
 
 JSONValue addSong(AgentCall& call, const JSONValue& arguments) {
@@ -106,16 +96,21 @@ JSONValue addSong(AgentCall& call, const JSONValue& arguments) {
     item.kind = MediaKind::deck;
     item.name = song.title.empty() ? untitledSong : song.title;
     item.fileName = MediaItem::madeFileName;
-    item = drawn(call, updatingSong(item, song), "Couldn't make the song's slides: ");
-    cue.name = item.name;
-    cue.kind = SlidesCue{item.id};
-
-    apply(call, edit::AddMedia{item});
-    apply(call, edit::InsertCue{cue, section, after});
-    const Show changed = call.show();
-    const MediaItem* stored = changed.media(item.id);
-    return JSONValue::Object{{"song", stored ? songObject(*stored) : JSONValue()},
-                             {"cue", cueObject(changed, cue.id)}};
+    // The pictures are drawn off the main loop; the song and its cue go in
+    // once they are all written.
+    call.afterDrawing = AfterDrawing{
+        updatingSong(item, song), "Couldn't make the song's slides: ",
+        [cue, section, after](AgentCall& later, const MediaItem& drawn) mutable -> JSONValue {
+            cue.name = drawn.name;
+            cue.kind = SlidesCue{drawn.id};
+            apply(later, edit::AddMedia{drawn});
+            apply(later, edit::InsertCue{cue, section, after});
+            const Show changed = later.show();
+            const MediaItem* stored = changed.media(drawn.id);
+            return JSONValue::Object{{"song", stored ? songObject(*stored) : JSONValue()},
+                                     {"cue", cueObject(changed, cue.id)}};
+        }};
+    return JSONValue();
 }
 
 JSONValue updateSong(AgentCall& call, const JSONValue& arguments) {
@@ -142,12 +137,16 @@ JSONValue updateSong(AgentCall& call, const JSONValue& arguments) {
     if (!song.title.empty() && item->song->title != song.title && item->name == item->song->title) {
         updated.name = song.title;
     }
-    updated = drawn(call, updated, "Couldn't redraw the song: ");
-    apply(call, edit::UpdateMedia{updated});
-    const Show changed = call.show();
-    const MediaItem* stored = changed.media(updated.id);
-    if (!stored || !stored->song) throw AgentFailure("The song went before it could be read. get_show lists the songs.");
-    return songObject(*stored);
+    call.afterDrawing = AfterDrawing{
+        std::move(updated), "Couldn't redraw the song: ", [](AgentCall& later, const MediaItem& drawn) -> JSONValue {
+            apply(later, edit::UpdateMedia{drawn});
+            const Show changed = later.show();
+            const MediaItem* stored = changed.media(drawn.id);
+            if (!stored || !stored->song)
+                throw AgentFailure("The song went before it could be read. get_show lists the songs.");
+            return songObject(*stored);
+        }};
+    return JSONValue();
 }
 
 } // namespace velarion::agentService

@@ -92,7 +92,13 @@ private:
     bool writeString(std::string_view text) {
         if (!isUTF8(text)) return false;
         out.push_back('"');
-        for (const char c : text) {
+        // Runs of plain characters go in whole: get_show writes megabytes.
+        std::size_t plain = 0;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const char c = text[i];
+            if (c != '"' && c != '\\' && static_cast<unsigned char>(c) >= 0x20) continue;
+            out.append(text.substr(plain, i - plain));
+            plain = i + 1;
             switch (c) {
             case '"': out.append("\\\""); break;
             case '\\': out.append("\\\\"); break;
@@ -107,11 +113,10 @@ private:
                     out.append("\\u00");
                     out.push_back(hex[(c >> 4) & 0xf]);
                     out.push_back(hex[c & 0xf]);
-                } else {
-                    out.push_back(c);
                 }
             }
         }
+        out.append(text.substr(plain));
         out.push_back('"');
         return true;
     }

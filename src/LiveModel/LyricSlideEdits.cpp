@@ -78,8 +78,13 @@ bool hasManualLyricEdits(const MadeSlide& slide) {
     return slide.boxes ? *slide.boxes != baseline.boxes : slide.effectiveBoxes() != baseline.boxes;
 }
 
-MadeSlide mergingLyrics(const MadeSlide& slide, const MadeSlide& from) {
+MadeSlide mergingLyrics(const MadeSlide& slide, const MadeSlide& generated) {
     const bool edited = hasManualLyricEdits(slide);
+    // The new slide takes the old one's id, and its generated boxes the ids
+    // that id gives them: a slide whose lyrics and look didn't change comes
+    // out equal to the old one and keeps its page.
+    MadeSlide from = generated;
+    keyGeneratedSlide(from, slide.id);
     // What the generator never sets (layout, picture, texts of the older
     // layouts, imported page, group names) stays the operator's.
     MadeSlide merged = edited ? slide : from;

@@ -45,6 +45,12 @@ std::vector<MadeSlide> reconcileGenerated(const MediaItem& item, std::vector<Mad
 // `from`. The result has the slide's id and `from`'s source.
 MadeSlide mergingLyrics(const MadeSlide& slide, const MadeSlide& from);
 
+// Gives a generated slide the id `slideID`, and each of its boxes (and of its
+// lyric baseline's) an id derived from `slideID` and the box's place, so
+// that drawing the same song again gives equal slides, and equal slides
+// keep their page pictures.
+void keyGeneratedSlide(MadeSlide& slide, const Uuid& slideID);
+
 // True when the operator changed the slide since it was generated, or when
 // it has no source to tell by.
 bool hasManualLyricEdits(const MadeSlide& slide);

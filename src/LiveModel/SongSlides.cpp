@@ -2,6 +2,9 @@
 // three looks, and the deck of slides drawn from the sung order.
 
 #include "LiveModel/Song.h"
+#include "LiveModel/SongRedraw.h"
+
+#include "Identity/DerivedUuid.h"
 
 #include <algorithm>
 
@@ -85,6 +88,19 @@ TextBox creditsBox(LyricLook look, std::string text) {
     return lookBox(std::move(text), 0.9, 0.06, 26, false, lightGrey);
 }
 
+void keyGeneratedSlide(MadeSlide& slide, const Uuid& slideID) {
+    slide.id = slideID;
+    if (slide.boxes) {
+        for (std::size_t place = 0; place < slide.boxes->size(); ++place)
+            (*slide.boxes)[place].id = derivedUuid(slideID, place);
+    }
+    if (slide.lyricSource) {
+        slide.lyricSource->id = slideID;
+        auto& baseline = slide.lyricSource->baseline.boxes;
+        for (std::size_t place = 0; place < baseline.size(); ++place) baseline[place].id = derivedUuid(slideID, place);
+    }
+}
+
 std::vector<std::vector<std::string>> Song::parts(const std::vector<std::string>& of, int limit) {
     std::vector<std::vector<std::string>> divided;
     if (of.empty())
@@ -152,6 +168,10 @@ std::vector<MadeSlide> Song::madeSlides() const {
         if (index == 0 && !creditsText.empty()) {
             slide.boxes->push_back(creditsBox(look, creditsText));
         }
+        // Generated boxes take ids from the slide's id and their place, not
+        // new random ones: an unchanged redraw then gives equal slides, the
+        // same page names, and draws nothing.
+        keyGeneratedSlide(slide, slide.id);
         slide.notes = nextNote(noted, index);
         LyricSlideBaseline baseline{slide.color, slide.isClear.value_or(false), slide.notes,
                                     slide.sectionName, *slide.boxes};

@@ -116,7 +116,7 @@ TEST_F(AppModelEditTest, ASongBecomesADeckAndACueOrNothingWhenItsSlidesFail) {
     const Song song = Song::parsing("Title: Morning\n\n[Verse]\nLine one\nLine two\n", LyricLook::overBackground, 2);
 
     slidePages.failure = "The slide picture couldn't be saved.";
-    EXPECT_FALSE(app.addSong(song));
+    app.addSong(song);
     EXPECT_EQ(app.status(), "Couldn't make the song's slides: The slide picture couldn't be saved.");
     EXPECT_TRUE(app.show()->library.empty());
 
@@ -127,6 +127,42 @@ TEST_F(AppModelEditTest, ASongBecomesADeckAndACueOrNothingWhenItsSlidesFail) {
     EXPECT_EQ(item.fileName, "made");
     EXPECT_EQ(item.deck->pages.size(), item.deck->made->size()) << "drawn before it went in";
     EXPECT_EQ(app.status(), "Added Morning");
+}
+
+// Pages are drawn in the background: the deck keeps its old pages until the
+// new ones are all written, a newer change supersedes an unfinished one but
+// builds on it, and closing the show drops what is left.
+TEST_F(AppModelEditTest, SlidesRedrawInTheBackgroundAndGoInAsOneStep) {
+    AppModel& app = start();
+    app.newShow(ShowTemplate::blank, "Service");
+    const Song song = Song::parsing("Title: Morning\n\n[Verse]\nOne\nTwo\n", LyricLook::overBackground, 1);
+    app.addSong(song);
+    const MediaItem before = app.show()->library[0];
+    const std::size_t steps = app.history().undoStack().size();
+
+    slidePages.holdsDraws = true;
+    ASSERT_TRUE(app.updateSlides(before.id, [](auto& slides) { slides[0].notes = "first"; }));
+    ASSERT_TRUE(app.updateSlides(before.id, [](auto& slides) { slides[1].notes = "second"; }));
+    EXPECT_EQ(*app.show()->media(before.id), before) << "old pages until drawn";
+    EXPECT_EQ(app.status(), AppModel::drawingPagesStatus);
+    EXPECT_TRUE(app.isDrawingPages());
+
+    slidePages.finishDraws();
+    const DeckInfo& deck = *app.show()->media(before.id)->deck;
+    EXPECT_EQ(deck.notes, (std::vector<std::string>{"first", "second"})) << "the later change built on the first";
+    EXPECT_EQ(app.history().undoStack().size(), steps + 1) << "the superseded draw went nowhere";
+    EXPECT_EQ(app.status(), "");
+
+    // An agent's draw still under way when the show closes is told why.
+    std::string abandoned;
+    bool drawn = false;
+    app.drawPages(*app.show()->media(before.id), [&drawn](DrawnPages) { drawn = true; },
+                  [&abandoned](const std::string& reason) { abandoned = reason; });
+    app.close();
+    slidePages.finishDraws();
+    EXPECT_FALSE(drawn);
+    EXPECT_EQ(abandoned, "The show was closed before the slides' pictures were drawn.");
+    EXPECT_FALSE(app.isDrawingPages());
 }
 
 TEST_F(AppModelEditTest, AnUndoBackToImportedPagesClosesTheSlideEditor) {

@@ -4,6 +4,8 @@
 
 #include "AgentServiceFixture.h"
 
+#include <future>
+
 #include <cstdlib>
 
 namespace velarion::testing {
@@ -159,6 +161,41 @@ TEST_F(AgentBuilding, SongsAreDrawnThroughTheHostAndRedrawnWhenChanged) {
     EXPECT_EQ(refusal("update_song", R"({"song":"2","credits":false})"), "Couldn't redraw the song: The disk is full.");
     EXPECT_EQ(host->current(), before);
     EXPECT_EQ(refusal("add_song", R"({"lyrics":"\n\n"})"), "Those lyrics have no words.");
+}
+
+// The answer to add_song waits for its pictures while the show stays as it
+// was; a request still drawing when the application goes answers in words;
+// get_show is answered from the service's worker thread.
+TEST_F(AgentBuilding, AnswersThatWaitComeOnceWhenReady) {
+    open();
+    host->holdsDrawings = true;
+    std::vector<AgentResponse> answers;
+    const auto collect = [&answers](AgentResponse response) { answers.push_back(std::move(response)); };
+    service.handle(AgentRequest{1, "add_song", JSONValue::Object{{"lyrics", "Title: Dawn\n[Verse]\nLight"}}}, collect);
+    EXPECT_TRUE(answers.empty());
+    EXPECT_TRUE(host->current().library.empty()) << "nothing goes in before the pictures";
+    host->finishDrawings();
+    ASSERT_EQ(answers.size(), 1u);
+    EXPECT_TRUE(answers[0].ok) << answers[0].error.value_or("");
+    EXPECT_EQ(host->current().library.size(), 1u);
+
+    service.handle(AgentRequest{2, "update_song", JSONValue::Object{{"song", "Dawn"}, {"credits", false}}}, collect);
+    std::weak_ptr<FakeAgentHost> gone = host;
+    auto held = std::move(host->heldDrawings);
+    host.reset();
+    for (auto& finish : held) finish();
+    ASSERT_EQ(answers.size(), 2u);
+    EXPECT_EQ(answers[1].error, "Velarion isn't ready.");
+    EXPECT_TRUE(gone.expired());
+
+    host = std::make_shared<FakeAgentHost>();
+    AgentService reader(host, host->scheduler);
+    open();
+    std::promise<AgentResponse> promise;
+    reader.handle(AgentRequest{3, "get_show", JSONValue::Object{}},
+                  [&promise](AgentResponse response) { promise.set_value(std::move(response)); });
+    const AgentResponse shown = promise.get_future().get();
+    EXPECT_EQ(textOf((*shown.result)["title"]), "Gala");
 }
 
 TEST_F(AgentBuilding, SectionsTakeTheirScheduleAndEachChangeIsItsOwnUndoStep) {

@@ -18,7 +18,7 @@ TEST_F(AgentOverTheSocket, ToolsAnswerThroughTheServerOnTheMainLoop) {
     socketTest::ThreadMainLoop mainLoop;
     AgentSocketServer server(folder / "agent.sock", mainLoop,
                              [this](AgentRequest request, AgentSocketServer::Reply reply) {
-                                 reply(service.handle(request));
+                                 service.handle(request, std::move(reply));
                              });
     server.start();
     AgentSocketClient client(folder / "agent.sock");
@@ -29,6 +29,9 @@ TEST_F(AgentOverTheSocket, ToolsAnswerThroughTheServerOnTheMainLoop) {
     const AgentResponse refused = client.call("fire_cue", JSONValue::Object{{"cue", "Outro"}}, 5);
     EXPECT_FALSE(refused.ok);
     EXPECT_EQ(refused.error, "There's no cue \"Outro\". get_show lists them.");
+    // Answered from the service's worker thread, not the main loop.
+    const AgentResponse shown = client.call("get_show", JSONValue::Object{}, 5);
+    EXPECT_EQ(textOf((*shown.result)["sections"]->arrayValue()->back()["title"]), "Finale") << "the snapshot is current";
     const AgentResponse unknown = client.call("x", JSONValue::Object{}, 5);
     EXPECT_EQ(unknown.error, "There's no tool called x.");
     server.stop();

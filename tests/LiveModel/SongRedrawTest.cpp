@@ -73,6 +73,15 @@ TEST(SongRedraw, UntouchedSlidesFollowTheNewLyricsAndKeepTheirIds) {
     EXPECT_EQ(redrawn.song->order, item.song->order);
 }
 
+// Equal slides have equal page names, so an unchanged redraw draws nothing.
+TEST(SongRedraw, AnUnchangedRedrawGivesEqualSlides) {
+    const MediaItem item = songDeck(parsed(harbour));
+    EXPECT_EQ(slidesOf(updatingSong(item, parsed(harbour))), slidesOf(item));
+    const MediaItem changed = updatingSong(item, parsed(harbourEdited));
+    EXPECT_NE(slidesOf(changed)[0], slidesOf(item)[0]);
+    EXPECT_EQ(slidesOf(changed)[1], slidesOf(item)[1]) << "a slide whose lines stayed";
+}
+
 TEST(SongRedraw, AColourChangedByHandSurvivesLyricsChanges) {
     MediaItem item = songDeck(parsed(harbour));
     MadeSlide& first = item.deck->made->front();

@@ -18,6 +18,32 @@ MediaItem FakeSlidePages::update(const MediaItem& item, const ShowPackage&,
     return updated;
 }
 
+TaskHandle FakeSlidePages::draw(MediaItem item, ShowPackage package, SharedList<MediaItem> library, Done done) {
+    auto cancelled = std::make_shared<std::atomic<bool>>(false);
+    auto finish = [this, item = std::move(item), package = std::move(package), library = std::move(library),
+                   done = std::move(done), cancelled] {
+        if (cancelled->load()) return;
+        DrawnPages result;
+        try {
+            result.item = update(item, package, library);
+        } catch (const std::exception& error) {
+            result.failure = error.what();
+        }
+        done(std::move(result));
+    };
+    if (holdsDraws)
+        heldDraws.push_back(std::move(finish));
+    else
+        finish();
+    return TaskHandle(cancelled);
+}
+
+void FakeSlidePages::finishDraws() {
+    auto held = std::move(heldDraws);
+    heldDraws.clear();
+    for (auto& finish : held) finish();
+}
+
 void FakeSlidePages::prunePages(const ShowPackage&, const SharedList<MediaItem>&) {
     ++pruneCount;
 }

@@ -13,6 +13,7 @@
 #include "Live/ports/SlidePages.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -37,14 +38,19 @@ public:
 };
 
 // Names each made slide's page "Slides/<deck id>/<slide index>.png" without
-// drawing or writing anything; throws `failure` when set.
+// drawing or writing anything; fails with `failure` when set. `draw`
+// finishes at once, unless `holdsDraws`: then `finishDraws` does, in order.
 class FakeSlidePages final : public SlidePages {
 public:
+    TaskHandle draw(MediaItem item, ShowPackage package, SharedList<MediaItem> library, Done done) override;
+    void finishDraws();
     MediaItem update(const MediaItem& item, const ShowPackage& package,
                      const SharedList<MediaItem>& library) override;
     void prunePages(const ShowPackage& package, const SharedList<MediaItem>& library) override;
 
     std::optional<std::string> failure;
+    bool holdsDraws = false;
+    std::vector<std::function<void()>> heldDraws;
     std::vector<Uuid> updatedItems;
     int pruneCount = 0;
 };

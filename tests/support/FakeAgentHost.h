@@ -117,16 +117,27 @@ public:
     }
     void agentQuit(bool restart) override { quits.push_back(restart); }
 
-    MediaItem agentDrawSlides(const MediaItem& item) override {
-        if (drawingFails) throw std::runtime_error("The disk is full.");
+    // Draws at once, unless `holdsDrawings`: then `finishDrawings` does.
+    void agentDrawSlides(const MediaItem& item, SlidesDrawn done) override {
+        ++slideDrawings;
+        if (drawingFails) return done(std::nullopt, "The disk is full.");
         MediaItem drawn = item;
         if (drawn.deck && drawn.deck->made) {
             drawn.deck->pages.clear();
             for (const MadeSlide& slide : *drawn.deck->made) drawn.deck->pages.push_back("Slides/" + slide.id.text() + ".png");
         }
-        ++slideDrawings;
-        return drawn;
+        if (holdsDrawings)
+            heldDrawings.push_back([drawn, done] { done(drawn, ""); });
+        else
+            done(drawn, "");
     }
+    void finishDrawings() {
+        auto held = std::move(heldDrawings);
+        heldDrawings.clear();
+        for (auto& finish : held) finish();
+    }
+    bool holdsDrawings = false;
+    std::vector<std::function<void()>> heldDrawings;
 
     VirtualScheduler scheduler;
     RecordingOutputManager outputs;

@@ -11,8 +11,9 @@
 //   throws the first write's error; the item passed in is never changed, so
 //   a failure leaves the caller's deck as it was. `prunePages` is silent.
 // - `render` gives a premultiplied canvas (transparent for a clear slide).
-// - Threads: the main thread, since text needs the GUI font database.
-//   Stateless: nothing is kept between calls.
+// - Threads: any thread, several at once (Qt 6 draws text on a QImage on
+//   any thread once the GUI application exists). Stateless: nothing is
+//   kept between calls.
 
 #include "LiveModel/MediaItem.h"
 #include "LiveModel/SharedList.h"
@@ -26,6 +27,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace velarion {
 
@@ -49,6 +51,18 @@ std::string pageName(const Uuid& deckID, const MadeSlide& slide);
 // without made slides comes back unchanged.
 MediaItem update(const MediaItem& item, const ShowPackage& package,
                  const SharedList<MediaItem>& library);
+
+// The item with its deck's pages named and its notes and groups rebuilt
+// from its made slides, without drawing; an item without made slides comes
+// back unchanged.
+MediaItem withPages(const MediaItem& item);
+// The indexes of the pages of `withPages`'s item that have no file yet,
+// each name once.
+std::vector<std::size_t> missingPages(const MediaItem& named, const ShowPackage& package);
+// Draws and writes the page at `index` of `withPages`'s item; throws the
+// write's error, or SlidePageError.
+void drawPage(const MediaItem& named, std::size_t index, const ShowPackage& package,
+              const SharedList<MediaItem>& library);
 
 // Deletes PNG files under Media/Slides that no deck of the library names,
 // then the folders left empty.

@@ -56,8 +56,7 @@ std::optional<QImage> libraryPicture(const Uuid& mediaID, const ShowPackage& pac
     return readPicture(package.mediaURL(item->fileName)).picture;
 }
 
-MediaItem update(const MediaItem& item, const ShowPackage& package,
-                 const SharedList<MediaItem>& library) {
+MediaItem withPages(const MediaItem& item) {
     if (!item.deck || !item.deck->made) return item;
     MediaItem updated = item;
     DeckInfo& deck = *updated.deck;
@@ -66,17 +65,7 @@ MediaItem update(const MediaItem& item, const ShowPackage& package,
     std::vector<DeckGroup> groups;
     for (std::size_t index = 0; index < slides.size(); ++index) {
         const MadeSlide& slide = slides[index];
-        std::string name = pageName(item.id, slide);
-        std::error_code error;
-        if (!std::filesystem::exists(package.mediaURL(name), error)) {
-            std::optional<QImage> background;
-            if (slide.imageID) background = libraryPicture(*slide.imageID, package, library);
-            const QByteArray png = encodePNG(render(slide, background));
-            if (png.isEmpty()) throw SlidePageError();
-            package.writeMedia(std::string_view(png.constData(), static_cast<std::size_t>(png.size())),
-                               name);
-        }
-        pages.push_back(std::move(name));
+        pages.push_back(pageName(item.id, slide));
         notes.push_back(slide.notes);
         for (std::string& section : slide.effectiveSectionNames())
             groups.push_back({std::move(section), static_cast<int>(index)});
@@ -85,6 +74,38 @@ MediaItem update(const MediaItem& item, const ShowPackage& package,
     deck.notes = std::move(notes);
     deck.groups = std::move(groups);
     return updated;
+}
+
+std::vector<std::size_t> missingPages(const MediaItem& named, const ShowPackage& package) {
+    std::vector<std::size_t> missing;
+    if (!named.deck || !named.deck->made) return missing;
+    std::set<std::string_view> seen;
+    const auto& pages = named.deck->pages;
+    for (std::size_t index = 0; index < pages.size(); ++index) {
+        // Two equal slides share one page: draw it once.
+        if (!seen.insert(pages[index]).second) continue;
+        std::error_code error;
+        if (!std::filesystem::exists(package.mediaURL(pages[index]), error)) missing.push_back(index);
+    }
+    return missing;
+}
+
+void drawPage(const MediaItem& named, std::size_t index, const ShowPackage& package,
+              const SharedList<MediaItem>& library) {
+    const MadeSlide& slide = (*named.deck->made)[index];
+    std::optional<QImage> background;
+    if (slide.imageID) background = libraryPicture(*slide.imageID, package, library);
+    const QByteArray png = encodePNG(render(slide, background));
+    if (png.isEmpty()) throw SlidePageError();
+    package.writeMedia(std::string_view(png.constData(), static_cast<std::size_t>(png.size())),
+                       named.deck->pages[index]);
+}
+
+MediaItem update(const MediaItem& item, const ShowPackage& package,
+                 const SharedList<MediaItem>& library) {
+    MediaItem named = withPages(item);
+    for (const std::size_t index : missingPages(named, package)) drawPage(named, index, package, library);
+    return named;
 }
 
 void prunePages(const ShowPackage& package, const SharedList<MediaItem>& library) {
