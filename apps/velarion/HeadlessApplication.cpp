@@ -11,6 +11,7 @@
 #include "Platform/App/HeadlessOutputManagers.h"
 #include "Platform/App/ProcessControl.h"
 #include "Platform/App/QtScheduler.h"
+#include "Platform/MIDI/RtMidiInput.h"
 #include "Platform/Pictures/BackdropLoopService.h"
 #include "Platform/Pictures/PictureFile.h"
 #include "Platform/Pictures/QtSlidePages.h"
@@ -105,7 +106,8 @@ struct HeadlessApplication::Parts {
                         [this](BuiltInBackdrop backdrop,
                                std::function<void(std::optional<std::filesystem::path>)> done) {
                             backdrops.prepare(backdrop, std::move(done));
-                        }};
+                        },
+                        [this] { return std::make_unique<RtMidiInput>(scheduler); }};
     }
 
     // New lines of the show log since the last call, oldest first.
@@ -187,6 +189,7 @@ int HeadlessApplication::run() {
             "; build and edit shows: " + (model.agentMayEdit() ? "yes" : "no"));
     }
     else say("Agent control is off: " + model.agentError().value_or("the socket couldn't open"));
+    model.startMIDI();
     // Last of all, as at every start: a show a crash left open comes back.
     model.recoverAfterUnexpectedQuit();
     if (model.show()) say("Open: " + model.package()->url().string());

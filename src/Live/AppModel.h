@@ -23,6 +23,7 @@
 //   down and ends the keep-awake activity; the session key stays, as after
 //   a crash, unless `prepareToQuit` ran.
 
+#include "Live/MIDIControlCenter.h"
 #include "Live/Preferences.h"
 #include "Live/ShowSession.h"
 #include "Live/ports/ApplicationControl.h"
@@ -70,6 +71,8 @@ struct AppPorts {
     // Built-in backdrop loops, handed to each new engine; optional.
     LiveEngine::BackdropReady backdropReady = {};
     LiveEngine::PrepareBackdrop prepareBackdrop = {};
+    // The computer's MIDI input; without one MIDI control listens to nothing.
+    MIDIControlCenter::MakeInput makeMIDIInput = {};
 };
 
 struct AppOptions {
@@ -254,6 +257,11 @@ public:
     // Ends the import if it is still the running one.
     void endImport(const Uuid& requestID);
 
+    // ---- MIDI control ----
+    MIDIControlCenter& midi() { return *midi_; }
+    // At launch: listens when MIDI control is enabled.
+    void startMIDI();
+
     // ---- Status ----
     const std::string& status() const { return status_; }
     void setStatus(const std::string& text);
@@ -331,6 +339,7 @@ private:
     // The item as a draw under way will leave it, else as the show has it.
     const MediaItem* latestItem(const Uuid& itemID) const;
     std::weak_ptr<int> token() const { return life_; }
+    std::unique_ptr<MIDIControlCenter> makeMIDIControl();
 
     AppPorts ports_;
     AppOptions options_;
@@ -382,6 +391,8 @@ private:
     std::map<Uuid, PageDraw> pageDraws_;
     std::uint64_t pageDrawCount_ = 0;
     std::shared_ptr<int> life_ = std::make_shared<int>(0);
+    // Last, so that its input stops before anything its hooks reach goes.
+    std::unique_ptr<MIDIControlCenter> midi_ = makeMIDIControl();
 };
 
 } // namespace velarion
