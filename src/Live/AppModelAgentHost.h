@@ -3,9 +3,10 @@
 // thin forwarding to AppModel's agent operations.
 //
 // Contract: as AgentHost. Main thread. The model, the slide pages and the
-// output list must outlive the host. Without a console there are no
-// displays to list, and the Ready check is not built yet: `ready_check`
-// refuses in words rather than answering an empty, all-clear list.
+// output list must outlive the host. The displays are those `displays`
+// lists (the output side's), none without it. The Ready check is not built
+// yet: `ready_check` refuses in words rather than answering an empty,
+// all-clear list.
 
 #include "Live/AppModel.h"
 #include "LiveAgent/AgentHost.h"
@@ -17,8 +18,9 @@ public:
     static constexpr const char* readyCheckMissing =
         "The Ready check isn't available in this version of Velarion yet.";
 
-    AppModelAgentHost(AppModel& model, SlidePages& slidePages, const AudioDevices* devices)
-        : model_(model), slidePages_(slidePages), devices_(devices) {}
+    AppModelAgentHost(AppModel& model, SlidePages& slidePages, const AudioDevices* devices,
+                      std::function<std::vector<DisplayInfo>()> displays = {})
+        : model_(model), slidePages_(slidePages), devices_(devices), displays_(std::move(displays)) {}
 
     std::optional<Show> show() const override { return model_.show(); }
     std::optional<ShowPackage> package() const override { return model_.package(); }
@@ -39,7 +41,7 @@ public:
     bool agentUndo() override { return model_.agentUndo(); }
     bool agentRedo() override { return model_.agentRedo(); }
     std::vector<ReadyItem> agentReadyItems() override;
-    std::vector<DisplayInfo> agentDisplays() override { return {}; }
+    std::vector<DisplayInfo> agentDisplays() override { return displays_ ? displays_() : std::vector<DisplayInfo>{}; }
     void agentNote(const std::string& text) override { model_.agentNote(text); }
     void agentQuit(bool restart) override { model_.agentQuit(restart); }
     MediaItem agentDrawSlides(const MediaItem& item) override;
@@ -48,6 +50,7 @@ private:
     AppModel& model_;
     SlidePages& slidePages_;
     const AudioDevices* devices_;
+    std::function<std::vector<DisplayInfo>()> displays_;
 };
 
 } // namespace velarion

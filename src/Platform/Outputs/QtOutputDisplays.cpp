@@ -34,7 +34,7 @@ void QtOutputDisplays::changed() {
     });
 }
 
-std::vector<DisplayInfo> QtOutputDisplays::displays() const {
+std::vector<DisplayInfo> QtOutputDisplays::connected() {
     std::vector<DisplayInfo> result;
     const QScreen* primary = QGuiApplication::primaryScreen();
     for (QScreen* screen : QGuiApplication::screens()) {

@@ -20,7 +20,8 @@ public:
     explicit QtOutputDisplays(GlOutputWindow::Clock clock);
     ~QtOutputDisplays() override;
 
-    std::vector<DisplayInfo> displays() const override;
+    std::vector<DisplayInfo> displays() const override { return connected(); }
+    static std::vector<DisplayInfo> connected();
     void setOnChange(std::function<void()> callback) override;
     std::unique_ptr<OutputWindow> open(const std::optional<DisplayInfo>& display, const std::string& title) override;
 
