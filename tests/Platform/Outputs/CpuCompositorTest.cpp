@@ -91,3 +91,31 @@ TEST(CpuCompositor, PixelsFollowFromTheScene) {
 
 } // namespace
 } // namespace velarion::testing
+
+namespace velarion::testing {
+namespace {
+
+TEST(CpuCompositor, TwoHundredLayersDrawTopmostLast) {
+    OutputScene scene;
+    for (int i = 0; i < 200; ++i) {
+        SceneLayer layer;
+        layer.id = Uuid::random();
+        layer.content = SceneColorContent{SceneColor{i % 2 ? 1.0 : 0.0, 0, i % 2 ? 0.0 : 1.0, 1}};
+        layer.frame = SceneRect{(i % 20) / 40.0, (i / 20) / 20.0, 0.5, 0.5};
+        layer.rotationDegrees = i;
+        scene.layers.push_back(layer);
+    }
+    SceneRenderer renderer(160, 90);
+    renderer.apply(scene, {}, 0);
+    RasterImage raster(160, 90);
+    CpuCompositor::draw(renderer.drawList(0), raster);
+    // The last layer (odd: red) is on top at its own centre.
+    const QImage image = toImage(raster).convertToFormat(QImage::Format_ARGB32);
+    const SceneRect& top = scene.layers.back().frame;
+    const int x = static_cast<int>((top.x + top.width / 2) * 160);
+    const int y = 90 - static_cast<int>((top.y + top.height / 2) * 90);
+    EXPECT_EQ(image.pixel(x, y), qRgb(255, 0, 0));
+}
+
+} // namespace
+} // namespace velarion::testing
