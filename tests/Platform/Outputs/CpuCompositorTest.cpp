@@ -1,8 +1,13 @@
 // The CPU compositor on the golden scenes, and probes of pixels whose value
 // follows from the scene alone (so a wrong golden can't hide a wrong picture).
 
+#include "FakeOutputDisplays.h"
 #include "GoldenScenes.h"
 #include "OutputsTestSupport.h"
+#include "VirtualScheduler.h"
+
+#include "LiveEngine/ScreenOutputManager.h"
+#include "Platform/Outputs/CpuSceneMirror.h"
 
 #include <QGuiApplication>
 
@@ -115,6 +120,48 @@ TEST(CpuCompositor, TwoHundredLayersDrawTopmostLast) {
     const int x = static_cast<int>((top.x + top.width / 2) * 160);
     const int y = 90 - static_cast<int>((top.y + top.height / 2) * 90);
     EXPECT_EQ(image.pixel(x, y), qRgb(255, 0, 0));
+}
+
+} // namespace
+} // namespace velarion::testing
+
+namespace velarion::testing {
+namespace {
+
+// The program preview: the manager's mirror drawn on the CPU shows the
+// program screen's picture, a dissolve part-way included.
+TEST(CpuSceneMirror, ShowsTheProgramPictureMidDissolve) {
+    VirtualScheduler scheduler;
+    FakeOutputDisplays displays;
+    FakeScreenPictures pictures;
+    displays.connected = {DisplayInfo{"HDMI-1", "HDMI-1", 1920, 1080, true}};
+    ScreenOutputManager manager(scheduler, displays, pictures, [] { return false; });
+    OutputSetup setup;
+    setup.usesLogicalScreens = true;
+    LogicalScreen screen;
+    screen.id = "a";
+    screen.destination = destination::Display{"HDMI-1"};
+    screen.layers = {LayerKind::slides};
+    setup.screens = {screen};
+    manager.configure(setup);
+    auto mirror = std::make_shared<CpuSceneMirror>(16, 9);
+    manager.addMirror(mirror);
+
+    SceneLayer white;
+    white.id = Uuid::random();
+    white.content = SceneColorContent{SceneColor{1, 1, 1, 1}};
+    white.dissolveSeconds = 2;
+    SceneLayer elsewhere = white;
+    elsewhere.id = Uuid::random();
+    elsewhere.content = SceneColorContent{SceneColor{1, 0, 0, 1}};
+    OutputScene scene;
+    scene.layers = {white, elsewhere};
+    manager.apply(scene, {{white.id, LayerKind::slides}, {elsewhere.id, LayerKind::media}}, {}, {}, {}, std::nullopt);
+    const QImage halfway = toImage(mirror->draw(scheduler.now() + 1)).convertToFormat(QImage::Format_ARGB32);
+    EXPECT_LE(channelDifference(halfway.pixel(8, 4), qRgb(128, 128, 128)), parityLevels);
+    manager.removeMirror(mirror);
+    manager.apply(OutputScene{}, {}, {}, {}, {}, std::nullopt);
+    EXPECT_EQ(mirror->scenesReceived(), 2); // the first on registering
 }
 
 } // namespace
