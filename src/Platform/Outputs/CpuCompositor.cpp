@@ -218,16 +218,25 @@ private:
         }
         const auto* texels = reinterpret_cast<const std::uint32_t*>(picture.pixels);
         row_.resize(columns_.size());
+        // The source columns this layer reads; each row mixes its two source
+        // rows over them once, then every pixel mixes two neighbours of that.
+        const int fromColumn = columns_.front().first;
+        const int toColumn = columns_.back().second;
+        mixed_.resize(static_cast<std::size_t>(toColumn - fromColumn + 1));
         for (int row = firstRow; row < endRow; ++row) {
             const double y = target_.height - row - 0.5 - centreY_;
             const Tap down = tap((quad.vTop + (quad.top - y) * dv) * picture.height - 0.5, picture.height);
             const std::uint32_t* upper = texels + static_cast<std::size_t>(down.first) * picture.width;
             const std::uint32_t* lower = texels + static_cast<std::size_t>(down.second) * picture.width;
+            const std::uint32_t* mixed = upper + fromColumn;
+            if (down.weight != 0) {
+                for (int x = fromColumn; x <= toColumn; ++x)
+                    mixed_[static_cast<std::size_t>(x - fromColumn)] = lerp(upper[x], lower[x], down.weight);
+                mixed = mixed_.data();
+            }
             for (std::size_t i = 0; i < columns_.size(); ++i) {
                 const Tap& across = columns_[i];
-                const std::uint32_t top = lerp(upper[across.first], upper[across.second], across.weight);
-                const std::uint32_t bottom = lerp(lower[across.first], lower[across.second], across.weight);
-                row_[i] = lerp(top, bottom, down.weight);
+                row_[i] = lerp(mixed[across.first - fromColumn], mixed[across.second - fromColumn], across.weight);
             }
             auto* d = reinterpret_cast<std::uint32_t*>(target_.bgra.data()) +
                       static_cast<std::size_t>(row) * target_.width + firstColumn;
@@ -366,6 +375,7 @@ private:
     RasterImage& target_;
     std::vector<Tap> columns_;
     std::vector<std::uint32_t> row_;
+    std::vector<std::uint32_t> mixed_;
     double centreX_ = 0;
     double centreY_ = 0;
     SceneMatrix4 transform_;
