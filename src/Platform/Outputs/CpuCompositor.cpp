@@ -206,8 +206,9 @@ private:
         const double du = (quad.uRight - quad.uLeft) / (quad.right - quad.left);
         const double dv = (quad.vBottom - quad.vTop) / (quad.top - quad.bottom);
         const auto tap = [](double texel, int size) {
-            const double base = std::floor(texel);
-            const auto weight = static_cast<std::uint32_t>(std::lround((texel - base) * 256));
+            double base = std::floor(texel);
+            auto weight = static_cast<std::uint32_t>(std::lround((texel - base) * 256));
+            if (weight == 256) base += 1, weight = 0; // a hair below a whole texel is that texel
             const int first = static_cast<int>(base);
             return Tap{std::clamp(first, 0, size - 1), std::clamp(first + 1, 0, size - 1), weight};
         };
@@ -223,6 +224,11 @@ private:
         const int fromColumn = columns_.front().first;
         const int toColumn = columns_.back().second;
         mixed_.resize(static_cast<std::size_t>(toColumn - fromColumn + 1));
+        // Columns that land on whole texels, one for one (a card moved by a
+        // fraction of a row): the mixed row is the picture's row as it is.
+        bool wholeTexels = true;
+        for (std::size_t i = 0; i < columns_.size() && wholeTexels; ++i)
+            wholeTexels = columns_[i].weight == 0 && columns_[i].first == fromColumn + static_cast<int>(i);
         for (int row = firstRow; row < endRow; ++row) {
             const double y = target_.height - row - 0.5 - centreY_;
             const Tap down = tap((quad.vTop + (quad.top - y) * dv) * picture.height - 0.5, picture.height);
@@ -234,12 +240,16 @@ private:
                     mixed_[static_cast<std::size_t>(x - fromColumn)] = lerp(upper[x], lower[x], down.weight);
                 mixed = mixed_.data();
             }
+            auto* d = reinterpret_cast<std::uint32_t*>(target_.bgra.data()) +
+                      static_cast<std::size_t>(row) * target_.width + firstColumn;
+            if (wholeTexels) {
+                blendWords(d, mixed, static_cast<int>(columns_.size()), opacity);
+                continue;
+            }
             for (std::size_t i = 0; i < columns_.size(); ++i) {
                 const Tap& across = columns_[i];
                 row_[i] = lerp(mixed[across.first - fromColumn], mixed[across.second - fromColumn], across.weight);
             }
-            auto* d = reinterpret_cast<std::uint32_t*>(target_.bgra.data()) +
-                      static_cast<std::size_t>(row) * target_.width + firstColumn;
             blendWords(d, row_.data(), static_cast<int>(row_.size()), opacity);
         }
     }
