@@ -73,6 +73,8 @@ std::vector<GoldenScene> goldenScenes() {
 
     scenes.push_back(still("full-frame-still", {stillLayer(page)}));
     scenes.push_back(still("letterboxed-still", {stillLayer(wide)}));
+    // Covers the whole output but lets the background through at the bottom.
+    scenes.push_back(still("translucent-full-frame", {stillLayer(generatedStill(160, 90, true))}));
 
     SceneLayer lowerThird = stillLayer(card, SceneRect{0.1, 0.08, 0.8, 0.2}, SceneScaling::stretch);
     lowerThird.opacity = 0.9;

@@ -99,15 +99,22 @@ class Painter {
 public:
     explicit Painter(RasterImage& target) : target_(target) {}
 
+    // The background is laid lazily: a first picture that covers the whole
+    // target opaquely makes it unnecessary (the common full-frame slide).
     void fill(const SceneColor& color) {
-        const Byte alpha = static_cast<Byte>(toLevel(color.alpha));
         const Byte pixel[4] = {static_cast<Byte>(toLevel(color.blue * color.alpha)),
                                static_cast<Byte>(toLevel(color.green * color.alpha)),
-                               static_cast<Byte>(toLevel(color.red * color.alpha)), alpha};
-        std::uint32_t word;
-        std::memcpy(&word, pixel, 4);
+                               static_cast<Byte>(toLevel(color.red * color.alpha)),
+                               static_cast<Byte>(toLevel(color.alpha))};
+        std::memcpy(&fillWord_, pixel, 4);
+        fillPending_ = true;
+    }
+
+    void ensureFilled() {
+        if (!fillPending_) return;
+        fillPending_ = false;
         auto* d = reinterpret_cast<std::uint32_t*>(target_.bgra.data());
-        std::fill(d, d + target_.bgra.size() / 4, word);
+        std::fill(d, d + target_.bgra.size() / 4, fillWord_);
     }
 
     void draw(const SceneDrawOperation& operation, const VideoFrameLookup& videoFrames) {
@@ -119,6 +126,7 @@ public:
         identity_ = operation.transform == SceneMatrix4::identity();
 
         if (const auto* color = std::get_if<SceneColorContent>(&operation.content)) {
+            ensureFilled();
             const auto quad = colorQuad(operation.rect);
             if (!quad) return;
             const SceneColor& c = color->color;
@@ -145,6 +153,7 @@ public:
             copy(*quad, picture, opacity);
             return;
         }
+        ensureFilled();
         if (identity_) {
             scale(*quad, picture, opacity);
             return;
@@ -185,6 +194,26 @@ private:
         const int sourceY = static_cast<int>(std::lround(quad.vTop * picture.height - top));
         const std::size_t sourceStride = static_cast<std::size_t>(picture.width) * 4;
         const std::size_t targetStride = static_cast<std::size_t>(target_.width) * 4;
+        const bool coversTarget =
+            firstColumn == 0 && endColumn == target_.width && firstRow == 0 && endRow == target_.height;
+        if (fillPending_ && coversTarget) {
+            fillPending_ = false;
+            for (int row = 0; row < endRow; ++row) {
+                const auto* s = reinterpret_cast<const std::uint32_t*>(
+                    picture.pixels + static_cast<std::size_t>(row + sourceY) * sourceStride +
+                    static_cast<std::size_t>(sourceX) * 4);
+                auto* d = reinterpret_cast<std::uint32_t*>(target_.bgra.data() +
+                                                           static_cast<std::size_t>(row) * targetStride);
+                if (opacity == 255 && isOpaque(s, endColumn)) {
+                    std::memcpy(d, s, static_cast<std::size_t>(endColumn) * 4);
+                    continue;
+                }
+                std::fill(d, d + endColumn, fillWord_);
+                blendWords(d, s, endColumn, opacity);
+            }
+            return;
+        }
+        ensureFilled();
         for (int row = firstRow; row < endRow; ++row) {
             const Byte* s = picture.pixels + static_cast<std::size_t>(row + sourceY) * sourceStride +
                             static_cast<std::size_t>(firstColumn + sourceX) * 4;
@@ -383,6 +412,8 @@ private:
     }
 
     RasterImage& target_;
+    std::uint32_t fillWord_ = 0;
+    bool fillPending_ = false;
     std::vector<Tap> columns_;
     std::vector<std::uint32_t> row_;
     std::vector<std::uint32_t> mixed_;
@@ -399,6 +430,7 @@ void CpuCompositor::draw(const SceneFrame& frame, RasterImage& target, const Vid
     Painter painter(target);
     painter.fill(frame.background);
     for (const SceneDrawOperation& operation : frame.operations) painter.draw(operation, videoFrames);
+    painter.ensureFilled();
 }
 
 } // namespace velarion
