@@ -12,6 +12,8 @@
 #include "Platform/App/ProcessControl.h"
 #include "Platform/App/QtScheduler.h"
 #include "Platform/MIDI/RtMidiInput.h"
+#include "Platform/Outputs/QtOutputDisplays.h"
+#include "Platform/Outputs/ScreenOutputManagers.h"
 #include "Platform/Pictures/BackdropLoopService.h"
 #include "Platform/Pictures/PictureFile.h"
 #include "Platform/Pictures/QtSlidePages.h"
@@ -80,7 +82,11 @@ struct HeadlessApplication::Parts {
             if (item.id == mediaID) return model->package()->mediaURL(item.fileName);
         return std::nullopt;
     }};
-    HeadlessOutputManagers outputs{scheduler};
+    // Real windows wherever a display server can show them; off screen the
+    // outputs only keep the scene.
+    std::unique_ptr<ScreenOutputManagers> screenOutputs;
+    std::unique_ptr<HeadlessOutputManagers> headlessOutputs;
+    OutputManagers& outputs = chooseOutputs();
     QtSlidePages slidePages{scheduler};
     FreedesktopServices desktop;
     StandardShowFolders folders;
@@ -98,6 +104,25 @@ struct HeadlessApplication::Parts {
     QTimer logTimer;
     int burstCount = 0;
     bool quitting = false;
+
+    OutputManagers& chooseOutputs() {
+        if (QtOutputDisplays::canOpenWindows()) {
+            screenOutputs = std::make_unique<ScreenOutputManagers>(scheduler, [this] { return coverIsActive(); });
+            return *screenOutputs;
+        }
+        headlessOutputs = std::make_unique<HeadlessOutputManagers>(scheduler);
+        return *headlessOutputs;
+    }
+    // Safe Slide or Panic: identification and test patterns wait.
+    bool coverIsActive() const {
+        const LiveEngine* engine = model ? model->engine() : nullptr;
+        if (engine == nullptr) return false;
+        const EngineState& state = engine->state();
+        return state.holdingOn || !std::holds_alternative<PanicIdle>(state.panic);
+    }
+    std::vector<DisplayInfo> displays() const {
+        return screenOutputs ? screenOutputs->displays() : std::vector<DisplayInfo>{};
+    }
 
     AppPorts ports() {
         return AppPorts{scheduler, players, images, cards, slides, &devices, outputs, slidePages, desktop,
@@ -157,7 +182,8 @@ HeadlessApplication::HeadlessApplication(HeadlessOptions options)
         parts.model->setAgentMayRun(options_.agentGrants->run);
         parts.model->setAgentMayEdit(options_.agentGrants->edit);
     }
-    parts.agentHost = std::make_shared<AppModelAgentHost>(*parts.model, &parts.devices);
+    parts.agentHost = std::make_shared<AppModelAgentHost>(*parts.model, &parts.devices,
+                                                          [&parts] { return parts.displays(); });
     parts.agent = std::make_unique<AgentControl>(*parts.model, parts.scheduler, parts.agentHost);
     parts.devices.setOnChange([&parts] {
         if (LiveEngine* engine = parts.model->engine()) engine->audioDevicesChanged();

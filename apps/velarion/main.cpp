@@ -1,6 +1,8 @@
 // velarion: the show-control application. Until the console exists it runs
 // headless, whatever it is asked:
-// `velarion [--headless] [--allow-agent=run,edit|none] [SHOW]`.
+// `velarion [--headless] [--allow-agent=run,edit|none] [SHOW]`. Headless
+// means no console only: where a display server is there, the audience's
+// windows open on their displays.
 
 #include "HeadlessApplication.h"
 
@@ -31,8 +33,8 @@ int main(int argc, char** argv) {
             return 2;
         } else options.show = argument;
     }
-    // Text and pictures need Qt's GUI side; without a display it draws
-    // off screen.
+    // Text and pictures need Qt's GUI side; without a display server it
+    // draws off screen and opens no windows.
     if (std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr)
         setenv("QT_QPA_PLATFORM", "offscreen", 0);
     QGuiApplication application(argc, argv);

@@ -5,9 +5,9 @@
 // Contract: as AgentHost. Main thread. The model and the output list must
 // outlive the host. Slide pictures are drawn by the model, so an agent's
 // change to a deck supersedes the console's unfinished one and the other
-// way round. Without a console there are no
-// displays to list, and the Ready check is not built yet: `ready_check`
-// refuses in words rather than answering an empty, all-clear list.
+// way round. The displays are those `displays` lists (the output side's),
+// none without it. The Ready check is not built yet: `ready_check` refuses
+// in words rather than answering an empty, all-clear list.
 
 #include "Live/AppModel.h"
 #include "LiveAgent/AgentHost.h"
@@ -19,7 +19,9 @@ public:
     static constexpr const char* readyCheckMissing =
         "The Ready check isn't available in this version of Velarion yet.";
 
-    AppModelAgentHost(AppModel& model, const AudioDevices* devices) : model_(model), devices_(devices) {}
+    AppModelAgentHost(AppModel& model, const AudioDevices* devices,
+                      std::function<std::vector<DisplayInfo>()> displays = {})
+        : model_(model), devices_(devices), displays_(std::move(displays)) {}
 
     std::optional<Show> show() const override { return model_.show(); }
     std::optional<ShowPackage> package() const override { return model_.package(); }
@@ -40,7 +42,7 @@ public:
     bool agentUndo() override { return model_.agentUndo(); }
     bool agentRedo() override { return model_.agentRedo(); }
     std::vector<ReadyItem> agentReadyItems() override;
-    std::vector<DisplayInfo> agentDisplays() override { return {}; }
+    std::vector<DisplayInfo> agentDisplays() override { return displays_ ? displays_() : std::vector<DisplayInfo>{}; }
     void agentNote(const std::string& text) override { model_.agentNote(text); }
     void agentQuit(bool restart) override { model_.agentQuit(restart); }
     void agentDrawSlides(const MediaItem& item, SlidesDrawn done) override;
@@ -48,6 +50,7 @@ public:
 private:
     AppModel& model_;
     const AudioDevices* devices_;
+    std::function<std::vector<DisplayInfo>()> displays_;
 };
 
 } // namespace velarion

@@ -1,0 +1,199 @@
+// The output manager against display and picture doubles, in virtual time.
+
+#include "FakeOutputDisplays.h"
+#include "VirtualScheduler.h"
+
+#include "LiveEngine/ScreenOutputManager.h"
+
+#include <gtest/gtest.h>
+
+namespace velarion::testing {
+namespace {
+
+LogicalScreen screenOn(std::string id, ScreenDestination destination, ScreenRole role = ScreenRole::audience,
+                       std::vector<LayerKind> layers = {LayerKind::background, LayerKind::media, LayerKind::slides,
+                                                        LayerKind::graphics, LayerKind::holding, LayerKind::messages}) {
+    LogicalScreen screen;
+    screen.id = id;
+    screen.name = "Screen " + id;
+    screen.role = role;
+    screen.destination = std::move(destination);
+    screen.layers = std::move(layers);
+    return screen;
+}
+
+OutputSetup setupOf(std::vector<LogicalScreen> screens) {
+    OutputSetup setup;
+    setup.usesLogicalScreens = true;
+    setup.screens = std::move(screens);
+    return setup;
+}
+
+SceneLayer colorLayer() {
+    SceneLayer layer;
+    layer.id = Uuid::random();
+    return layer;
+}
+
+std::vector<SceneID> idsOf(const OutputScene& scene) {
+    std::vector<SceneID> ids;
+    for (const SceneLayer& layer : scene.layers) ids.push_back(layer.id);
+    return ids;
+}
+
+struct ManagerFixture : ::testing::Test {
+    VirtualScheduler scheduler;
+    FakeOutputDisplays displays;
+    FakeScreenPictures pictures;
+    bool covered = false;
+    ScreenOutputManager manager{scheduler, displays, pictures, [this] { return covered; }};
+    std::vector<std::vector<OutputHealth>> reported;
+
+    ManagerFixture() {
+        displays.connected = {DisplayInfo{"HDMI-1", "HDMI-1", 1920, 1080, true},
+                              DisplayInfo{"HDMI-2", "HDMI-2", 1280, 720, false}};
+        manager.setOnHealthChange([this](const std::vector<OutputHealth>& health) { reported.push_back(health); });
+    }
+};
+
+TEST_F(ManagerFixture, HealthTableSaysWhyEachScreenHasNoPicture) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
+                               screenOn("b", destination::Display{"HDMI-1"}),
+                               screenOn("c", destination::Display{"DP-9"}),
+                               screenOn("d", destination::Placeholder{}),
+                               screenOn("e", destination::Display{"test-window"}),
+                               screenOn("f", destination::Ndi{Uuid::random()}),
+                               screenOn("g", destination::Display{"HDMI-2"}, ScreenRole::stage)}));
+    scheduler.runDue();
+    struct Row {
+        bool connected;
+        bool placeholder;
+        std::optional<std::string> detail;
+        OutputHealth::Role role;
+    };
+    const Row expected[] = {
+        {true, false, std::nullopt, OutputHealth::Role::audience},
+        {false, false, "This display is already assigned to another screen.", OutputHealth::Role::audience},
+        {false, false, "The selected display is disconnected.", OutputHealth::Role::audience},
+        {false, true, "Placeholder — preview only; no signal is sent.", OutputHealth::Role::audience},
+        {false, false, "Test window is closed. Open it from the Program menu.", OutputHealth::Role::audience},
+        {false, false, "The NDI sender is unavailable. Check the runtime and output name.", OutputHealth::Role::feed},
+        {true, false, std::nullopt, OutputHealth::Role::confidence},
+    };
+    ASSERT_EQ(reported.size(), 1u);
+    const auto& health = reported.back();
+    ASSERT_EQ(health.size(), std::size(expected));
+    for (std::size_t i = 0; i < health.size(); ++i) {
+        SCOPED_TRACE(health[i].name);
+        EXPECT_EQ(health[i].isConnected, expected[i].connected);
+        EXPECT_EQ(health[i].isPlaceholder, expected[i].placeholder);
+        EXPECT_EQ(health[i].detail, expected[i].detail);
+        EXPECT_EQ(health[i].role, expected[i].role);
+    }
+    // One window a display, none for the placeholder, the feed or the closed test window.
+    EXPECT_EQ(displays.openCount(), 2);
+    manager.setTestWindowVisible("e", true);
+    EXPECT_TRUE(manager.testWindowIsVisible("e"));
+    EXPECT_NE(displays.window(""), nullptr);
+}
+
+TEST_F(ManagerFixture, EachScreenShowsOnlyItsRoutedLayersOfItsKinds) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
+                               screenOn("b", destination::Display{"HDMI-2"}, ScreenRole::audience,
+                                        {LayerKind::slides})}));
+    const SceneLayer toA = colorLayer(), toB = colorLayer(), everywhere = colorLayer(), media = colorLayer();
+    OutputScene scene;
+    scene.layers = {toA, toB, everywhere, media};
+    const LayerKinds kinds{{toA.id, LayerKind::slides}, {toB.id, LayerKind::slides},
+                           {everywhere.id, LayerKind::slides}, {media.id, LayerKind::media}};
+    const LayerRoutes routes{{toA.id, {"a"}}, {toB.id, {"b"}}};
+    manager.apply(scene, kinds, {}, routes, {}, std::nullopt);
+    EXPECT_EQ(idsOf(displays.window("HDMI-1")->shown.back()), (std::vector{toA.id, everywhere.id, media.id}));
+    EXPECT_EQ(idsOf(displays.window("HDMI-2")->shown.back()), (std::vector{toB.id, everywhere.id}));
+    EXPECT_EQ(manager.programLayerIDs(), (std::set{toA.id, everywhere.id, media.id}));
+}
+
+TEST_F(ManagerFixture, ADisplayThatGoesAndComesBackGetsItsPictureBack) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
+                               screenOn("b", destination::Display{"HDMI-2"})}));
+    OutputScene scene;
+    scene.layers = {colorLayer()};
+    manager.apply(scene, {}, {}, {}, {}, std::nullopt);
+    const FakeWindowRecord* first = displays.window("HDMI-1");
+
+    displays.unplug("HDMI-2");
+    scheduler.runDue();
+    EXPECT_EQ(displays.window("HDMI-2"), nullptr);
+    EXPECT_EQ(reported.back()[1].detail, std::optional<std::string>("The selected display is disconnected."));
+    scene.layers.push_back(colorLayer());
+    manager.apply(scene, {}, {}, {}, {}, std::nullopt);
+    EXPECT_EQ(displays.window("HDMI-1"), first); // the other screen kept its window and goes on
+    EXPECT_EQ(first->shown.back(), scene);
+
+    displays.plug("HDMI-2");
+    scheduler.runDue();
+    ASSERT_NE(displays.window("HDMI-2"), nullptr);
+    EXPECT_EQ(displays.window("HDMI-2")->shown.back(), scene);
+    EXPECT_TRUE(reported.back()[1].isConnected);
+    EXPECT_EQ(displays.window("HDMI-1"), first);
+}
+
+TEST_F(ManagerFixture, IdentifyLastsFiveSecondsFromTheLastRequest) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    const OutputScene normal = *manager.pictureOf("a");
+    EXPECT_EQ(manager.identify("a"), std::nullopt);
+    scheduler.advance(3);
+    EXPECT_EQ(manager.identify("a"), std::nullopt);
+    scheduler.advance(4); // 7 s after the first, 4 after the second
+    EXPECT_NE(*manager.pictureOf("a"), normal);
+    scheduler.advance(1.5);
+    EXPECT_EQ(*manager.pictureOf("a"), normal);
+    EXPECT_EQ(displays.window("HDMI-1")->shown.back(), normal);
+    EXPECT_EQ(pictures.identified, (std::vector<std::string>{"Screen a", "Screen a"}));
+}
+
+TEST_F(ManagerFixture, IdentifyAndPatternsRefuseUnderSafeSlideOrPanic) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    const OutputScene normal = *manager.pictureOf("a");
+    covered = true;
+    EXPECT_EQ(manager.identify("a"),
+              std::optional<std::string>("Screen identification is unavailable while Safe Slide or Panic is active."));
+    EXPECT_EQ(manager.setTestPattern("a", OutputTestPattern::grid),
+              std::optional<std::string>("Screen tests are unavailable while Safe Slide or Panic is active."));
+    EXPECT_EQ(*manager.pictureOf("a"), normal);
+    covered = false;
+    EXPECT_EQ(manager.setTestPattern("a", OutputTestPattern::grid), std::nullopt);
+    EXPECT_NE(*manager.pictureOf("a"), normal);
+    manager.setTestPattern("a", std::nullopt);
+    EXPECT_EQ(*manager.pictureOf("a"), normal);
+}
+
+TEST_F(ManagerFixture, StagePictureIsDrawnAtMostOnceASecond) {
+    manager.configure(setupOf({screenOn("s", destination::Display{"HDMI-2"}, ScreenRole::stage)}));
+    ConfidenceState confidence;
+    const double start = scheduler.wallNow();
+    for (int step = 0; step < 10; ++step) {
+        confidence.notes = "note " + std::to_string(step); // a change every 0.1 s
+        manager.updateStage(confidence, std::nullopt, std::nullopt, scheduler.wallNow());
+        scheduler.advance(0.1);
+    }
+    EXPECT_EQ(manager.stageRenders(), 1);
+    scheduler.advance(1);
+    EXPECT_EQ(manager.stageRenders(), 2); // the last change, drawn in the next second
+    EXPECT_EQ(pictures.stages.back().confidence.notes, "note 9");
+    manager.updateStage(confidence, std::nullopt, std::nullopt, start + 1.5);
+    EXPECT_EQ(manager.stageRenders(), 2); // nothing new in that second
+    EXPECT_EQ(displays.window("HDMI-2")->shown.back().layers.size(), 1u);
+}
+
+TEST_F(ManagerFixture, ProgramOutputNames) {
+    EXPECT_EQ(manager.programOutputName(), "Composition preview — no output");
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    EXPECT_EQ(manager.programOutputName(), "Screen a");
+    manager.selectProgramOutput("gone");
+    EXPECT_EQ(manager.programOutputName(), "The selected picture source is missing.");
+    EXPECT_EQ(manager.programOutputID(), std::nullopt);
+}
+
+} // namespace
+} // namespace velarion::testing
