@@ -13,8 +13,6 @@ std::vector<AudioDevice> AppModelAgentHost::audioOutputs() const {
     return devices_ != nullptr ? devices_->outputs() : std::vector<AudioDevice>{};
 }
 
-std::vector<ReadyItem> AppModelAgentHost::agentReadyItems() { throw AgentFailure(readyCheckMissing); }
-
 MediaItem AppModelAgentHost::agentDrawSlides(const MediaItem& item) {
     if (!model_.show() || !model_.package()) throw AgentFailure("No show is open.");
     return slidePages_.update(item, *model_.package(), model_.show()->library);

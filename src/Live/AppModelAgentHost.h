@@ -4,8 +4,7 @@
 //
 // Contract: as AgentHost. Main thread. The model, the slide pages and the
 // output list must outlive the host. Without a console there are no
-// displays to list, and the Ready check is not built yet: `ready_check`
-// refuses in words rather than answering an empty, all-clear list.
+// displays to list.
 
 #include "Live/AppModel.h"
 #include "LiveAgent/AgentHost.h"
@@ -14,9 +13,6 @@ namespace velarion {
 
 class AppModelAgentHost final : public AgentHost {
 public:
-    static constexpr const char* readyCheckMissing =
-        "The Ready check isn't available in this version of Velarion yet.";
-
     AppModelAgentHost(AppModel& model, SlidePages& slidePages, const AudioDevices* devices)
         : model_(model), slidePages_(slidePages), devices_(devices) {}
 
@@ -38,7 +34,7 @@ public:
     void agentSaveShow(const std::optional<std::filesystem::path>& to) override { model_.agentSaveShow(to); }
     bool agentUndo() override { return model_.agentUndo(); }
     bool agentRedo() override { return model_.agentRedo(); }
-    std::vector<ReadyItem> agentReadyItems() override;
+    std::vector<ReadyItem> agentReadyItems() override { return model_.readyItems(); }
     std::vector<DisplayInfo> agentDisplays() override { return {}; }
     void agentNote(const std::string& text) override { model_.agentNote(text); }
     void agentQuit(bool restart) override { model_.agentQuit(restart); }
