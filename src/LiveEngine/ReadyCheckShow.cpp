@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace velarion {
 
@@ -34,6 +36,21 @@ bool isSpotifyReference(const std::string& reference, std::initializer_list<std:
         return reference.starts_with(prefix) && isAll(std::string_view(reference).substr(prefix.size()), isalnum);
     });
 }
+
+// The library by id, since every cue looks its media up.
+class MediaIndex {
+public:
+    explicit MediaIndex(const Show& show) {
+        for (const MediaItem& item : show.library) items_.emplace(item.id, &item);
+    }
+    const MediaItem* operator()(const Uuid& id) const {
+        const auto found = items_.find(id);
+        return found == items_.end() ? nullptr : found->second;
+    }
+
+private:
+    std::unordered_map<Uuid, const MediaItem*> items_;
+};
 
 std::string joined(const std::vector<std::string>& words) {
     std::string text;
@@ -154,15 +171,18 @@ std::vector<ReadyItem> ReadyCheck::mediaItems(const Show& show, const ShowPackag
     }
 
     const std::vector<const Cue*> cues = show.allCues();
+    const MediaIndex media(show);
+    std::unordered_set<Uuid> cueIDs;
+    for (const Cue* cue : cues) cueIDs.insert(cue->id);
     for (const Cue* cue : cues) {
         const std::optional<Uuid> mediaID = cueKind::mediaID(cue->kind);
-        if (cue->isEnabled && mediaID && show.media(*mediaID) == nullptr) {
+        if (cue->isEnabled && mediaID && media(*mediaID) == nullptr) {
             items.push_back(cueItem(ReadyGroup::media, *cue, " has no media", "Its media was removed"));
         }
     }
     for (const Cue* cue : cues) {
         const auto* clear = std::get_if<ClearCue>(&cue->kind);
-        if (clear && clear->cueID && show.cue(*clear->cueID) == nullptr) {
+        if (clear && clear->cueID && !cueIDs.contains(*clear->cueID)) {
             items.push_back(cueItem(ReadyGroup::control, *cue, " stops a cue that was deleted",
                                     "Choose another cue for it to stop, or delete it."));
         }
@@ -173,7 +193,7 @@ std::vector<ReadyItem> ReadyCheck::mediaItems(const Show& show, const ShowPackag
         if (list->mediaIDs.empty()) {
             items.push_back(cueItem(ReadyGroup::music, *cue, " has no songs", "Add sound files to the playlist"));
         } else if (std::any_of(list->mediaIDs.begin(), list->mediaIDs.end(),
-                               [&](const Uuid& id) { return show.media(id) == nullptr; })) {
+                               [&](const Uuid& id) { return media(id) == nullptr; })) {
             items.push_back(cueItem(ReadyGroup::music, *cue, " is missing a song",
                                     "A song was removed from the library; the playlist skips it"));
         }
@@ -183,10 +203,11 @@ std::vector<ReadyItem> ReadyCheck::mediaItems(const Show& show, const ShowPackag
 
 std::vector<ReadyItem> ReadyCheck::networkItems(const std::vector<const Cue*>& cues, const Show& show,
                                                 const ReadyNDIRuntime& runtime) {
+    const MediaIndex media(show);
     std::vector<std::pair<const Cue*, const NDISource*>> uses;
     for (const Cue* cue : cues) {
         const auto* video = std::get_if<VideoCue>(&cue->kind);
-        const MediaItem* item = video != nullptr && cue->isEnabled ? show.media(video->mediaID) : nullptr;
+        const MediaItem* item = video != nullptr && cue->isEnabled ? media(video->mediaID) : nullptr;
         if (item != nullptr && item->ndiSource) uses.emplace_back(cue, &*item->ndiSource);
     }
     if (uses.empty()) return {};
@@ -242,8 +263,21 @@ std::vector<ReadyItem> ReadyCheck::scheduleItems(const Show& show) {
 std::vector<ReadyItem> ReadyCheck::cueGroupItems(const Show& show) {
     std::vector<ReadyItem> items;
     if (!show.cueGroups) return items;
+    // Each group's cues in show order, found through one index rather than a
+    // walk of the whole show per group.
+    const std::vector<const Cue*> all = show.allCues();
+    std::unordered_map<Uuid, std::size_t> position;
+    for (std::size_t i = 0; i < all.size(); ++i) position.emplace(all[i]->id, i);
     for (const CueGroup& group : *show.cueGroups) {
-        const std::vector<CueGroupStep> steps = playbackSteps(show, group);
+        std::vector<std::size_t> places;
+        for (const Uuid& id : group.cueIDs) {
+            if (const auto found = position.find(id); found != position.end()) places.push_back(found->second);
+        }
+        std::sort(places.begin(), places.end());
+        places.erase(std::unique(places.begin(), places.end()), places.end());
+        std::vector<const Cue*> members;
+        for (std::size_t place : places) members.push_back(all[place]);
+        const std::vector<CueGroupStep> steps = playbackSteps(members);
         if (steps.empty()) {
             items.push_back({ReadyGroup::control, ReadyStatus::attention, group.name, "All cues in this group are disabled."});
             continue;
