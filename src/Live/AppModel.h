@@ -35,6 +35,7 @@
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveEngine/LiveEngine.h"
 #include "LiveModel/CueInsertionPoint.h"
+#include "LiveEngine/ReadyCheck.h"
 #include "LiveModel/EditHistory.h"
 #include "LiveModel/ShowPackageLock.h"
 #include "LiveModel/ShowTemplate.h"
@@ -315,6 +316,15 @@ public:
     bool agentRedo();
     void agentNote(const std::string& text);
     void agentQuit(bool restart);
+
+    // ---- The Ready check ----
+    static constexpr const char* ndiMissing = "NDI isn't part of this version of Velarion yet.";
+    // What the check is given beyond the show: the outputs' health and the
+    // house level from the engine; music apps, MIDI, the NDI runtime and the
+    // main display as far as this version knows them.
+    ReadyCheckInputs readyInputs() const;
+    // The check on the open show; empty when none is open.
+    std::vector<ReadyItem> readyItems() const;
 
 private:
     void changed();

@@ -13,8 +13,6 @@ std::vector<AudioDevice> AppModelAgentHost::audioOutputs() const {
     return devices_ != nullptr ? devices_->outputs() : std::vector<AudioDevice>{};
 }
 
-std::vector<ReadyItem> AppModelAgentHost::agentReadyItems() { throw AgentFailure(readyCheckMissing); }
-
 void AppModelAgentHost::agentDrawSlides(const MediaItem& item, SlidesDrawn done) {
     if (!model_.show() || !model_.package()) return done(std::nullopt, "No show is open.");
     // Exactly one of the two runs.

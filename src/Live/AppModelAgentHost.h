@@ -6,8 +6,7 @@
 // outlive the host. Slide pictures are drawn by the model, so an agent's
 // change to a deck supersedes the console's unfinished one and the other
 // way round. The displays are those `displays` lists (the output side's),
-// none without it. The Ready check is not built yet: `ready_check` refuses
-// in words rather than answering an empty, all-clear list.
+// none without it.
 
 #include "Live/AppModel.h"
 #include "LiveAgent/AgentHost.h"
@@ -16,9 +15,6 @@ namespace velarion {
 
 class AppModelAgentHost final : public AgentHost {
 public:
-    static constexpr const char* readyCheckMissing =
-        "The Ready check isn't available in this version of Velarion yet.";
-
     AppModelAgentHost(AppModel& model, const AudioDevices* devices,
                       std::function<std::vector<DisplayInfo>()> displays = {})
         : model_(model), devices_(devices), displays_(std::move(displays)) {}
@@ -41,7 +37,7 @@ public:
     void agentSaveShow(const std::optional<std::filesystem::path>& to) override { model_.agentSaveShow(to); }
     bool agentUndo() override { return model_.agentUndo(); }
     bool agentRedo() override { return model_.agentRedo(); }
-    std::vector<ReadyItem> agentReadyItems() override;
+    std::vector<ReadyItem> agentReadyItems() override { return model_.readyItems(); }
     std::vector<DisplayInfo> agentDisplays() override { return displays_ ? displays_() : std::vector<DisplayInfo>{}; }
     void agentNote(const std::string& text) override { model_.agentNote(text); }
     void agentQuit(bool restart) override { model_.agentQuit(restart); }

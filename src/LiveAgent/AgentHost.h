@@ -17,7 +17,7 @@
 // Implementations: AppModel in the application; FakeAgentHost in tests.
 
 #include "LiveAgent/DisplayInfo.h"
-#include "LiveAgent/ReadyItem.h"
+#include "LiveEngine/ReadyItem.h"
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveEngine/EngineCommand.h"
 #include "LiveEngine/EngineState.h"

@@ -51,6 +51,14 @@ struct CueLocation {
     friend bool operator==(const CueLocation&, const CueLocation&) = default;
 };
 
+// Two cues of one music app that would start together; the later one
+// takes the app over from the earlier.
+struct SongClash {
+    const Cue* earlier = nullptr;
+    const Cue* later = nullptr;
+    friend bool operator==(const SongClash&, const SongClash&) = default;
+};
+
 struct Show {
     static constexpr int currentFormatVersion = 1;
     static constexpr double defaultSlideDissolveSeconds = 0.15;
@@ -87,6 +95,13 @@ struct Show {
     static std::optional<SoundRole> soundRole(const Cue& cue, const MediaItem* audioItem);
     // Whether the cue, as a step of a playback group, ends by itself.
     bool groupCueHasEnd(const Cue& cue) const;
+    // Enabled cues of the same music app that one GO would start together,
+    // because With Previous joins them (inside a playback group as well, where
+    // With Previous makes one step). Each pair is the earlier and the later
+    // of two neighbours of one app in such a bundle: three clashing cues give
+    // two pairs. After Previous waits for an end, so it never clashes.
+    // Pointers as allCues().
+    std::vector<SongClash> songClashes() const;
     // Gives generated library names a readable one; true if any changed.
     bool nameMachineNamedMedia();
 
