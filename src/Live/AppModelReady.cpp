@@ -1,4 +1,5 @@
 #include "Live/AppModel.h"
+#include "Live/MIDIControlCenter.h"
 
 namespace velarion {
 
@@ -20,8 +21,13 @@ ReadyCheckInputs AppModel::readyInputs() const {
         inputs.isMuted = state->isMuted;
         inputs.masterLevel = state->masterLevel;
     }
-    // Nothing here asks the music apps, MIDI or the displays yet: the apps
-    // stay `unknown`, MIDI reads as off and no display is the main one.
+    const MIDISettings& midi = midi_->settings();
+    inputs.midi.isEnabled = midi.isEnabled;
+    for (MIDIAction action : {MIDIAction::go, MIDIAction::stopAll, MIDIAction::panic, MIDIAction::pauseResume})
+        if (midi.trigger(action)) inputs.midi.boundActions.emplace_back(midiAction::name(action));
+    for (const MIDISourceInfo& source : midi_->sources()) inputs.midi.sources.push_back(source.name);
+    // Nothing here asks the music apps or the displays yet: the apps stay
+    // `unknown` and no display is the main one.
     inputs.ndi = {false, ndiMissing};
     return inputs;
 }
