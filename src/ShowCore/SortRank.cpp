@@ -22,21 +22,25 @@ void stripTrailingZeros(std::string& key) {
 }
 
 // `key` read at `length` digits (padded with zeros), plus or minus one unit
-// in its last place; none when that leaves the range of keys.
+// in its last place, skipping results that end in "0": a key keeps the
+// length it was stepped at, and with it the room for the next step. None
+// when that leaves the range of keys.
 std::optional<std::string> stepped(const std::string& key, std::size_t length, int direction) {
     std::string out = key;
-    out.resize(std::max(length, key.size()), '0');
-    for (std::size_t i = length; i-- > 0;) {
-        const int value = digitValue(out[i]) + direction;
-        if (value >= 0 && value < base) {
-            out[i] = digits[static_cast<std::size_t>(value)];
-            stripTrailingZeros(out);
-            if (out.empty()) return std::nullopt;
-            return out;
+    out.resize(length, '0');
+    do {
+        std::size_t i = length;
+        while (true) {
+            if (i-- == 0) return std::nullopt;
+            const int value = digitValue(out[i]) + direction;
+            if (value >= 0 && value < base) {
+                out[i] = digits[static_cast<std::size_t>(value)];
+                break;
+            }
+            out[i] = direction > 0 ? '0' : 'z'; // carry or borrow into the next place
         }
-        out[i] = direction > 0 ? '0' : 'z'; // carry or borrow into the next place
-    }
-    return std::nullopt;
+    } while (out.back() == '0');
+    return out;
 }
 
 // The classic fallback: the base-36 midpoint, which always exists between
