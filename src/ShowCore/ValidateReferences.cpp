@@ -50,6 +50,11 @@ bool isSafeAreaValid(const NativeSlideSafeArea& a) {
 class References {
 public:
     References(const ShowDocument& document, Findings& findings) : document_(document), findings_(findings) {
+        std::size_t cueCount = 0;
+        for (const ShowAct& act : document.acts) {
+            for (const Scene& scene : act.scenes) cueCount += scene.cues.size();
+        }
+        cues_.reserve(cueCount);
         forEachCue(document, [&](const Cue& cue) { cues_.insert(cue.id); });
         destinations_ = byID(document.destinations);
         connections_ = idsOf(document.connections);

@@ -32,6 +32,13 @@ template <class List> void eachID(const List& list, Findings& findings, std::str
 
 // Checks the ranks of one list of siblings: each well formed, none repeated.
 template <class List> void siblingRanks(const List& siblings, Findings& findings, std::string_view kind) {
+    // Lists are usually stored in rank order; well-formed and strictly
+    // ascending ranks can't repeat, which spares the set.
+    bool ascending = true;
+    for (std::size_t i = 0; i < siblings.size() && ascending; ++i) {
+        ascending = siblings[i].order.isValid() && (i == 0 || siblings[i - 1].order < siblings[i].order);
+    }
+    if (ascending) return;
     std::unordered_set<std::string_view> seen;
     seen.reserve(siblings.size());
     for (const auto& sibling : siblings) {
@@ -47,11 +54,17 @@ template <class List> void siblingRanks(const List& siblings, Findings& findings
 void checkIdentities(const ShowDocument& document, Findings& findings) {
     eachID(document.acts, findings, "act");
     {
-        Identities scenes(findings, "scene");
+        std::size_t sceneCount = 0, cueCount = 0, actionCount = 0;
+        forEachCue(document, [&](const Cue& cue) {
+            ++cueCount;
+            actionCount += cue.actions.size();
+        });
+        for (const ShowAct& act : document.acts) sceneCount += act.scenes.size();
+        Identities scenes(findings, "scene", sceneCount);
         forEachScene(document, [&](const Scene& scene) { scenes(scene.id); });
-        Identities cues(findings, "cue");
+        Identities cues(findings, "cue", cueCount);
         forEachCue(document, [&](const Cue& cue) { cues(cue.id); });
-        Identities actions(findings, "action");
+        Identities actions(findings, "action", actionCount);
         forEachAction(document, [&](const ShowAction& action) { actions(action.id); });
     }
     eachID(document.destinations, findings, "destination");

@@ -66,6 +66,10 @@ struct DecodeContext {
 // A short name of a JSON value's type for error messages.
 std::string_view typeName(const Value& value);
 
+// Whether text is well-formed UTF-8 (no overlong forms, surrogates or code
+// points past U+10FFFF); runs of ASCII are passed over eight bytes at a time.
+bool isValidUTF8(std::string_view text);
+
 // Parses UTF-8 JSON text strictly (valid encoding, numbers converted exactly,
 // deep nesting on the heap, not the stack).
 void parse(std::string_view text, rapidjson::Document& document);

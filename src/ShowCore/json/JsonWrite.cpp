@@ -6,9 +6,8 @@ namespace velarion::showcore::json {
 
 namespace {
 void writeText(std::string_view text, EncodeContext& context) {
-    if (!context.writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()))) {
-        context.fail("the text isn't valid UTF-8");
-    }
+    if (!isValidUTF8(text)) context.fail("the text isn't valid UTF-8");
+    context.writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 } // namespace
 
@@ -26,8 +25,16 @@ void write(double value, EncodeContext& context) {
 void write(const std::string& value, EncodeContext& context) { writeText(value, context); }
 
 void write(const Uuid& value, EncodeContext& context) {
-    const std::string text = value.text();
-    context.writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+    // Uuid::text() in place, without a heap string for each of many identities.
+    static constexpr char hex[] = "0123456789ABCDEF";
+    char text[36];
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < 16; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) text[at++] = '-';
+        text[at++] = hex[value.bytes[i] >> 4];
+        text[at++] = hex[value.bytes[i] & 0x0F];
+    }
+    context.writer.String(text, 36);
 }
 
 void write(const ShowDate& value, EncodeContext& context) {
@@ -51,9 +58,8 @@ void write(const std::map<std::string, std::string>& values, EncodeContext& cont
     context.writer.StartObject();
     for (const auto& [key, element] : values) {
         PathScope scope(context, std::string_view(key));
-        if (!context.writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()))) {
-            context.fail("the key isn't valid UTF-8");
-        }
+        if (!isValidUTF8(key)) context.fail("the key isn't valid UTF-8");
+        context.writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
         writeText(element, context);
     }
     context.writer.EndObject();

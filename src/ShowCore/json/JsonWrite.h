@@ -12,8 +12,8 @@
 
 namespace velarion::showcore::json {
 
-using TextWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>,
-                                     rapidjson::CrtAllocator, rapidjson::kWriteValidateEncodingFlag>;
+// Text is checked by isValidUTF8 before it reaches the writer.
+using TextWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
 struct EncodeContext {
     TextWriter& writer;
