@@ -14,8 +14,16 @@
 namespace velarion::showcore {
 
 struct ShowDate {
+    // 0000-01-01T00:00:00.000Z and 9999-12-31T23:59:59.999Z.
+    static constexpr std::int64_t earliestMilliseconds = -62'167'219'200'000;
+    static constexpr std::int64_t latestMilliseconds = 253'402'300'799'999;
+
     std::int64_t millisecondsSinceEpoch = 0;
 
+    bool hasTextForm() const {
+        return millisecondsSinceEpoch >= earliestMilliseconds && millisecondsSinceEpoch <= latestMilliseconds;
+    }
+    // The text form; requires hasTextForm().
     std::string text() const;
     static std::optional<ShowDate> parse(std::string_view text);
 

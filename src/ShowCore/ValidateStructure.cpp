@@ -2,32 +2,50 @@
 
 #include "ShowCore/ValidationSteps.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace velarion::showcore::validation {
 
 namespace {
 
-// Reports every repeat of an identity within one kind, at the repeat.
+// Reports every repeat of an identity within one kind, at the repeat, in
+// document order. Sorting the identities beats a hash set at the sizes of a
+// large run (tens of thousands of actions).
 class Identities {
 public:
     Identities(Findings& findings, std::string_view kind, std::size_t expected = 0)
         : findings_(findings), kind_(kind) {
         seen_.reserve(expected);
     }
-    void operator()(const Uuid& id) {
-        if (!seen_.insert(id).second) findings_.add(ShowValidationErrorKind::duplicateIdentity, kind_, id);
+    void operator()(const Uuid& id) { seen_.push_back({id, seen_.size()}); }
+
+    // Call once, after the last identity of the kind.
+    void report() {
+        std::sort(seen_.begin(), seen_.end());
+        std::vector<std::size_t> repeats;
+        for (std::size_t i = 1; i < seen_.size(); ++i) {
+            if (seen_[i].first == seen_[i - 1].first) repeats.push_back(seen_[i].second);
+        }
+        if (repeats.empty()) return;
+        std::vector<Uuid> byPlace(seen_.size());
+        for (const auto& [id, place] : seen_) byPlace[place] = id;
+        std::sort(repeats.begin(), repeats.end());
+        for (std::size_t place : repeats) {
+            findings_.add(ShowValidationErrorKind::duplicateIdentity, kind_, byPlace[place]);
+        }
     }
 
 private:
     Findings& findings_;
     std::string_view kind_;
-    std::unordered_set<Uuid> seen_;
+    std::vector<std::pair<Uuid, std::size_t>> seen_;
 };
 
 template <class List> void eachID(const List& list, Findings& findings, std::string_view kind) {
     Identities check(findings, kind, list.size());
     for (const auto& record : list) check(record.id);
+    check.report();
 }
 
 // Checks the ranks of one list of siblings: each well formed, none repeated.
@@ -66,6 +84,9 @@ void checkIdentities(const ShowDocument& document, Findings& findings) {
         forEachCue(document, [&](const Cue& cue) { cues(cue.id); });
         Identities actions(findings, "action", actionCount);
         forEachAction(document, [&](const ShowAction& action) { actions(action.id); });
+        scenes.report();
+        cues.report();
+        actions.report();
     }
     eachID(document.destinations, findings, "destination");
     {
@@ -73,6 +94,7 @@ void checkIdentities(const ShowDocument& document, Findings& findings) {
         for (const auto& destination : document.destinations) {
             for (const auto& layer : destination.layers) layers(layer.id);
         }
+        layers.report();
     }
     eachID(document.connections, findings, "connection");
     eachID(document.assets, findings, "asset");
@@ -90,6 +112,9 @@ void checkIdentities(const ShowDocument& document, Findings& findings) {
                 for (const auto& image : slide.document->imageElements) images(image.id);
             }
         }
+        slides.report();
+        texts.report();
+        images.report();
     }
     eachID(document.presentationThemes, findings, "presentation theme");
     eachID(document.providerReferences, findings, "provider reference");
@@ -106,6 +131,9 @@ void checkIdentities(const ShowDocument& document, Findings& findings) {
                 for (const auto& slot : page.slots) slots(slot.id);
             }
         }
+        bindings.report();
+        pages.report();
+        slots.report();
     }
     eachID(document.timers, findings, "timer");
     eachID(document.timerStyles, findings, "timer style");
@@ -119,6 +147,7 @@ void checkIdentities(const ShowDocument& document, Findings& findings) {
         for (const auto& look : document.looks) {
             for (const auto& rule : look.rules) rules(rule.id);
         }
+        rules.report();
     }
 }
 

@@ -40,6 +40,8 @@ TEST(ShowValuesTest, DatesHaveOneTextForm) {
         EXPECT_EQ(ShowDate::parse(text), ShowDate{milliseconds}) << text;
     }
     EXPECT_EQ(ShowDate::parse("2026-01-01T10:00:00Z"), ShowDate::parse("2026-01-01T10:00:00.000Z"));
+    EXPECT_FALSE(ShowDate{ShowDate::latestMilliseconds + 1}.hasTextForm());
+    EXPECT_FALSE(ShowDate{ShowDate::earliestMilliseconds - 1}.hasTextForm());
     for (const char* refused : {"2026-02-29T00:00:00Z", "2026-01-01 00:00:00Z", "2026-01-01T24:00:00Z",
                                 "2026-01-01T00:00:00.1Z", "2026-01-01T00:00:00+01:00", "2026-1-01T00:00:00Z", ""}) {
         EXPECT_FALSE(ShowDate::parse(refused)) << refused;

@@ -38,6 +38,7 @@ void write(const Uuid& value, EncodeContext& context) {
 }
 
 void write(const ShowDate& value, EncodeContext& context) {
+    if (!value.hasTextForm()) context.fail("the date is outside the years 0000 to 9999");
     const std::string text = value.text();
     context.writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
