@@ -2,9 +2,7 @@
 
 #include "ShowCore/ShowValueError.h"
 
-#include <rapidjson/encodedstream.h>
 #include <rapidjson/error/en.h>
-#include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
 #include <algorithm>
@@ -329,13 +327,17 @@ bool isValidUTF8(std::string_view text) {
     return true;
 }
 
-void parse(std::string_view text, rapidjson::Document& document) {
+void parse(std::string& text, rapidjson::Document& document) {
     // The encoding is checked once over the whole text, faster than string
     // by string inside the reader.
     if (!isValidUTF8(text)) throw ShowJsonError({}, "the text isn't valid UTF-8");
-    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
-    rapidjson::MemoryStream bytes(text.data(), text.size());
-    rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> input(bytes);
+    // In place, a NUL byte would end the text early; JSON never holds one raw.
+    if (const auto nul = text.find('\0'); nul != std::string::npos) {
+        throw ShowJsonError({}, "the text isn't valid JSON (a NUL byte at byte " + std::to_string(nul) + ".)");
+    }
+    constexpr unsigned flags =
+        rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseInsituFlag;
+    rapidjson::InsituStringStream input(text.data());
     rapidjson::Reader reader;
     rapidjson::ParseResult result;
     bool tooLarge = false;

@@ -71,8 +71,10 @@ std::string_view typeName(const Value& value);
 bool isValidUTF8(std::string_view text);
 
 // Parses UTF-8 JSON text strictly (valid encoding, numbers converted exactly,
-// deep nesting on the heap, not the stack).
-void parse(std::string_view text, rapidjson::Document& document);
+// deep nesting on the heap, not the stack). The text is parsed in place: the
+// document's strings point into it, so it must outlive the document, and it
+// is changed.
+void parse(std::string& text, rapidjson::Document& document);
 
 // Variants with payload name their cases; `wrapped[i]` puts case i's payload
 // one level deeper, under "_0".

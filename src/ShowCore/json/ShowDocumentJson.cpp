@@ -16,8 +16,9 @@ template <class T> std::string encode(const T& value, std::size_t sizeHint) {
 }
 
 template <class T> T decode(std::string_view text) {
+    std::string buffer(text); // parsed in place; outlives the tree
     rapidjson::Document tree;
-    json::parse(text, tree);
+    json::parse(buffer, tree);
     json::DecodeContext context;
     T value{};
     json::read(tree, value, context);
