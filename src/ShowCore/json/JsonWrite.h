@@ -7,13 +7,34 @@
 
 #include "ShowCore/json/JsonRead.h"
 
-#include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
+
+#include <algorithm>
 
 namespace velarion::showcore::json {
 
+// The writer's output: straight into the string handed back, so a large
+// document isn't copied once more at the end.
+// `text` is sized ahead and cut to `used` at the end; the writer reserves
+// before each value and then puts without checks (PutReserve, PutUnsafe).
+struct TextOutput {
+    using Ch = char;
+    std::string& text;
+    std::size_t used = 0;
+    void reserve(std::size_t count) {
+        if (used + count > text.size()) text.resize(std::max(text.size() * 2, used + count));
+    }
+    void Put(char c) {
+        reserve(1);
+        text[used++] = c;
+    }
+    void Flush() {}
+};
+inline void PutReserve(TextOutput& output, std::size_t count) { output.reserve(count); }
+inline void PutUnsafe(TextOutput& output, char c) { output.text[output.used++] = c; }
+
 // Text is checked by isValidUTF8 before it reaches the writer.
-using TextWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+using TextWriter = rapidjson::Writer<TextOutput>;
 
 struct EncodeContext {
     TextWriter& writer;
