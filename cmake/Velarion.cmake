@@ -19,7 +19,7 @@ endif()
 
 # The core libraries must stay free of platform code; this list is what the
 # boundary check in `make test` compares their link lines against.
-set(VELARION_CORE_LIBRARIES Identity LiveModel ShowStage LiveEngine LiveAgentKit LiveAgent Live)
+set(VELARION_CORE_LIBRARIES Identity LiveModel ShowStage LiveEngine LiveAgentKit LiveAgent Live ShowCore)
 
 function(velarion_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})

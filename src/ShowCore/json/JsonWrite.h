@@ -1,0 +1,128 @@
+#pragma once
+// Writing the show graph as JSON text; private to ShowCore. Values stream
+// straight into a compact writer through the same `visitFields` lists the
+// reader uses (see JsonRead.h), with no tree in between.
+//
+// Thread: pure functions; any thread.
+
+#include "ShowCore/json/JsonRead.h"
+
+#include <rapidjson/writer.h>
+
+#include <algorithm>
+
+namespace velarion::showcore::json {
+
+// The writer's output: straight into the string handed back, so a large
+// document isn't copied once more at the end.
+// `text` is sized ahead and cut to `used` at the end; the writer reserves
+// before each value and then puts without checks (PutReserve, PutUnsafe).
+struct TextOutput {
+    using Ch = char;
+    std::string& text;
+    std::size_t used = 0;
+    void reserve(std::size_t count) {
+        if (used + count > text.size()) text.resize(std::max(text.size() * 2, used + count));
+    }
+    void Put(char c) {
+        reserve(1);
+        text[used++] = c;
+    }
+    void Flush() {}
+};
+inline void PutReserve(TextOutput& output, std::size_t count) { output.reserve(count); }
+inline void PutUnsafe(TextOutput& output, char c) { output.text[output.used++] = c; }
+
+// Text is checked by isValidUTF8 before it reaches the writer.
+using TextWriter = rapidjson::Writer<TextOutput>;
+
+struct EncodeContext {
+    TextWriter& writer;
+    Path path;
+    [[noreturn]] void fail(std::string reason) const { throw ShowJsonError(path.text(), std::move(reason)); }
+    void key(std::string_view name) { writer.Key(name.data(), static_cast<rapidjson::SizeType>(name.size())); }
+};
+
+void write(bool value, EncodeContext& context);
+void write(int value, EncodeContext& context);
+void write(std::int64_t value, EncodeContext& context);
+void write(std::uint8_t value, EncodeContext& context);
+void write(std::uint16_t value, EncodeContext& context);
+void write(double value, EncodeContext& context);
+void write(const std::string& value, EncodeContext& context);
+void write(const Uuid& value, EncodeContext& context);
+void write(const ShowDate& value, EncodeContext& context);
+void write(const ShowURL& value, EncodeContext& context);
+void write(const DurationValue& value, EncodeContext& context);
+void write(const std::map<std::string, std::string>& values, EncodeContext& context);
+
+template <NamedCase E> void write(E value, EncodeContext& context) {
+    const std::string_view name = toString(value);
+    context.writer.String(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+}
+
+template <class T> void write(const std::vector<T>& values, EncodeContext& context) {
+    context.writer.StartArray();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        PathScope scope(context, i);
+        write(values[i], context);
+    }
+    context.writer.EndArray(static_cast<rapidjson::SizeType>(values.size()));
+}
+
+template <NamedCase E> void write(const std::set<E>& values, EncodeContext& context) {
+    context.writer.StartArray();
+    for (E value : values) write(value, context);
+    context.writer.EndArray(static_cast<rapidjson::SizeType>(values.size()));
+}
+
+// Writes one record's fields as keys, in field order.
+class FieldWriter {
+public:
+    explicit FieldWriter(EncodeContext& context) : context_(context) {}
+
+    template <class T> void operator()(std::string_view key, const T& field) {
+        if constexpr (isOptional<T>) {
+            if (!field) return;
+            add(key, *field);
+        } else {
+            add(key, field);
+        }
+    }
+
+private:
+    template <class T> void add(std::string_view key, const T& field) {
+        PathScope scope(context_, key);
+        context_.key(key);
+        write(field, context_);
+    }
+
+    EncodeContext& context_;
+};
+
+template <class T>
+concept WritableRecord = requires(FieldWriter& writer, const T& record) { visitFields(writer, record); };
+
+template <WritableRecord T> void write(const T& record, EncodeContext& context) {
+    context.writer.StartObject();
+    FieldWriter writer(context);
+    visitFields(writer, record);
+    context.writer.EndObject();
+}
+
+template <NamedVariant Variant> void write(const Variant& value, EncodeContext& context) {
+    const std::string_view name = VariantForm<Variant>::names[value.index()];
+    const bool wrapped = VariantForm<Variant>::wrapped[value.index()];
+    PathScope scope(context, name);
+    context.writer.StartObject();
+    context.key(name);
+    if (wrapped) {
+        context.writer.StartObject();
+        context.key("_0");
+    }
+    std::visit([&](const auto& alternative) { write(alternative, context); }, value);
+    if (wrapped) context.writer.EndObject();
+    context.writer.EndObject();
+}
+
+} // namespace velarion::showcore::json
