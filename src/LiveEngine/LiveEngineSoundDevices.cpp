@@ -60,6 +60,8 @@ void LiveEngine::reorderPlaylist(Run& run) {
         run.playlistIndex = 0;
     }
     run.playlistOrder = std::move(order);
+    run.upcomingOrder.reset();
+    if (run.audio) openNextSong(run);
 }
 
 } // namespace velarion

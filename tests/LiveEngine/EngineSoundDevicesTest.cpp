@@ -71,10 +71,11 @@ TEST_F(MovingSound, DevicesFollowEditsAndALostDeviceIsLoggedAndRegained) {
               1)
         << "logged once, not at every change of the list";
 
-    players.sound(path("Song.wav"))->device(); // still alive
+    const auto kept = players.sound(path("Song.wav"));
+    ASSERT_TRUE(kept) << "the run keeps its player through the loss";
     outputs.change({output("House"), output("Stage")});
     EXPECT_TRUE(logged("Song is back on Stage speakers"));
-    EXPECT_EQ(player("Song")->device(), "Stage");
+    EXPECT_EQ(kept->device(), "Stage");
 }
 
 TEST_F(MovingSound, APlaylistEditedWhilePlayingKeepsItsSong) {
