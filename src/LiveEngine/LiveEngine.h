@@ -72,6 +72,8 @@ public:
     // How long before a crossfading video loop's seam its next pass starts
     // preparing, so that the swap is on time.
     static constexpr double loopPrepareLeadSeconds = 0.5;
+    // How early the next song or sound loop pass is opened off the main loop.
+    static constexpr double soundOpenLeadSeconds = 0.1;
     // The reserved destination key of the operator's own program view.
     static inline const std::string programDestination = "_program";
 

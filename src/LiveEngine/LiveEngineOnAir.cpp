@@ -28,6 +28,7 @@ void LiveEngine::panic() {
     afterFinish_.clear();
     for (Run* run : activeRuns()) {
         run->cancelTasks();
+        run->preWaitLeftSeconds.reset(); // so that a resume can't start it either
         if (run->audio) run->audio->isFadingOut = true;
         for (AudioPlayback& tail : run->audioTails) tail.isFadingOut = true;
         for (const AudioPlayback* playback : run->allAudio())

@@ -73,7 +73,6 @@ LiveEngine::SongStart LiveEngine::startPlaylistSong(const Uuid& runID, std::size
             run->audio->isPaused = true;
             run->audio->player->pause();
         }
-        openNextSong(*run);
         return SongStart::started;
     }
     return SongStart::noneLeft;
@@ -124,6 +123,9 @@ void LiveEngine::tickPlaylist(Run& run) {
     const bool hasNext = playlist.repeats ? !run.playlistOrder.empty()
                                           : static_cast<std::size_t>(run.playlistIndex) + 1 <
                                                 run.playlistOrder.size();
+    // The next song opens off the main loop shortly before it is due: a
+    // player left prerolled for long starts late once played.
+    if (hasNext && remaining <= std::max(crossfade, 0.0) + soundOpenLeadSeconds) openNextSong(run);
     if (hasNext && crossfade > 0.05 && remaining <= crossfade && player.isPlaying()) {
         advancePlaylist(run.id, std::max(remaining, 0.05));
         return;

@@ -173,10 +173,15 @@ void LiveEngine::crossfadeAudioLoop(const Uuid& runID) {
     const double trigger = length - overlap;
     const double position = playing.player->currentSeconds() - playing.inPointSeconds;
     const double wait = std::max(position < 0 ? trigger : trigger - position, 0.1);
-    // The next pass opens now, a pass ahead: the seam must not wait for it.
+    // The next pass opens off the main loop just before the seam, which must
+    // not wait for it (nor find a player that sat prerolled for a pass).
     const MediaItem* item = index_.media(std::get<AudioCue>(run->cue.kind).mediaID);
     if (item == nullptr) return; // the file went; this pass plays out and ends
-    openAhead(*run, mediaPath(*item));
+    const std::filesystem::path file = mediaPath(*item);
+    if (wait <= soundOpenLeadSeconds) openAhead(*run, file);
+    else run->tasks.push_back(after(wait - soundOpenLeadSeconds, [this, runID, file] {
+        if (Run* opening = findRun(runID); opening && !opening->fadingOut) openAhead(*opening, file);
+    }));
     run->loopTask = after(wait, [this, runID, overlap] {
         Run* looping = findRun(runID);
         if (looping == nullptr || looping->fadingOut || !looping->audio || !looping->soundAhead) return;

@@ -61,7 +61,6 @@ void LiveEngine::reorderPlaylist(Run& run) {
     }
     run.playlistOrder = std::move(order);
     run.upcomingOrder.reset();
-    if (run.audio) openNextSong(run);
 }
 
 } // namespace velarion

@@ -104,17 +104,6 @@ TEST_F(MovingSound, APlaylistEditedWhilePlayingKeepsItsSong) {
     EXPECT_EQ(runOf("Walk-in")->playlistOrder.size(), 3u);
 }
 
-TEST_F(MovingSound, ADeletedSongIsSkippedWithItsLine) {
-    const Uuid gone = Uuid::random();
-    const Uuid kept = addItem("Kept.wav", MediaKind::audio, 60);
-    players.soundDurations[path("Kept.wav")] = 60;
-    add("Walk-in", PlaylistCue{{gone, kept}, false, false, 0, 0, 1, AudioBus::house});
-    start();
-    go();
-    EXPECT_TRUE(logged("Walk-in: a song was removed from the library — skipped"));
-    EXPECT_EQ(engine->state().music->title, "Kept.wav");
-}
-
 TEST_F(MovingSound, CrossfadingVideoLoopsSwapSurfacesUnderADissolve) {
     players.defaultVideoBehaviour.durationSeconds = 10;
     Cue& loop = video("Loop");
