@@ -52,20 +52,17 @@ void FakeSoundFilePlayer::setCurrentSeconds(double seconds) {
 }
 
 void FakeSoundFilePlayer::play() {
-    ++playCount;
     if (stopped_) return;
     settle();
     playing_ = true;
 }
 
 void FakeSoundFilePlayer::pause() {
-    ++pauseCount;
     settle();
     playing_ = false;
 }
 
 void FakeSoundFilePlayer::stop() {
-    ++stopCount;
     settle();
     playing_ = false;
     stopped_ = true;
@@ -100,7 +97,6 @@ bool FakeSoundFilePlayer::setDevice(const std::optional<std::string>& deviceUID)
 }
 
 void FakeSoundFilePlayer::updateMeters() {
-    ++updateMetersCount;
     meteredDecibels_ = isPlaying() ? levelDecibels : silenceDecibels;
 }
 
@@ -139,7 +135,6 @@ Scheduler::Task FakeVideoSurface::guarded(Scheduler::Task task) const {
 }
 
 void FakeVideoSurface::prepare(double timeoutSeconds, std::function<void(VideoPreparation)> done) {
-    ++prepareCount;
     const bool timesOut = behaviour_.neverReady || behaviour_.prepareSeconds > timeoutSeconds;
     const double delaySeconds = timesOut ? timeoutSeconds : behaviour_.prepareSeconds;
     auto answer = [this, timesOut, done = std::move(done)] {
@@ -172,7 +167,6 @@ void FakeVideoSurface::play() {
 }
 
 void FakeVideoSurface::pause() {
-    ++pauseCount;
     anchorPositionSeconds_ = currentSeconds();
     anchorTimeSeconds_ = scheduler_.now();
     playing_ = false;
@@ -180,7 +174,6 @@ void FakeVideoSurface::pause() {
 }
 
 void FakeVideoSurface::seek(double seconds, std::function<void()> done) {
-    seekPositions.push_back(seconds);
     anchorPositionSeconds_ = std::clamp(seconds, 0.0, behaviour_.durationSeconds);
     anchorTimeSeconds_ = scheduler_.now();
     scheduleEnd();
@@ -190,7 +183,6 @@ void FakeVideoSurface::seek(double seconds, std::function<void()> done) {
 void FakeVideoSurface::setVolume(double level, bool muted) {
     volume_ = clampedLevel(level);
     muted_ = muted;
-    volumeHistory.push_back(volume_);
 }
 
 void FakeVideoSurface::setLoops(bool loops) {

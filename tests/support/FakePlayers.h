@@ -2,12 +2,12 @@
 // Sound players and video surfaces for tests that play in virtual time: a
 // position is worked out from the scheduler's `now()` when asked, so a test
 // moves time with the scheduler and reads where playback has got to. Each
-// double remembers what was asked of it and can be made to end or fail.
+// double can be made to end or fail.
 //
 // - FakeSoundFilePlayer plays for its duration (or for ever when looping),
 //   fades linearly in scheduler time and reports `levelDecibels` on its
 //   meters while playing, as of the last `updateMeters`. After `stop` it
-//   never plays again; `play` is only counted.
+//   never plays again.
 // - FakeVideoSurface answers `prepare` after its behaviour's delay, with the
 //   behaviour's failure or `notReadyInTime` when the timeout comes first. It
 //   schedules its own end while playing and delivers it as the contract says.
@@ -72,10 +72,6 @@ public:
     // The device last asked for, found or not; none is the system output.
     const std::optional<std::string>& device() const { return device_; }
     bool isStopped() const { return stopped_; }
-    int playCount = 0;
-    int pauseCount = 0;
-    int stopCount = 0;
-    int updateMetersCount = 0;
 
 private:
     struct Progress {
@@ -156,12 +152,7 @@ public:
     // Delivers the end of the file at once, wherever playback is.
     void endNow();
 
-    const FakeVideoBehaviour& behaviour() const { return behaviour_; }
-    int prepareCount = 0;
     int playCount = 0;
-    int pauseCount = 0;
-    std::vector<double> seekPositions;
-    std::vector<double> volumeHistory; // clamped levels as set
 
 private:
     // Runs `task` later unless the surface is gone by then.
