@@ -178,7 +178,7 @@ TEST_F(Sound, PlaylistsSkipRemovedSongsOpenLaterOnesAheadAndEndAtOneThatCantOpen
     EXPECT_FALSE(runOf("Walk-in"));
 }
 
-TEST_F(Sound, AStopJustBeforeALoopSeamStartsNoNewPass) {
+TEST_F(Sound, APauseOrPanicJustBeforeAVideoLoopSeamStartsNoNewPass) {
     video("Loop");
     auto& loop = std::get<VideoCue>(show.sections.edit(0).cues.edit(0).kind);
     loop.loops = true;
