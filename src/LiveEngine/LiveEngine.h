@@ -18,6 +18,7 @@
 #include "LiveEngine/EngineCommand.h"
 #include "LiveEngine/EngineState.h"
 #include "LiveEngine/GroupPlayback.h"
+#include "LiveEngine/PictureCache.h"
 #include "LiveEngine/Run.h"
 #include "LiveEngine/TimerRun.h"
 #include "LiveEngine/ShowIndex.h"
@@ -71,6 +72,8 @@ public:
     // How long before a crossfading video loop's seam its next pass starts
     // preparing, so that the swap is on time.
     static constexpr double loopPrepareLeadSeconds = 0.5;
+    // How early the next song or sound loop pass is opened off the main loop.
+    static constexpr double soundOpenLeadSeconds = 0.1;
     // The reserved destination key of the operator's own program view.
     static inline const std::string programDestination = "_program";
 
@@ -171,6 +174,7 @@ private:
     Run& enterRun(const Cue& cue, const Uuid& group, std::optional<Uuid> follower);
     void startOrWait(const Uuid& runID);
     void begin(const Uuid& runID);
+    void waitToBegin(Run& run, double seconds);
     void fail(const Uuid& runID, const std::string& reason);
     void finish(const Uuid& runID, bool clearVisual, double fadeSeconds, bool fireFollowers);
     void stop(const Uuid& runID, double fadeSeconds);
@@ -202,6 +206,7 @@ private:
 
     // Timers, messages and the Stage Display.
     void beginTimer(Run& run);
+    void beginNewTimer(Run& run);
     void beginMessage(Run& run);
     void sendMessage(const std::string& text, MessageTarget target,
                      std::optional<double> durationSeconds, std::optional<Uuid> runID);
@@ -262,14 +267,21 @@ private:
     std::optional<AudioPlayback> openPlayback(const std::filesystem::path& file,
                                               const std::optional<std::string>& device,
                                               double inPoint, std::optional<double> outPoint,
-                                              double fadeOut, double level, bool loopsItself);
+                                              double fadeOut, double level, bool loopsItself,
+                                              std::shared_ptr<SoundFilePlayer> opened = nullptr);
+    // Starts opening `file` off the main loop for the run, unless it already is.
+    void openAhead(Run& run, const std::filesystem::path& file);
+    void soundArrived(const Uuid& runID);
     void startPlayback(AudioPlayback& playback, double target, double fadeInSeconds);
     void beginAudio(Run& run);
     void tickAudio(Run& run);
     void crossfadeAudioLoop(const Uuid& runID);
     void beginPlaylist(Run& run);
     std::vector<Uuid> playingOrder(const PlaylistCue& cue, const std::optional<Uuid>& avoidingFirst);
-    bool startPlaylistSong(const Uuid& runID, std::size_t from, double fadeInSeconds);
+    enum class SongStart { started, waiting, cantOpen, noneLeft };
+    // At GO the first song opens here; later ones only ever off the main loop.
+    SongStart startPlaylistSong(const Uuid& runID, std::size_t from, double fadeInSeconds, bool openHere);
+    void openNextSong(Run& run);
     void tickPlaylist(Run& run);
     void advancePlaylist(const Uuid& runID, double fadeSeconds);
     void skipTrack();
@@ -341,7 +353,7 @@ private:
     TaskHandle tickTask_;
     std::uint64_t tickCount_ = 0;
     std::optional<double> lastGo_; // none: the distant past
-    std::map<std::string, StillImage> imageCache_;
+    PictureCache imageCache_;
     std::map<Uuid, double> sectionStarts_; // wall-clock seconds
     std::deque<HistoryEntry> history_;
     bool historyChanged_ = true;

@@ -38,9 +38,11 @@ void LiveEngine::clear(ClearTarget target, double fadeSeconds, bool preservingGr
 }
 
 void LiveEngine::clearLayer(LayerKind kind, double fadeSeconds) {
+    // Any entry of the run on that layer counts, not only its lowest: a deck
+    // also holds the background, a full-screen countdown its backdrop.
     std::vector<Uuid> shown;
     for (const Uuid& id : runOrder_)
-        if (stack_.layer(id) == kind) shown.push_back(id);
+        if (stack_.entry(id, kind) != nullptr) shown.push_back(id);
     for (const Uuid& id : shown) stop(id, fadeSeconds);
     // What has no run, such as a held last frame, goes too.
     stack_.clear(kind, fadeSeconds);

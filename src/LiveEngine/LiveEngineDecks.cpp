@@ -24,6 +24,10 @@ bool isNone(const std::optional<Backdrop>& backdrop) {
     return !backdrop || std::holds_alternative<backdrop::None>(*backdrop);
 }
 
+bool sameBackdrop(const std::optional<Backdrop>& a, const std::optional<Backdrop>& b) {
+    return isNone(a) ? isNone(b) : (!isNone(b) && *a == *b);
+}
+
 } // namespace
 
 const DeckInfo* LiveEngine::deck(const Run& run) const {
@@ -142,7 +146,11 @@ void LiveEngine::showDeckBackground(const Uuid& cueID) {
     if (Run* run = activeRunOf(cueID)) {
         const Uuid runID = run->id;
         run->isBackgroundOnly = true;
-        if (stack_.entry(runID, LayerKind::background) == nullptr) applyDeckBackground(runID);
+        const DeckInfo* info = deck(*run);
+        const std::optional<Backdrop> wanted = info ? info->background : std::nullopt;
+        if ((!isNone(wanted) && stack_.entry(runID, LayerKind::background) == nullptr) ||
+            !sameBackdrop(run->shownBackdrop, wanted))
+            applyDeckBackground(runID);
         run = findRun(runID);
         if (run == nullptr) return;
         if (const auto* entry = stack_.entry(runID, LayerKind::slides))
@@ -162,6 +170,7 @@ void LiveEngine::applyDeckBackground(const Uuid& runID) {
         backdrop->second->pause();
     const DeckInfo* info = deck(*run);
     const std::optional<Backdrop> background = info ? info->background : std::nullopt;
+    run->shownBackdrop = isNone(background) ? std::nullopt : background;
     takeLayer(LayerKind::background, *run, std::nullopt);
     if (isNone(background)) {
         if (const auto* entry = stack_.entry(runID, LayerKind::background))

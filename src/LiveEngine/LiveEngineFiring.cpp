@@ -112,18 +112,20 @@ void LiveEngine::noteFired(const Cue& cue) {
 void LiveEngine::startOrWait(const Uuid& runID) {
     Run* run = findRun(runID);
     if (run == nullptr) return;
-    if (run->cue.preWait > 0) {
-        run->waitingUntil = ports_.scheduler.now() + run->cue.preWait;
-        run->tasks.push_back(after(run->cue.preWait, [this, runID] {
-            Run* waiting = findRun(runID);
-            if (waiting == nullptr) return;
-            waiting->waitingUntil.reset();
-            begin(runID);
-            publish();
-        }));
-        return;
-    }
+    if (run->cue.preWait > 0) return waitToBegin(*run, run->cue.preWait);
     begin(runID);
+}
+
+void LiveEngine::waitToBegin(Run& run, double seconds) {
+    const Uuid runID = run.id;
+    run.waitingUntil = ports_.scheduler.now() + seconds;
+    run.tasks.push_back(after(seconds, [this, runID] {
+        Run* waiting = findRun(runID);
+        if (waiting == nullptr) return;
+        waiting->waitingUntil.reset();
+        begin(runID);
+        publish();
+    }));
 }
 
 void LiveEngine::begin(const Uuid& runID) {

@@ -28,6 +28,7 @@ void LiveEngine::panic() {
     afterFinish_.clear();
     for (Run* run : activeRuns()) {
         run->cancelTasks();
+        run->preWaitLeftSeconds.reset(); // so that a resume can't start it either
         if (run->audio) run->audio->isFadingOut = true;
         for (AudioPlayback& tail : run->audioTails) tail.isFadingOut = true;
         for (const AudioPlayback* playback : run->allAudio())
@@ -68,6 +69,12 @@ void LiveEngine::pause(const Uuid& runID) {
     Run* run = findRun(runID);
     if (run == nullptr || run->isPaused()) return;
     run->pausedAt = ports_.scheduler.now();
+    if (run->waitingUntil) {
+        // A pause holds a pre-wait too: the cue starts only after the rest
+        // of its wait once resumed. Before it begins a run has no other task.
+        run->preWaitLeftSeconds = std::max(*run->waitingUntil - *run->pausedAt, 0.0);
+        run->cancelTasks();
+    }
     if (timer_ && timer_->runID() == runID)
         timer_->pause(ports_.scheduler.now(), ports_.scheduler.wallNow());
     if (run->audio) run->audio->isPaused = true;
@@ -81,6 +88,11 @@ void LiveEngine::resume(const Uuid& runID) {
     if (run == nullptr || !run->isPaused()) return;
     run->pausedTotalSeconds += ports_.scheduler.now() - *run->pausedAt;
     run->pausedAt.reset();
+    if (run->preWaitLeftSeconds) {
+        const double left = *run->preWaitLeftSeconds;
+        run->preWaitLeftSeconds.reset();
+        waitToBegin(*run, left);
+    }
     if (timer_ && timer_->runID() == runID) timer_->resume(ports_.scheduler.now());
     if (run->audio) run->audio->isPaused = false;
     for (AudioPlayback& tail : run->audioTails) tail.isPaused = false;

@@ -157,8 +157,9 @@ void LiveEngine::beginVideo(Run& run) {
     const auto& video = std::get<VideoCue>(run.cue.kind);
     const MediaItem* item = index_.media(video.mediaID);
     if (item == nullptr) return fail(run.id, "the video is missing");
-    // Network inputs play through the network input side of the engine.
-    if (item->ndiSource) return;
+    // Receiving a network source isn't built yet: such a cue fails like any
+    // other that can't play, so it neither hangs nor holds its follower.
+    if (item->ndiSource) return fail(run.id, "NDI input isn't available in this version");
     const std::filesystem::path path = mediaPath(*item);
     if (!ports_.players.fileExists(path)) return fail(run.id, "the video is missing");
 
@@ -235,10 +236,11 @@ void LiveEngine::beginGraphic(Run& run) {
     takeLayer(LayerKind::graphics, run, std::nullopt);
     stack_.show(SceneStillContent{std::move(*card)}, LayerKind::graphics, run.id, 0.5,
                 SceneScaling::fit, std::nullopt);
-    if (graphic.duration && *graphic.duration > 0) {
-        run.durationSeconds = graphic.duration;
+    // A duration of 0 takes the lower third off at the next turn.
+    if (graphic.duration) {
+        run.durationSeconds = std::max(0.0, *graphic.duration);
         const Uuid runID = run.id;
-        run.tasks.push_back(after(*graphic.duration, [this, runID] {
+        run.tasks.push_back(after(*run.durationSeconds, [this, runID] {
             finish(runID, true, 0.5, true);
             publish();
         }));

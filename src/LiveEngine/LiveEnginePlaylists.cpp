@@ -26,13 +26,20 @@ void LiveEngine::beginPlaylist(Run& run) {
     handOffMusic(run, playlist.fadeIn);
     if (Run* current = findRun(runID)) handOffVideoSound(*current, playlist.fadeIn);
     if (!findRun(runID)) return;
-    if (!startPlaylistSong(runID, 0, playlist.fadeIn)) fail(runID, "the sound file is missing");
+    switch (startPlaylistSong(runID, 0, playlist.fadeIn, true)) {
+    case SongStart::noneLeft: return fail(runID, "none of its songs can play");
+    case SongStart::cantOpen: return fail(runID, "the sound file is missing");
+    case SongStart::started:
+    case SongStart::waiting: return;
+    }
 }
 
-bool LiveEngine::startPlaylistSong(const Uuid& runID, std::size_t from, double fadeInSeconds) {
+LiveEngine::SongStart LiveEngine::startPlaylistSong(const Uuid& runID, std::size_t from,
+                                                    double fadeInSeconds, bool openHere) {
     Run* run = findRun(runID);
-    if (run == nullptr) return false;
+    if (run == nullptr) return SongStart::noneLeft;
     const auto& playlist = std::get<PlaylistCue>(run->cue.kind);
+    run->songWaitingFadeSeconds.reset();
     for (std::size_t index = from; index < run->playlistOrder.size(); ++index) {
         const MediaItem* item = index_.media(run->playlistOrder[index]);
         if (item == nullptr) {
@@ -40,21 +47,68 @@ bool LiveEngine::startPlaylistSong(const Uuid& runID, std::size_t from, double f
                 run->cue.name + ": a song was removed from the library — skipped");
             continue;
         }
-        auto playback = openPlayback(mediaPath(*item), deviceUID(playlist.bus, run->cue), 0,
-                                     std::nullopt, 0, playlist.level, false);
-        if (!playback) continue;
+        const std::filesystem::path file = mediaPath(*item);
+        run->playlistIndex = static_cast<int>(index);
+        std::shared_ptr<SoundFilePlayer> opened;
+        if (!openHere) {
+            if (!ports_.players.fileExists(file)) return SongStart::cantOpen;
+            openAhead(*run, file);
+            if (!run->soundAhead->isOpen) {
+                // It starts when its player arrives; the tick never waits.
+                run->songWaitingFadeSeconds = fadeInSeconds;
+                return SongStart::waiting;
+            }
+            opened = std::move(run->soundAhead->player);
+            run->soundAhead.reset();
+            if (!opened) return SongStart::cantOpen;
+        }
+        auto playback = openPlayback(file, deviceUID(playlist.bus, run->cue), 0, std::nullopt, 0,
+                                     playlist.level, false, std::move(opened));
+        if (!playback) return SongStart::cantOpen;
         run->soundDeviceMissing = playback->deviceMissing;
         run->audio = std::move(*playback);
-        run->playlistIndex = static_cast<int>(index);
         startPlayback(*run->audio, master() * dipFactor(*run) * run->audio->cueLevel, fadeInSeconds);
         // An advance during a pause stays paused.
         if (run->isPaused()) {
             run->audio->isPaused = true;
             run->audio->player->pause();
         }
-        return true;
+        return SongStart::started;
     }
-    return false;
+    return SongStart::noneLeft;
+}
+
+void LiveEngine::openNextSong(Run& run) {
+    const auto& playlist = std::get<PlaylistCue>(run.cue.kind);
+    std::size_t next = static_cast<std::size_t>(run.playlistIndex) + 1;
+    const std::vector<Uuid>* order = &run.playlistOrder;
+    if (next >= order->size()) {
+        if (!playlist.repeats || order->empty()) return;
+        // A repeat draws its next order now, so its first song can open early.
+        if (!run.upcomingOrder)
+            run.upcomingOrder = playingOrder(playlist, (*order)[static_cast<std::size_t>(run.playlistIndex)]);
+        order = &*run.upcomingOrder;
+        next = 0;
+    }
+    for (std::size_t index = next; index < order->size(); ++index)
+        if (const MediaItem* item = index_.media((*order)[index])) {
+            if (ports_.players.fileExists(mediaPath(*item))) openAhead(run, mediaPath(*item));
+            return;
+        }
+}
+
+void LiveEngine::soundArrived(const Uuid& runID) {
+    Run* run = findRun(runID);
+    if (run == nullptr || !run->songWaitingFadeSeconds) return;
+    const auto index = static_cast<std::size_t>(run->playlistIndex);
+    const SongStart result = startPlaylistSong(runID, index, *run->songWaitingFadeSeconds, false);
+    if (result == SongStart::cantOpen || result == SongStart::noneLeft) {
+        if (Run* failed = findRun(runID)) {
+            log(HistoryEntry::Kind::warning, failed->cue.name + " didn't play — the sound file is missing");
+            finish(runID, true, 0.3, false);
+        }
+    }
+    publish();
 }
 
 void LiveEngine::tickPlaylist(Run& run) {
@@ -69,6 +123,9 @@ void LiveEngine::tickPlaylist(Run& run) {
     const bool hasNext = playlist.repeats ? !run.playlistOrder.empty()
                                           : static_cast<std::size_t>(run.playlistIndex) + 1 <
                                                 run.playlistOrder.size();
+    // The next song opens off the main loop shortly before it is due: a
+    // player left prerolled for long starts late once played.
+    if (hasNext && remaining <= std::max(crossfade, 0.0) + soundOpenLeadSeconds) openNextSong(run);
     if (hasNext && crossfade > 0.05 && remaining <= crossfade && player.isPlaying()) {
         advancePlaylist(run.id, std::max(remaining, 0.05));
         return;
@@ -89,11 +146,13 @@ void LiveEngine::advancePlaylist(const Uuid& runID, double fadeSeconds) {
         const std::optional<Uuid> justPlayed =
             run->playlistOrder.empty() ? std::nullopt
                                        : std::optional<Uuid>(run->playlistOrder[static_cast<std::size_t>(run->playlistIndex)]);
-        run->playlistOrder = playingOrder(playlist, justPlayed);
+        run->playlistOrder = run->upcomingOrder ? std::move(*run->upcomingOrder) : playingOrder(playlist, justPlayed);
+        run->upcomingOrder.reset();
         next = 0;
     }
     retireToTail(*run, fadeSeconds);
-    if (!startPlaylistSong(runID, next, fadeSeconds)) {
+    const SongStart result = startPlaylistSong(runID, next, fadeSeconds, false);
+    if (result == SongStart::cantOpen || result == SongStart::noneLeft) {
         if (Run* failed = findRun(runID)) {
             log(HistoryEntry::Kind::warning, failed->cue.name + " didn't play — the sound file is missing");
             finish(runID, true, 0.3, false);

@@ -167,8 +167,11 @@ RunningCue LiveEngine::runningCue(const Run& run) const {
         view.elapsedSeconds = run.wallElapsed(now);
     }
 
-    if (run.waitingUntil && *run.waitingUntil > now) {
-        view.detail = "Starts in " + std::to_string(static_cast<long>(std::ceil(*run.waitingUntil - now)));
+    const std::optional<double> startsIn =
+        run.preWaitLeftSeconds ? run.preWaitLeftSeconds
+                               : (run.waitingUntil ? std::optional<double>(*run.waitingUntil - now) : std::nullopt);
+    if (startsIn && *startsIn > 0) {
+        view.detail = "Starts in " + std::to_string(static_cast<long>(std::ceil(*startsIn)));
     } else if (video && video->loops) {
         view.detail = "Loops";
     } else if (run.simulated) {

@@ -94,9 +94,13 @@ void LiveEngine::applyMusicRule(const Run& run, const VideoCue& video) {
 std::optional<AudioPlayback> LiveEngine::openPlayback(const std::filesystem::path& file,
                                                       const std::optional<std::string>& device,
                                                       double inPoint, std::optional<double> outPoint,
-                                                      double fadeOut, double level, bool loopsItself) {
-    if (!ports_.players.fileExists(file)) return std::nullopt;
-    std::shared_ptr<SoundFilePlayer> player = ports_.players.openSound(file);
+                                                      double fadeOut, double level, bool loopsItself,
+                                                      std::shared_ptr<SoundFilePlayer> opened) {
+    std::shared_ptr<SoundFilePlayer> player = std::move(opened);
+    if (!player) {
+        if (!ports_.players.fileExists(file)) return std::nullopt;
+        player = ports_.players.openSound(file);
+    }
     if (!player) return std::nullopt;
     AudioPlayback playback;
     playback.deviceMissing = device && !player->setDevice(device);
@@ -169,24 +173,56 @@ void LiveEngine::crossfadeAudioLoop(const Uuid& runID) {
     const double trigger = length - overlap;
     const double position = playing.player->currentSeconds() - playing.inPointSeconds;
     const double wait = std::max(position < 0 ? trigger : trigger - position, 0.1);
+    // The next pass opens off the main loop just before the seam, which must
+    // not wait for it (nor find a player that sat prerolled for a pass).
+    const MediaItem* item = index_.media(std::get<AudioCue>(run->cue.kind).mediaID);
+    if (item == nullptr) return; // the file went; this pass plays out and ends
+    const std::filesystem::path file = mediaPath(*item);
+    if (wait <= soundOpenLeadSeconds) openAhead(*run, file);
+    else run->tasks.push_back(after(wait - soundOpenLeadSeconds, [this, runID, file] {
+        if (Run* opening = findRun(runID); opening && !opening->fadingOut) openAhead(*opening, file);
+    }));
     run->loopTask = after(wait, [this, runID, overlap] {
         Run* looping = findRun(runID);
-        if (looping == nullptr || looping->fadingOut || !looping->audio) return;
-        if (looping->isPaused()) {
+        if (looping == nullptr || looping->fadingOut || !looping->audio || !looping->soundAhead) return;
+        // Paused, or the next pass still opening: look again shortly.
+        if (looping->isPaused() || !looping->soundAhead->isOpen) {
             looping->loopTask = after(0.1, [this, runID] { crossfadeAudioLoop(runID); });
             return;
         }
         const auto& audio = std::get<AudioCue>(looping->cue.kind);
-        const MediaItem* item = index_.media(audio.mediaID);
-        auto next = item ? openPlayback(mediaPath(*item), deviceUID(audio.bus, looping->cue),
-                                        audio.inPoint, audio.outPoint, audio.fadeOut,
-                                        looping->audio->cueLevel, false)
-                         : std::nullopt;
+        SoundAhead ahead = std::move(*looping->soundAhead);
+        looping->soundAhead.reset();
+        auto next = ahead.player ? openPlayback(ahead.file, deviceUID(audio.bus, looping->cue),
+                                                audio.inPoint, audio.outPoint, audio.fadeOut,
+                                                looping->audio->cueLevel, false, ahead.player)
+                                 : std::nullopt;
         if (!next) return; // the file went; this pass plays out and ends
         startPlayback(*next, master() * dipFactor(*looping) * next->cueLevel, overlap);
         retireToTail(*looping, overlap);
         looping->audio = std::move(*next);
         crossfadeAudioLoop(runID);
+    });
+}
+
+void LiveEngine::openAhead(Run& run, const std::filesystem::path& file) {
+    if (run.soundAhead && run.soundAhead->file == file) return;
+    const Uuid token = Uuid::random();
+    run.soundAhead = SoundAhead{file, token, false, nullptr};
+    Scheduler& scheduler = ports_.scheduler;
+    std::weak_ptr<int> life = life_;
+    const Uuid runID = run.id;
+    ports_.players.openSoundOffMainLoop(file, [&scheduler, life, this, runID, token](
+                                                  std::shared_ptr<SoundFilePlayer> player) {
+        scheduler.post([life, this, runID, token, player = std::move(player)] {
+            if (life.expired() || isShutDown_) return;
+            Run* run = findRun(runID);
+            // Stopped, or wanting another file by now: the player goes unused.
+            if (run == nullptr || !run->soundAhead || run->soundAhead->token != token) return;
+            run->soundAhead->isOpen = true;
+            run->soundAhead->player = player;
+            soundArrived(runID);
+        });
     });
 }
 

@@ -60,6 +60,7 @@ void LiveEngine::reorderPlaylist(Run& run) {
         run.playlistIndex = 0;
     }
     run.playlistOrder = std::move(order);
+    run.upcomingOrder.reset();
 }
 
 } // namespace velarion

@@ -4,11 +4,25 @@
 
 #include "LiveModel/TimeText.h"
 
+#include <algorithm>
+
 namespace velarion {
 
 void LiveEngine::beginTimer(Run& run) {
+    const Uuid runID = run.id;
+    // One timer at most: a new one replaces the old, whose run and card go
+    // with it rather than stay up frozen.
+    if (timer_ && timer_->runID() != runID) {
+        stop(timer_->runID(), 0.3);
+        timer_.reset();
+    }
+    Run* current = findRun(runID);
+    if (current == nullptr) return;
+    beginNewTimer(*current);
+}
+
+void LiveEngine::beginNewTimer(Run& run) {
     const auto& timer = std::get<TimerCue>(run.cue.kind);
-    // One timer at most: a new one replaces the old.
     timer_.emplace(run.id, run.cue, timer, ports_.scheduler.now(), ports_.scheduler.wallNow(),
                    ports_.scheduler.calendar());
     lastAudienceTimerText_.clear();
@@ -86,9 +100,9 @@ std::optional<StillImage> LiveEngine::loadImage(const Uuid& mediaID) {
 }
 
 std::optional<StillImage> LiveEngine::cachedPicture(const std::string& path) {
-    if (auto cached = imageCache_.find(path); cached != imageCache_.end()) return cached->second;
+    if (auto cached = imageCache_.find(path)) return cached;
     std::optional<StillImage> loaded = ports_.images.load(path);
-    if (loaded) imageCache_.emplace(path, *loaded);
+    if (loaded) imageCache_.insert(path, *loaded);
     return loaded;
 }
 
@@ -121,8 +135,9 @@ void LiveEngine::sendMessage(const std::string& text, MessageTarget target,
     }
     log(HistoryEntry::Kind::message,
         std::string(target == MessageTarget::stage ? "Stage" : "Audience") + " message: " + text);
-    if (durationSeconds && *durationSeconds > 0)
-        messageTasks_[target] = after(*durationSeconds, [this, target] {
+    // A duration of 0 is not the same as none: the message goes at the next turn.
+    if (durationSeconds)
+        messageTasks_[target] = after(std::max(0.0, *durationSeconds), [this, target] {
             messageTasks_.erase(target);
             clearMessage(target);
             publish();

@@ -130,18 +130,28 @@ void LiveEngine::updateRoutes(const Uuid& runID) {
     DestinationKeys gained;
     for (const std::string& key : after)
         if (!before.contains(key)) gained.insert(key);
-    const auto layer = stack_.layer(runID);
-    if (gained.empty() || !layer) return;
-    // Screens the run gains are taken from whatever showed there.
+    if (gained.empty() || !stack_.layer(runID)) return;
+    // Screens the run gains are taken from whatever showed there, on every
+    // layer the run holds.
     replacePictures(*run, 0, gained);
-    if (Run* current = findRun(runID)) takeLayer(*layer, *current, gained);
+    for (LayerKind kind : {LayerKind::background, LayerKind::media, LayerKind::slides,
+                           LayerKind::graphics, LayerKind::holding, LayerKind::messages}) {
+        Run* current = findRun(runID);
+        if (current == nullptr) return;
+        if (stack_.entry(runID, kind) != nullptr) takeLayer(kind, *current, gained);
+    }
 }
 
 void LiveEngine::updateDeck(const Uuid& runID, const Cue& old, const Show& oldShow) {
     Run* run = findRun(runID);
     const DeckInfo* info = deck(*run);
     if (info == nullptr) return;
-    applyDeckBackground(runID);
+    // Only a changed background goes up again: any other edit would restart
+    // the backdrop's dissolve and its loop.
+    const bool hasNone = !run->shownBackdrop;
+    const bool wantsNone = !info->background || std::holds_alternative<backdrop::None>(*info->background);
+    if (hasNone != wantsNone || (!wantsNone && *run->shownBackdrop != *info->background))
+        applyDeckBackground(runID);
     run = findRun(runID);
     if (run == nullptr || !run->slideIndex || info->pages.empty()) return;
     run->slideCount = static_cast<int>(info->pages.size());
@@ -173,7 +183,7 @@ void LiveEngine::updateDeck(const Uuid& runID, const Cue& old, const Show& oldSh
     const std::string path = package_.mediaURL(info->pages[index]).string();
     imageCache_.erase(path);
     if (std::optional<StillImage> page = ports_.images.load(path)) {
-        imageCache_.emplace(path, *page);
+        imageCache_.insert(path, *page);
         // An edit of the slide on screen cuts; it doesn't dissolve.
         stack_.update(SceneStillContent{std::move(*page)}, LayerKind::slides, runID);
     }

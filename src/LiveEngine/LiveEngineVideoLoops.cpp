@@ -45,23 +45,34 @@ void LiveEngine::crossfadeVideoLoop(const Uuid& runID) {
             looping->loopTask = after(0.1, [this, runID] { crossfadeVideoLoop(runID); });
             return;
         }
+        // This task's own handle: a stop or Panic cancels it, and the
+        // preparation below must not arm a swap after that.
+        const TaskHandle armed = looping->loopTask;
         const std::shared_ptr<VideoSurface> old = looping->video;
         std::shared_ptr<VideoSurface> next = ports_.players.makeVideoSurface(Uuid::random(), old->path());
         next->setLoops(false);
         next->setAudioOutputDeviceUID(old->audioOutputDeviceUID());
         watchVideoEnd(next, runID);
         std::weak_ptr<int> life = life_;
-        next->prepare(videoPrepareTimeoutSeconds, [this, life, runID, old, next, overlap, swapAt](VideoPreparation result) {
+        next->prepare(videoPrepareTimeoutSeconds, [this, life, runID, old, next, overlap, swapAt,
+                                                   armed](VideoPreparation result) {
             if (life.expired() || isShutDown_) return;
             Run* current = findRun(runID);
             // Stopped, or moved on, while it prepared; or the file failed:
             // this pass then plays out and the run ends with it.
-            if (current == nullptr || current->video != old || current->fadingOut ||
+            if (current == nullptr || current->video != old || current->fadingOut || armed.isCancelled() ||
                 std::holds_alternative<VideoSurfaceError>(result))
                 return;
             current->loopTask = after(swapAt - ports_.scheduler.now(), [this, runID, old, next, overlap] {
                 Run* swapping = findRun(runID);
                 if (swapping == nullptr || swapping->video != old || swapping->fadingOut) return;
+                // Paused at the seam: no new pass; the cycle starts again
+                // from where the picture stands once it resumes.
+                if (swapping->isPaused()) {
+                    next->pause();
+                    swapping->loopTask = after(0.1, [this, runID] { crossfadeVideoLoop(runID); });
+                    return;
+                }
                 swapLoopSurface(runID, next, overlap);
             });
         });

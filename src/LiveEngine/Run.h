@@ -10,6 +10,7 @@
 #include "LiveEngine/ports/VideoSurface.h"
 #include "LiveModel/Cue.h"
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -28,6 +29,15 @@ struct AudioPlayback {
     bool deviceMissing = false; // its device was gone when it opened
 };
 
+// A player opening off the main loop for what the run plays next: the next
+// song of a playlist, or the next pass of a crossfading loop.
+struct SoundAhead {
+    std::filesystem::path file;
+    Uuid token; // tells this opening from a later one of the same run
+    bool isOpen = false; // answered; `player` is null when it couldn't open
+    std::shared_ptr<SoundFilePlayer> player;
+};
+
 struct Run {
     Uuid id;
     Cue cue; // refreshed by live updates
@@ -36,6 +46,7 @@ struct Run {
     std::optional<double> pausedAt;
     double pausedTotalSeconds = 0;
     std::optional<double> waitingUntil; // set during the pre-wait
+    std::optional<double> preWaitLeftSeconds; // a pre-wait held by a pause
     std::shared_ptr<VideoSurface> video;
     std::optional<AudioPlayback> audio;
     bool simulated = false;
@@ -44,6 +55,9 @@ struct Run {
     std::optional<int> slideCount;
     bool isBackgroundOnly = false;
     std::optional<Uuid> backdropToken;
+    // The deck background last put up for the run (none: none), so that only
+    // a change puts it up again.
+    std::optional<Backdrop> shownBackdrop;
     int slidePart = 0;
     bool fadingOut = false;
     bool soundHandedOff = false;
@@ -51,7 +65,10 @@ struct Run {
     std::vector<TaskHandle> tasks;
     TaskHandle loopTask;
     std::vector<Uuid> playlistOrder;
+    std::optional<std::vector<Uuid>> upcomingOrder; // a repeat's next order, drawn ahead
     int playlistIndex = 0;
+    std::optional<double> songWaitingFadeSeconds; // the song at playlistIndex waits for its player
+    std::optional<SoundAhead> soundAhead;
     std::vector<AudioPlayback> audioTails;
 
     bool isPaused() const { return pausedAt.has_value(); }

@@ -71,6 +71,47 @@ TEST_F(Decks, BackFromTheFirstSlideShowsTheBareBackground) {
     EXPECT_FALSE(engine->state().isDeckBackgroundOnly);
 }
 
+TEST_F(Decks, ClearingALayerStopsEveryRunWithAnEntryOnIt) {
+    add("Songs", SlidesCue{addDeck("Songs", 2, backdrop::Color{0xFF8000})});
+    TimerCue full{CountdownMode{60}, std::nullopt, 0, true, true, std::nullopt};
+    full.look = CountdownLook{CountdownLayout::fullScreen, backdrop::Color{0x0000FF}, std::nullopt};
+    add("Countdown", full);
+    start();
+    go();
+    perform(command::Clear{ClearTarget::slides});
+    EXPECT_FALSE(runOf("Songs")) << "the deck's backdrop must not keep it live";
+    EXPECT_FALSE(engine->stack().layerID(LayerKind::background));
+    goLater();
+    perform(command::Clear{ClearTarget::graphics});
+    scheduler.advance(1);
+    EXPECT_FALSE(runOf("Countdown"));
+    EXPECT_FALSE(engine->state().timer);
+    EXPECT_TRUE(engine->stack().scene().layers.empty()) << "no card comes back with the next tick";
+}
+
+TEST_F(Decks, ALiveEditPutsTheBackgroundUpAgainOnlyWhenItChanged) {
+    add("Songs", SlidesCue{addDeck("Songs", 2, backdrop::Color{0xFF8000})});
+    graphic("Other", std::nullopt);
+    start();
+    go();
+    const SceneID backdrop = *engine->stack().layerID(LayerKind::background);
+    const auto editDeck = [&](auto change) {
+        Show next = engine->show();
+        change(next);
+        engine->apply(std::move(next), {});
+    };
+    editDeck([](Show& next) { next.sections.edit(0).cues.edit(1).name = "Renamed"; });
+    perform(command::PreviousSlide{});
+    EXPECT_EQ(engine->stack().layerID(LayerKind::background), backdrop);
+    editDeck([](Show& next) { next.library.edit(0).deck->background = backdrop::Color{0x00FF00}; });
+    const SceneLayer* green = layerOn(LayerKind::background);
+    ASSERT_TRUE(green);
+    EXPECT_NE(green->id, backdrop);
+    EXPECT_EQ(std::get<SceneColorContent>(green->content).color, (SceneColor{0, 1, 0, 1}));
+    editDeck([](Show& next) { next.library.edit(0).deck->background = backdrop::None{}; });
+    EXPECT_FALSE(engine->stack().layerID(LayerKind::background));
+}
+
 TEST_F(Decks, AThumbnailOfADeckNotLiveFiresItThere) {
     graphic("Intro", 1);
     graphic("Held", std::nullopt, Follow::afterPrevious);

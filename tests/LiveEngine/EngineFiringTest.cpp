@@ -2,6 +2,8 @@
 
 #include "EngineFixture.h"
 
+#include <functional>
+
 namespace velarion::testing {
 namespace {
 
@@ -53,18 +55,22 @@ TEST_F(Firing, BatchSkipsDisabledCuesAndHangsTheFollowerOnItsLast) {
     // The lead ending starts nothing; only the batch's last cue has the follower.
     scheduler.advance(2.1);
     EXPECT_FALSE(runOf("After"));
-    perform(command::Stop{runOf("Also")->id});
-    EXPECT_FALSE(runOf("After")) << "a stopped cue never starts what follows";
 }
 
 TEST_F(Firing, AnEndingCueStartsItsFollowerAndAStoppedOneDoesNot) {
     graphic("Title", 3);
     graphic("Credits", std::nullopt, Follow::afterPrevious);
+    graphic("Sting", 3);
+    graphic("Bumper", std::nullopt, Follow::afterPrevious);
     start();
     go();
     scheduler.advance(3.05);
     EXPECT_EQ(runningNames(), std::vector<std::string>{"Credits"});
     EXPECT_TRUE(engine->state().wasFired(cueNamed("Credits").id));
+    goLater();
+    perform(command::Stop{runOf("Sting")->id});
+    scheduler.advance(5);
+    EXPECT_FALSE(engine->state().wasFired(cueNamed("Bumper").id));
 }
 
 TEST_F(Firing, HeldFollowersWaitForGoInOrder) {
@@ -129,20 +135,63 @@ TEST_F(Firing, PreWaitShowsWaitingAndASecondGoMovesOn) {
     EXPECT_EQ(engine->state().running[0].detail, "");
 }
 
-TEST_F(Firing, AFailedCueLogsWhyAndStopsTheChain) {
-    image("Logo");
-    graphic("After", std::nullopt, Follow::afterPrevious);
-    const Cue& logo = cueNamed("Logo");
-    images.failingPaths.insert("/shows/Test.velarion/Media/Logo.png");
-    add("Gone", ImageCue{Uuid::random()});
+TEST_F(Firing, PausingHoldsAPreWaitUntilResumed) {
+    graphic("Late", std::nullopt).preWait = 2;
     start();
     go();
-    EXPECT_TRUE(logged("Logo didn't play — the image is missing"));
-    EXPECT_TRUE(engine->runs().empty());
-    EXPECT_TRUE(engine->state().wasFired(logo.id)) << "it still counts as fired";
-    EXPECT_EQ(engine->state().nextCueID, cueNamed("Gone").id);
-    goLater();
-    EXPECT_TRUE(logged("Gone didn't play — the image is missing"));
+    scheduler.advance(1);
+    perform(command::PauseAll{});
+    scheduler.advance(5);
+    EXPECT_FALSE(engine->state().running.at(0).isOnScreen);
+    EXPECT_EQ(engine->state().running.at(0).detail, "Starts in 1");
+    perform(command::ResumeAll{});
+    scheduler.advance(0.9);
+    EXPECT_FALSE(engine->state().running.at(0).isOnScreen);
+    scheduler.advance(0.2);
+    EXPECT_TRUE(engine->state().running.at(0).isOnScreen);
+}
+
+TEST_F(Firing, EachCueThatCantPlaySaysWhyAndStopsItsChain) {
+    const auto media = [&](const std::string& file, MediaKind kind) {
+        const Uuid id = addItem(file, kind);
+        return id;
+    };
+    const std::vector<std::pair<std::function<CueKind()>, std::string>> cases = {
+        {[&] {
+             images.failingPaths.insert("/shows/Test.velarion/Media/Logo.png");
+             return ImageCue{media("Logo.png", MediaKind::image)};
+         },
+         "the image is missing"},
+        {[&] { return ImageCue{Uuid::random()}; }, "the image is missing"},
+        {[&] {
+             const Uuid camera = media("Camera", MediaKind::video);
+             show.library.edit(show.library.size() - 1).ndiSource = NDISourceReference{"STUDIO (Camera 1)", {}};
+             return VideoCue{camera};
+         },
+         "NDI input isn't available in this version"},
+        {[&] { return PlaylistCue{}; }, "it has no songs"},
+        {[&] { return PlaylistCue{{Uuid::random(), Uuid::random()}}; }, "none of its songs can play"},
+        {[&] {
+             players.missingPaths.insert("/shows/Test.velarion/Media/Lost.mp3");
+             return PlaylistCue{{Uuid::random(), media("Lost.mp3", MediaKind::audio)}};
+         },
+         "the sound file is missing"},
+    };
+    for (const auto& [build, reason] : cases) {
+        SCOPED_TRACE(reason);
+        show.library = {};
+        show.sections.edit(0).cues = {};
+        add("Failing", build());
+        graphic("After", std::nullopt, Follow::afterPrevious);
+        start();
+        go();
+        scheduler.advance(1);
+        EXPECT_TRUE(logged("Failing didn't play — " + reason));
+        EXPECT_TRUE(engine->runs().empty()) << "nothing runs, and the follower doesn't start";
+        EXPECT_TRUE(engine->state().wasFired(cueNamed("Failing").id)) << "it still counts as fired";
+        engine->shutdown();
+        engine.reset();
+    }
 }
 
 TEST_F(Firing, HistoryKeepsFourHundredAndPublishesTwoHundred) {

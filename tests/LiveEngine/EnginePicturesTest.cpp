@@ -28,7 +28,7 @@ TEST_F(Pictures, APictureForOneScreenLeavesTheOldOneOnTheOthers) {
     EXPECT_EQ(engine->audienceLayerRoutes().at(leftLayer), (DestinationKeys{"A", "_program"}));
     EXPECT_EQ(outputs.lastApply().routes, engine->audienceLayerRoutes());
     EXPECT_EQ(engine->state().programRunID, runOf("Left")->id);
-    (void)wideRun;
+    EXPECT_EQ(engine->stack().layerRuns().at(wideLayer), wideRun) << "the same picture, not shown again";
 }
 
 TEST_F(Pictures, APictureCoveringEveryScreenClearsTheOldOneWithItsFade) {

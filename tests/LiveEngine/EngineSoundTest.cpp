@@ -151,5 +151,57 @@ TEST_F(Sound, PlaylistsCrossfadeWithinAThirdAndNeverRepeatASongBackToBack) {
     EXPECT_TRUE(logged("Skipped to the next song"));
 }
 
+TEST_F(Sound, PlaylistsSkipRemovedSongsOpenLaterOnesAheadAndEndAtOneThatCantOpen) {
+    std::vector<Uuid> songs;
+    for (const char* name : {"A", "B", "C"}) {
+        songs.push_back(addItem(std::string(name) + ".mp3", MediaKind::audio, 4));
+        players.soundDurations[path(std::string(name) + ".mp3")] = 4;
+    }
+    players.missingPaths.insert(path("C.mp3"));
+    players.offLoopOpenSeconds = 1; // a slow disk
+    songs.insert(songs.begin(), Uuid::random()); // gone from the library
+    add("Walk-in", PlaylistCue{songs, false, false, 0, 0, 1, AudioBus::house});
+    start();
+    go();
+    EXPECT_TRUE(logged("Walk-in: a song was removed from the library — skipped"));
+    EXPECT_EQ(engine->state().music->title, "A.mp3");
+    scheduler.advance(4.5);
+    EXPECT_EQ(players.offLoopSoundRequests, std::vector<std::filesystem::path>{path("B.mp3")});
+    ASSERT_TRUE(runOf("Walk-in")) << "waiting for B, not ended";
+    EXPECT_FALSE(runOf("Walk-in")->audio);
+    scheduler.advance(0.6);
+    EXPECT_EQ(engine->state().music->title, "B.mp3");
+    EXPECT_EQ(players.soundRequests, std::vector<std::filesystem::path>{path("A.mp3")})
+        << "only GO opens on the main loop";
+    scheduler.advance(5);
+    EXPECT_TRUE(logged("Walk-in didn't play — the sound file is missing"));
+    EXPECT_FALSE(runOf("Walk-in"));
+}
+
+TEST_F(Sound, APauseOrPanicJustBeforeAVideoLoopSeamStartsNoNewPass) {
+    video("Loop");
+    auto& loop = std::get<VideoCue>(show.sections.edit(0).cues.edit(0).kind);
+    loop.loops = true;
+    loop.crossfadesLoop = true;
+    players.defaultVideoBehaviour.durationSeconds = 8;
+    players.defaultVideoBehaviour.prepareSeconds = 0.5;
+    for (const bool panics : {false, true}) {
+        SCOPED_TRACE(panics ? "Panic" : "pause");
+        start();
+        go();
+        // Playing from 0.5 s, it prepares its next pass from 6 s for the seam at 6.5 s.
+        scheduler.advance(6.2);
+        perform(panics ? EngineCommand{command::Panic{}} : EngineCommand{command::PauseAll{}});
+        scheduler.advance(1);
+        ASSERT_TRUE(runOf("Loop"));
+        for (const auto& surface : players.surfaces())
+            if (surface && surface != runOf("Loop")->video) {
+                EXPECT_EQ(surface->playCount, 0);
+            }
+        engine->shutdown();
+        engine.reset();
+    }
+}
+
 } // namespace
 } // namespace velarion::testing

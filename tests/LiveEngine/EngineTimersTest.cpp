@@ -103,6 +103,38 @@ TEST(TimerClock, CountingToATimeCrossesMidnightInTheOperatorsZone) {
     EXPECT_EQ(state.endsAt, elevenPM - 3600);
 }
 
+// Central Europe: one hour ahead of UTC, two from 01:00 UTC on 29 March 2026.
+class SummerTimeCalendar final : public Calendar {
+public:
+    static constexpr double change = 1'774'746'000;
+    std::int64_t utcOffsetSeconds(double unixSeconds) const override {
+        return unixSeconds < change ? 3600 : 7200;
+    }
+};
+
+TEST(TimerClock, CountingToATimeOnTheDayTheClocksGoForwardFollowsTheWallClock) {
+    const SummerTimeCalendar berlin;
+    const double halfPastOne = SummerTimeCalendar::change - 1800; // 01:30 local, before the change
+    Cue cue;
+    const TimerCue toFour{CountToMode{4 * 60}, std::nullopt, 60, true, false, std::nullopt};
+    TimerRun run(Uuid::random(), cue, toFour, 0, halfPastOne, berlin);
+    // 04:00 on the clocks is 02:00 UTC: an hour and a half away, not two and a half.
+    EXPECT_NEAR(run.value(0, halfPastOne), 5400, 1e-6);
+}
+
+TEST_F(Timers, ANewTimerTakesTheOldOnesRunAndCardAway) {
+    add("Walk-in", TimerCue{CountdownMode{600}, std::nullopt, 0, true, true, std::nullopt});
+    add("Talk", TimerCue{CountdownMode{60}, std::nullopt, 0, true, true, std::nullopt});
+    start();
+    go();
+    goLater();
+    scheduler.advance(1);
+    EXPECT_EQ(runningNames(), std::vector<std::string>{"Talk"});
+    EXPECT_EQ(engine->state().timer->name, "Talk");
+    EXPECT_EQ(engine->stack().scene().layers.size(), 1u) << "one card, the new timer's";
+    EXPECT_EQ(engine->stack().runID(LayerKind::graphics), runOf("Talk")->id);
+}
+
 TEST_F(Timers, MessagesReachTheirTargetAndExpire) {
     add("Welcome", MessageCue{"Welcome!", MessageTarget::audience, 5});
     graphic("Next", std::nullopt, Follow::afterPrevious);
@@ -124,18 +156,22 @@ TEST_F(Timers, MessagesReachTheirTargetAndExpire) {
     EXPECT_FALSE(engine->state().stageMessage);
 }
 
-TEST_F(Timers, AMessageWithoutADurationOrWithZeroStaysUp) {
+TEST_F(Timers, AMessageWithoutADurationStaysAndAZeroDurationEndsAtTheNextTurn) {
     add("Forever", MessageCue{"Doors open", MessageTarget::audience, std::nullopt});
     add("Zero", MessageCue{"Coffee", MessageTarget::stage, 0});
+    graphic("Flash", 0.0);
     start();
     go();
     goLater();
+    EXPECT_EQ(engine->state().stageMessage, "Coffee");
+    scheduler.runDue();
+    EXPECT_FALSE(engine->state().stageMessage);
+    goLater();
+    EXPECT_TRUE(runOf("Flash"));
+    scheduler.runDue();
+    EXPECT_FALSE(runOf("Flash")) << "a lower third of 0 seconds goes at once";
     scheduler.advance(600);
     EXPECT_EQ(engine->state().audienceMessage, "Doors open");
-    EXPECT_EQ(engine->state().stageMessage, "Coffee");
-    perform(command::ClearMessage{MessageTarget::audience});
-    EXPECT_FALSE(engine->state().audienceMessage);
-    EXPECT_EQ(engine->state().stageMessage, "Coffee");
 }
 
 } // namespace

@@ -90,5 +90,27 @@ TEST_F(Updates, ATouchedLowerThirdIsRedrawnInPlaceAndNewScreensAreTaken) {
     EXPECT_FALSE(runOf("Wide")) << "Left took B, Wide's only screen";
 }
 
+TEST_F(Updates, OutputsAreConfiguredWhenTheirSetupChangesAndTheStageHearsEachPublish) {
+    add("Talk", TimerCue{CountdownMode{60}, std::nullopt, 0, true, false, std::nullopt});
+    graphic("Next", std::nullopt);
+    start();
+    ASSERT_EQ(outputs.setups.size(), 1u);
+    EXPECT_EQ(outputs.setups.back(), show.outputs);
+    edit([](Show& show) { cueIn(show, "Next").name = "Q&A"; });
+    EXPECT_EQ(outputs.setups.size(), 1u) << "a cue edit leaves the screens alone";
+    edit([](Show& show) { show.outputs.screens[1].lyricLines = 3; });
+    ASSERT_EQ(outputs.setups.size(), 2u);
+    EXPECT_EQ(outputs.setups.back().screens[1].lyricLines, 3);
+
+    go();
+    perform(command::SendMessage{"Wrap up", MessageTarget::stage});
+    const StageUpdateCall& stage = outputs.stageUpdates.back();
+    EXPECT_EQ(stage.confidence.stageMessage, "Wrap up");
+    ASSERT_TRUE(stage.timer);
+    EXPECT_EQ(stage.timer->name, "Talk");
+    EXPECT_EQ(stage.nextCueName, "Q&A");
+    EXPECT_EQ(stage.wallSeconds, scheduler.wallNow());
+}
+
 } // namespace
 } // namespace velarion::testing

@@ -30,39 +30,6 @@ TEST(VirtualScheduler, RunsDueTasksInTimeOrderAtTheirOwnMoment) {
     EXPECT_EQ(log.back(), "late@5.000000");
 }
 
-TEST(VirtualScheduler, TasksScheduledByTasksRunWithinTheSameAdvance) {
-    VirtualScheduler scheduler;
-    int ticks = 0;
-    std::function<void()> tick = [&] {
-        ++ticks;
-        scheduler.after(0.1, tick);
-    };
-    scheduler.after(0.1, tick);
-    scheduler.advance(1.0001);
-    EXPECT_EQ(ticks, 10);
-    std::vector<double> moments;
-    scheduler.post([&] {
-        moments.push_back(scheduler.now());
-        scheduler.post([&] { moments.push_back(scheduler.now()); });
-    });
-    scheduler.runDue();
-    EXPECT_EQ(moments.size(), 2u);
-}
-
-TEST(VirtualScheduler, CancelledTasksNeverRunAndWallTimeFollows) {
-    VirtualScheduler scheduler(1'000'000, 3600);
-    bool ran = false;
-    TaskHandle handle = scheduler.after(1, [&] { ran = true; });
-    handle.cancel();
-    handle.cancel();
-    scheduler.advance(2);
-    EXPECT_FALSE(ran);
-    EXPECT_TRUE(handle.isCancelled());
-    EXPECT_EQ(scheduler.wallNow(), 1'000'002);
-    EXPECT_EQ(scheduler.calendar().utcOffsetSeconds(scheduler.wallNow()), 3600);
-    EXPECT_FALSE(TaskHandle().refersToTask());
-}
-
 TEST(VirtualScheduler, PostFromAnotherThreadRunsOnTheNextAdvance) {
     VirtualScheduler scheduler;
     int count = 0;

@@ -232,6 +232,17 @@ void FakeVideoSurface::reachEnd() {
 FakeMediaPlayers::FakeMediaPlayers(Scheduler& scheduler) : scheduler_(scheduler) {}
 
 std::shared_ptr<SoundFilePlayer> FakeMediaPlayers::openSound(const std::filesystem::path& path) {
+    soundRequests.push_back(path);
+    return makeSound(path);
+}
+
+void FakeMediaPlayers::openSoundOffMainLoop(const std::filesystem::path& path, OpenedSound done) {
+    offLoopSoundRequests.push_back(path);
+    if (!offLoopOpenSeconds) return done(makeSound(path));
+    scheduler_.after(*offLoopOpenSeconds, [this, path, done = std::move(done)] { done(makeSound(path)); });
+}
+
+std::shared_ptr<SoundFilePlayer> FakeMediaPlayers::makeSound(const std::filesystem::path& path) {
     if (missingPaths.contains(path)) return nullptr;
     std::optional<double> seconds = defaultSoundSeconds;
     if (auto known = soundDurations.find(path); known != soundDurations.end())

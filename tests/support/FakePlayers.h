@@ -152,6 +152,7 @@ public:
     // Delivers the end of the file at once, wherever playback is.
     void endNow();
 
+    int playCount = 0;
 
 private:
     // Runs `task` later unless the surface is gone by then.
@@ -191,6 +192,9 @@ public:
         return !missingPaths.contains(path);
     }
     std::shared_ptr<SoundFilePlayer> openSound(const std::filesystem::path& path) override;
+    // Answers inside the call, or `offLoopOpenSeconds` later when set, as a
+    // slow disk would.
+    void openSoundOffMainLoop(const std::filesystem::path& path, OpenedSound done) override;
     // Opens a WAV image for its length; anything else opens as null. Its
     // player is found under the empty path.
     std::shared_ptr<SoundFilePlayer> openSoundData(std::vector<std::uint8_t> bytes) override;
@@ -211,6 +215,10 @@ public:
 
     // Every image given to `openSoundData`.
     std::vector<std::vector<std::uint8_t>> soundData;
+    // Paths asked of `openSound` and of `openSoundOffMainLoop`.
+    std::vector<std::filesystem::path> soundRequests;
+    std::vector<std::filesystem::path> offLoopSoundRequests;
+    std::optional<double> offLoopOpenSeconds;
 
     // Everything made, in creation order; null where its owners let go.
     std::vector<std::shared_ptr<FakeSoundFilePlayer>> sounds() const;
@@ -221,6 +229,8 @@ public:
     std::shared_ptr<FakeVideoSurface> surface(const SceneID& id) const;
 
 private:
+    std::shared_ptr<SoundFilePlayer> makeSound(const std::filesystem::path& path);
+
     Scheduler& scheduler_;
     std::shared_ptr<DeviceUIDs> missingDevices_ = std::make_shared<DeviceUIDs>();
     std::vector<std::pair<std::filesystem::path, std::weak_ptr<FakeSoundFilePlayer>>> sounds_;

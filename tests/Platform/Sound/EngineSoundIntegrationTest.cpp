@@ -101,8 +101,9 @@ TEST_F(EngineSound, PlaylistSongsOverlapForTheCrossfade) {
     }
     ASSERT_TRUE(secondHeard);
     // Each is above a twentieth of its level for 95 % of a 1 s crossfade;
-    // the engine starts it at its tick, up to 0.1 s short.
-    EXPECT_NEAR(overlapSeconds, 0.9, 0.15);
+    // the engine starts it at its tick, up to 0.1 s short, and a song opened
+    // ahead off the main loop is heard about 0.2 s after its play.
+    EXPECT_NEAR(overlapSeconds, 0.8, 0.2);
 }
 
 TEST_F(EngineSound, AHouseDevicePulledOutMidSongIsHeardOnTheSystemOutputAndLogged) {
