@@ -13,6 +13,10 @@
 
 namespace velarion::testing {
 
+// The next line from a pipe or socket, without its line feed, keeping what
+// follows it in `buffer`; absent after `timeoutSeconds` or at the end.
+std::optional<std::string> readLineFrom(int fd, std::string& buffer, double timeoutSeconds);
+
 class ChildProcess {
 public:
     // Variables to set (or, with no value, to unset) over the test's own.
