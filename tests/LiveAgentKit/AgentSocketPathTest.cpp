@@ -27,9 +27,9 @@ std::string addressError(const std::string& path) {
     return "made";
 }
 
-const std::string tooLong = "The control socket's path is too long.";
-const std::string invalid =
-    "The control socket path must be an absolute path without null characters.";
+// The sentences are checked where they are made; here, which one.
+const std::string tooLong = AgentSocketError(agentSocketError::PathTooLong{}).errorDescription();
+const std::string invalid = AgentSocketError(agentSocketError::InvalidPath{}).errorDescription();
 
 TEST(AgentSocketAddress, HoldsPathsUpToTheLimitAndRefusesRelativeEmptyAndZeroBytePaths) {
     for (std::size_t bytes : {std::size_t(103), std::size_t(107)}) {
