@@ -128,17 +128,6 @@ std::optional<std::string> ChildProcess::readLine(double timeoutSeconds) {
     return line;
 }
 
-std::optional<std::string> ChildProcess::waitForLine(const std::string& prefix, double timeoutSeconds) {
-    using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + std::chrono::duration<double>(timeoutSeconds);
-    for (;;) {
-        const double left = std::chrono::duration<double>(deadline - Clock::now()).count();
-        if (left <= 0) return std::nullopt;
-        std::optional<std::string> line = readLine(left);
-        if (!line || line->starts_with(prefix)) return line;
-    }
-}
-
 std::string ChildProcess::transcript() const {
     std::string all;
     for (const std::string& line : lines_) all += line + "\n";

@@ -38,8 +38,6 @@ public:
     // The next line without its line feed; absent after `timeoutSeconds` or
     // at the end of the output.
     std::optional<std::string> readLine(double timeoutSeconds = 20);
-    // Reads until a line starting with `prefix` comes: that line, or absent.
-    std::optional<std::string> waitForLine(const std::string& prefix, double timeoutSeconds = 15);
     // Every line read so far.
     const std::vector<std::string>& lines() const { return lines_; }
     std::string transcript() const;
