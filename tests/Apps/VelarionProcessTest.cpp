@@ -134,21 +134,6 @@ TEST_F(VelarionProcess, AKillLosesAtMostTheUnsavedBurstAndTheNextStartReopensThe
     EXPECT_EQ(again.wait(), 0);
 }
 
-TEST_F(VelarionProcess, ARecoveryKeyToADeletedShowIsClearedAndNothingOpens) {
-    {
-        Velarion app(home.path(), {"--headless", package.url().string()});
-        ASSERT_TRUE(app.waitForLine("Open: "));
-        app.signal(SIGKILL);
-        app.wait();
-    }
-    std::filesystem::remove_all(package.url());
-    Velarion again(home.path(), {"--headless"});
-    ASSERT_TRUE(again.waitForLine("No show is open.")) << again.transcript();
-    again.signal(SIGTERM);
-    EXPECT_EQ(again.wait(), 0);
-    EXPECT_EQ(preferences().find("live.session.openShow"), std::string::npos);
-}
-
 // restart_app through the real process: the answer comes first, the process
 // quits in order, and a new one opens the same show with agent control up.
 TEST_F(VelarionProcess, RestartAppComesBackWithTheSameShow) {

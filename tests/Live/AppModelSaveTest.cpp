@@ -45,22 +45,6 @@ TEST_F(AppModelSaveTest, EditsMoveTheAutosaveAlongAndOneWriteFollowsTheLast) {
     EXPECT_GT(*app.lastSavedWallSeconds(), openedAt);
 }
 
-TEST_F(AppModelSaveTest, AScratchShowHasNoSaveTimeUntilItsFirstAutosave) {
-    AppModel& app = start();
-    app.newShow(ShowTemplate::blank, "Rehearsal");
-    ASSERT_TRUE(app.package()->isScratch());
-    EXPECT_FALSE(app.lastSavedWallSeconds());
-    EXPECT_TRUE(fs::exists(app.package()->url() / "show.json"));
-
-    app.edit(titled("Rehearsal two"));
-    scheduler.advance(AppModel::autosaveDelaySeconds);
-    EXPECT_FALSE(app.lastSavedWallSeconds()) << "the write hasn't happened yet";
-    writer.finishWrites();
-    scheduler.runDue();
-    EXPECT_EQ(app.lastSavedWallSeconds(), scheduler.wallNow());
-    EXPECT_EQ(ShowPackage(app.package()->url()).open().title, "Rehearsal two");
-}
-
 TEST_F(AppModelSaveTest, AnEditDuringTheWriteKeepsTheShowDirtyAndAFailureSaysSo) {
     AppModel& app = start();
     app.newShow(ShowTemplate::blank, "Show");

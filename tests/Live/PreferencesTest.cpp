@@ -1,9 +1,7 @@
-// The preferences file: types, defaults, damage, atomic writes, and the
-// session key over it.
+// The preferences file: types, defaults, damage and atomic writes.
 
 #include "AppModelFixture.h"
 
-#include "Live/ShowSession.h"
 
 #include <fstream>
 #include <sstream>
@@ -34,27 +32,15 @@ TEST_F(PreferencesTest, AValueOfTheWrongTypeReadsAsAbsent) {
     Preferences preferences(preferencesFile());
     EXPECT_FALSE(preferences.wasDamaged());
     EXPECT_FALSE(preferences.stored(preferenceKeys::agentRun));
-    EXPECT_FALSE(preferences.value(preferenceKeys::agentRun));
-    EXPECT_TRUE(preferences.value(preferenceKeys::agentEdit));
     EXPECT_EQ(preferences.value(preferenceKeys::libraryWidth), 250) << "a whole number is a number";
     EXPECT_EQ(preferences.value(preferenceKeys::railWidth), 440);
     EXPECT_TRUE(preferences.value(preferenceKeys::recents).empty());
-    EXPECT_EQ(preferences.value(preferenceKeys::midi), nlohmann::json::object());
     EXPECT_FALSE(preferences.stored(preferenceKeys::openShow));
-    EXPECT_TRUE(preferences.value(preferenceKeys::showLibrary));
 
     ASSERT_TRUE(preferences.set(preferenceKeys::railWidth, 500));
     const auto onDisk = nlohmann::json::parse(fileText());
     EXPECT_EQ(onDisk["live.railWidth"], 500);
     EXPECT_EQ(onDisk["someone.else"]["kept"], true) << "keys we don't know stay";
-}
-
-TEST_F(PreferencesTest, AGrantWrittenBeforeTheStartIsWhatTheModelReads) {
-    writeFile(R"({"live.agent.run": true, "live.agent.edit": true})");
-    AppModel& app = start();
-    EXPECT_EQ(app.allowedTiers(), (std::set<AgentTier>{AgentTier::observe, AgentTier::run, AgentTier::edit}));
-    app.setAgentMayEdit(false);
-    EXPECT_FALSE(Preferences(preferencesFile()).value(preferenceKeys::agentEdit));
 }
 
 TEST_F(PreferencesTest, ADamagedFileReadsAsDefaultsAndStaysUntilAKeyIsSet) {
@@ -95,23 +81,6 @@ TEST_F(PreferencesTest, WritesReplaceTheWholeFileAtomicallyAndAFailedOneKeepsThe
     EXPECT_FALSE(blocked.lastWriteError().empty());
     EXPECT_TRUE(blocked.value(preferenceKeys::agentRun)) << "this run goes on with the value";
     EXPECT_TRUE(fs::is_directory(temp / "blocked" / "preferences.json" / "inside"));
-}
-
-TEST_F(PreferencesTest, TheSessionGivesItsShowToRecoverOnceAndOnlyWhileItExists) {
-    Preferences preferences(preferencesFile());
-    ShowSession session(preferences);
-    EXPECT_FALSE(session.takeShowToRecover());
-
-    const fs::path package = temp / "Gala.velarion";
-    fs::create_directories(package);
-    session.opened(package);
-    EXPECT_EQ(Preferences(preferencesFile()).value(preferenceKeys::openShow), package.string());
-    EXPECT_EQ(session.takeShowToRecover(), package);
-    EXPECT_FALSE(session.takeShowToRecover());
-
-    session.opened(package);
-    session.closed();
-    EXPECT_FALSE(session.takeShowToRecover());
 }
 
 } // namespace

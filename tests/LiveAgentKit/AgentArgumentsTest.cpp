@@ -7,7 +7,6 @@
 #include "LiveAgentKit/AgentTools.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 #include <string>
 
 namespace velarion {
@@ -23,15 +22,6 @@ std::string verdict(const std::string& toolName, const std::string& argumentsTex
         return "bad test JSON " + argumentsText;
     try {
         agentArguments::validate(*arguments, *tool);
-        return "passes";
-    } catch (const InvalidArguments& invalid) {
-        return invalid.message;
-    }
-}
-
-std::string schemaVerdict(const JSONValue& value, const std::string& schemaText) {
-    try {
-        agentArguments::validate(value, *JSONValue::parse(schemaText), "arguments.x", "probe");
         return "passes";
     } catch (const InvalidArguments& invalid) {
         return invalid.message;
@@ -60,18 +50,12 @@ TEST(AgentArguments, TypesEnumsAndBoundsHaveTheirSentences) {
               "\"messages\", \"everything\".");
     EXPECT_EQ(verdict("clear", R"({"target":"music","fade":"slow"})"),
               "arguments.fade must be number for clear.");
-    EXPECT_EQ(verdict("talk_over", R"({"on":"true"})"),
-              "arguments.on must be boolean for talk_over.");
     EXPECT_EQ(verdict("list_ndi_sources", R"({"wait_seconds":9})"),
               "arguments.wait_seconds must be at most 5.0 for list_ndi_sources.");
-    EXPECT_EQ(verdict("list_ndi_sources", R"({"wait_seconds":0.1})"),
-              "arguments.wait_seconds must be at least 0.3 for list_ndi_sources.");
     EXPECT_EQ(verdict("list_ndi_sources", R"({"wait_seconds":0.3})"), "passes");
 
     EXPECT_EQ(verdict("slide", R"({"action":"goto","index":3.0})"), "passes");
     EXPECT_EQ(verdict("slide", R"({"action":"goto","index":2.5})"),
-              "arguments.index must be integer for slide.");
-    EXPECT_EQ(verdict("slide", R"({"action":"goto","index":1e19})"),
               "arguments.index must be integer for slide.");
 
     // Nullable settings name both types; null in an enum is listed as null.
@@ -82,8 +66,6 @@ TEST(AgentArguments, TypesEnumsAndBoundsHaveTheirSentences) {
               "passes");
     EXPECT_EQ(verdict("update_cue", R"({"cue":"1","operator_view":"deck"})"),
               "arguments.operator_view must be one of: \"cues\", \"slides\", null.");
-    EXPECT_EQ(verdict("update_cue", R"({"cue":"1","slide_dissolve":11})"),
-              "arguments.slide_dissolve must be at most 10.0 for update_cue.");
     EXPECT_EQ(verdict("update_cue", R"({"cue":"1","visual_output_ids":["a",2]})"),
               "arguments.visual_output_ids[1] must be string for update_cue.");
     EXPECT_EQ(verdict("update_cue", R"({"cue":"1","geometry":{"scale":0.5,"skew":1}})"),
@@ -105,19 +87,12 @@ TEST(AgentArguments, NestedObjectsReportTheirPath) {
               "arguments.feeds[0].lyric_lines must be at least 1.0 for set_network_feeds.");
     EXPECT_EQ(verdict("set_screens", R"({"screens":[{"display":"HDMI-1","lyric_lines":0}]})"),
               "passes");
-    EXPECT_EQ(verdict("set_network_feeds", R"({"feeds":[{"name":"A","width":8200}]})"),
-              "arguments.feeds[0].width must be at most 8192.0 for set_network_feeds.");
     EXPECT_EQ(
         verdict("set_network_feeds",
                 R"({"feeds":[{"name":"A","frame_rate":{"numerator":30000,"denominator":0}}]})"),
         "arguments.feeds[0].frame_rate.denominator must be at least 1.0 for set_network_feeds.");
     EXPECT_EQ(verdict("set_network_feeds", R"({"feeds":[{}]})"),
               "Give arguments.feeds[0].name for set_network_feeds.");
-    EXPECT_EQ(verdict("set_screens", R"({"logical_screens":[{"destination":{}}]})"),
-              "Give arguments.logical_screens[0].destination.type for set_screens.");
-    EXPECT_EQ(verdict("set_network_feeds", R"({"feeds":[{"name":"A","layers":["media","logo"]}]})"),
-              "arguments.feeds[0].layers[1] must be one of: \"background\", \"media\", "
-              "\"slides\", \"graphics\", \"holding\", \"messages\".");
 }
 
 TEST(AgentArguments, AnyOfTakesTheFirstFitOrSaysNoneFits) {
@@ -133,31 +108,8 @@ TEST(AgentArguments, AnyOfTakesTheFirstFitOrSaysNoneFits) {
                   "arguments.feeds[0].source has an unsupported value for set_network_feeds.")
             << source;
     }
-    EXPECT_EQ(
-        verdict("set_screens", R"({"looks":[{"name":"Lyrics","shows":["slides","messages"]}]})"),
-        "passes");
     EXPECT_EQ(verdict("set_screens", R"({"looks":[{"name":"Lyrics","shows":"most"}]})"),
               "arguments.looks[0].shows has an unsupported value for set_screens.");
-}
-
-TEST(AgentArguments, SchemaFormsTheCatalogueLeavesOut) {
-    EXPECT_EQ(schemaVerdict(JSONValue(1), R"({"anyOf":[]})"),
-              "arguments.x has an unsupported value for probe.");
-    // Bounds given as text; without a type a number is still bounded.
-    EXPECT_EQ(schemaVerdict(JSONValue(1), R"({"minimum":"2.5"})"),
-              "arguments.x must be at least 2.5 for probe.");
-    // Type list members that aren't names are skipped; a number is its text.
-    EXPECT_EQ(schemaVerdict(JSONValue("a"), R"({"type":[true,"integer",7]})"),
-              "arguments.x must be integer or 7 for probe.");
-    EXPECT_EQ(
-        schemaVerdict(JSONValue(std::numeric_limits<double>::infinity()), R"({"type":"number"})"),
-        "arguments.x must be number for probe.");
-    EXPECT_EQ(schemaVerdict(JSONValue::Object{}, R"({"required":[1]})"),
-              "Give arguments.x.1 for probe.");
-    // Without additionalProperties false, unknown keys are let through.
-    EXPECT_EQ(schemaVerdict(JSONValue::Object{{"y", 1}}, R"({"type":"object"})"), "passes");
-    EXPECT_EQ(schemaVerdict(JSONValue::Array{1, "b"}, R"({"items":{"type":"integer"}})"),
-              "arguments.x[1] must be integer for probe.");
 }
 
 } // namespace

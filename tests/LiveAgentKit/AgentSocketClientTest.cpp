@@ -23,21 +23,15 @@ namespace {
 using namespace socketTest;
 using Object = JSONValue::Object;
 
-const std::string noAnswer = "Velarion closed the connection before answering. The action may "
-                             "have happened; read get_show before retrying it.";
-const std::string notRunning = "Velarion isn't running or its local connection is unavailable. "
-                               "Open Velarion; check Settings → Agent control for connection "
-                               "errors.";
-
-template <class Case> std::string callFails(AgentSocketClient& client) {
+// The socket's sentences are checked where they are made; here, the kind.
+template <class Case> void expectCallFails(AgentSocketClient& client) {
     try {
         client.call("echo", Object{}, 1);
+        ADD_FAILURE() << "answered";
     } catch (const AgentSocketError& error) {
         EXPECT_TRUE(error.is<Case>()) << error.errorDescription();
         EXPECT_FALSE(client.isConnected());
-        return error.errorDescription();
     }
-    return "answered";
 }
 
 // A listener that answers one request with the lines it is given, each
@@ -101,9 +95,7 @@ TEST(AgentSocketClient, TimesOutAndLeavesTheLateAnswerBehind) {
     server.start();
     AgentSocketClient client(server.path());
 
-    EXPECT_EQ(callFails<agentSocketError::TimedOut>(client),
-              "Velarion did not answer in time. The action may have happened; read get_show "
-              "before retrying it.");
+    expectCallFails<agentSocketError::TimedOut>(client);
     held.answer(0); // id 1, too late
     auto second = std::async(std::launch::async, [&] { return client.call("echo", "two", 5); });
     ASSERT_TRUE(held.waitFor(2));
@@ -127,8 +119,7 @@ TEST(AgentSocketClient, RetriesOnceWhenTheApplicationRestartedBetweenCalls) {
 
     // Gone for good: the retry can't connect.
     restarted.stop();
-    EXPECT_EQ(callFails<agentSocketError::NotRunning>(client), notRunning);
-    EXPECT_EQ(callFails<agentSocketError::NotRunning>(client), notRunning);
+    expectCallFails<agentSocketError::NotRunning>(client);
 }
 
 TEST(AgentSocketClient, LosesTheResponseWhenTheServerStopsDuringTheCall) {
@@ -140,10 +131,10 @@ TEST(AgentSocketClient, LosesTheResponseWhenTheServerStopsDuringTheCall) {
     AgentSocketClient client(server.path());
 
     auto call = std::async(std::launch::async,
-                           [&] { return callFails<agentSocketError::ResponseLost>(client); });
+                           [&] { expectCallFails<agentSocketError::ResponseLost>(client); });
     ASSERT_TRUE(held.waitFor(1));
     server.stop();
-    EXPECT_EQ(call.get(), noAnswer);
+    call.get();
     EXPECT_EQ(held.count(), 1u); // not sent again
 }
 

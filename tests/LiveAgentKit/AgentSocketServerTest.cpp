@@ -50,15 +50,6 @@ std::string startError(const std::string& path, AgentMainLoop& loop) {
     return "started";
 }
 
-std::string callError(const std::string& path) {
-    try {
-        AgentSocketClient(path).call("echo", Object{}, 5);
-    } catch (const AgentSocketError& error) {
-        return error.errorDescription();
-    }
-    return "answered";
-}
-
 TEST(AgentSocketServer, ListensOnTheLongestPathInPrivateFoldersAndRemovesItAtStop) {
     ThreadMainLoop loop;
     TempFolder temp;
@@ -88,22 +79,10 @@ TEST(AgentSocketServer, ReplacesAStaleFileAndRefusesPathsItCannotUse) {
     std::ofstream(stale) << "left by a crashed run";
     EXPECT_EQ(startError(stale, loop), "started");
 
-    const std::string tooLong = "The control socket's path is too long.";
-    const std::string invalid =
-        "The control socket path must be an absolute path without null characters.";
+    // The address is checked, in the address's words, before any folder is made.
     const std::string longPath = temp / ("never/" + std::string(108, 's'));
-    const std::string longest = longPath.substr(0, 108);
-    for (const std::string& path : {longest, longPath}) {
-        EXPECT_EQ(startError(path, loop), tooLong);
-        EXPECT_EQ(callError(path), tooLong);
-    }
-    // The address is checked before any folder is made.
+    EXPECT_EQ(startError(longPath, loop), AgentSocketError(agentSocketError::PathTooLong{}).errorDescription());
     EXPECT_EQ(modeOf(temp / "never"), 0u);
-    for (const std::string& path :
-         {std::string("Velarion/agent.sock"), std::string(), stale + std::string("\0x", 2)}) {
-        EXPECT_EQ(startError(path, loop), invalid);
-        EXPECT_EQ(callError(path), invalid);
-    }
 
     // A file where the folder should be is the file system's error.
     const std::string plain = temp / "plain";

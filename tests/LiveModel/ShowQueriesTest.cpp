@@ -43,15 +43,6 @@ TEST(ShowQueries, FirstPlayableCueNeverFollows) {
     EXPECT_EQ(show.effectiveFollow(third), Follow::afterPrevious);
 }
 
-TEST(ShowQueries, SlideDissolveIsLimited) {
-    Show show;
-    EXPECT_DOUBLE_EQ(show.effectiveSlideDissolve(), 0.15);
-    show.slideDissolve = -3;
-    EXPECT_EQ(show.effectiveSlideDissolve(), 0);
-    show.slideDissolve = 25;
-    EXPECT_EQ(show.effectiveSlideDissolve(), 10);
-}
-
 TEST(ShowQueries, VisualOutputsFallBackToTheShowDefault) {
     Cue cue = makeCue("Pic", ImageCue{});
     Show show = showWith({{cue}});
@@ -142,33 +133,6 @@ TEST(ShowQueries, MachineNamedMediaTakesTheFirstUsingCueOrTheKindName) {
     EXPECT_FALSE(show.nameMachineNamedMedia());
 }
 
-TEST(ShowQueries, SharedCopiesCompareByContentAndUnshareOnEdit) {
-    Show a = showWith({{makeCue("A", ClearCue{})}}, {makeItem(MediaKind::image, "Logo")});
-    Show b = a;
-    EXPECT_TRUE(a.sections.shared(0).sharesStorageWith(b.sections.shared(0)));
-    EXPECT_EQ(a, b);
-    b.sections.edit(0).title = "Changed";
-    EXPECT_FALSE(a.sections.shared(0).sharesStorageWith(b.sections.shared(0)));
-    EXPECT_NE(a, b);
-    b.sections.edit(0).title = a.sections[0].title;
-    EXPECT_EQ(a, b); // equal content in separate storage
-}
-
-TEST(CueKindTraits, RanksAndReferences) {
-    EXPECT_TRUE(cueKind::isPicture(CueKind(ImageCue{})));
-    EXPECT_FALSE(cueKind::isPicture(CueKind(AudioCue{})));
-    EXPECT_TRUE(cueKind::isMusic(CueKind(MusicTrack{})));
-    EXPECT_FALSE(cueKind::isMusic(CueKind(TimerCue{})));
-    EXPECT_TRUE(cueKind::isPlaylist(CueKind(StreamPlaylistCue{})));
-    EXPECT_FALSE(cueKind::isPlaylist(CueKind(PlaylistCue{})));
-    EXPECT_EQ(cueKind::label(CueKind(SpotifyTrack{})), "Spotify song");
-    EXPECT_EQ(cueKind::label(CueKind(GraphicCue{})), "Lower third");
-    const Uuid a = Uuid::random(), b = Uuid::random();
-    EXPECT_EQ(cueKind::mediaIDs(CueKind(PlaylistCue{{a, b}})), (std::vector<Uuid>{a, b}));
-    EXPECT_FALSE(cueKind::mediaID(CueKind(PlaylistCue{{a}})));
-    EXPECT_EQ(cueKind::mediaID(CueKind(SlidesCue{a})), a);
-}
-
 TEST(CueGeometryAndLinks, GeometryLimitsAndFrame) {
     const CueGeometry g = CueGeometry::make(9, -3, 0.25, 720, 2);
     EXPECT_EQ(g, (CueGeometry{4, -1, 0.25, 720, 1}));
@@ -181,14 +145,6 @@ TEST(CueGeometryAndLinks, GeometryLimitsAndFrame) {
     const std::vector<const Cue*> cues{&a, &b};
     EXPECT_EQ(CueLink::make(cues, 0), (CueLink{false, true}));
     EXPECT_EQ(CueLink::make(cues, 1), (CueLink{true, false}));
-}
-
-TEST(MediaItemNames, MachineNamesReadAsTheKind) {
-    EXPECT_TRUE(MediaItem::isMachineName("e621e1f8-c36c-495a-93fc-0c247a3e6e5f"));
-    EXPECT_FALSE(MediaItem::isMachineName("Intro.mov"));
-    EXPECT_EQ(MediaItem::readableName("E621E1F8-C36C-495A-93FC-0C247A3E6E5F", MediaKind::audio),
-              "Sound");
-    EXPECT_EQ(MediaItem::readableName("Intro", MediaKind::audio), "Intro");
 }
 
 } // namespace

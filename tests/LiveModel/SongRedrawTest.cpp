@@ -189,15 +189,9 @@ TEST(SongRedraw, WhatCountsAsAHandEdit) {
     const std::vector<std::function<void(MadeSlide&)>> edits = {
         [](MadeSlide& s) { s.lyricSource.reset(); },
         [](MadeSlide& s) { s.color = gold; },
-        [](MadeSlide& s) { s.isClear = false; },
         [](MadeSlide& s) { s.notes = "Slow down"; },
-        [](MadeSlide& s) { s.sectionName = "Tag"; },
         [](MadeSlide& s) { s.boxes->front().x = 0.1; },
         [](MadeSlide& s) { s.boxes.reset(); },
-        [](MadeSlide& s) { s.imageID = Uuid::random(); },
-        [](MadeSlide& s) { s.title = "Title"; },
-        [](MadeSlide& s) { s.text = "Text"; },
-        [](MadeSlide& s) { s.importedPage = "page-1.png"; },
         [](MadeSlide& s) { s.sectionNames = std::vector<std::string>{"Chorus"}; },
     };
     for (std::size_t i = 0; i < edits.size(); ++i) {

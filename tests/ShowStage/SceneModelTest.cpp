@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <unordered_set>
+
 
 
 namespace velarion {
@@ -48,27 +48,6 @@ TEST(StillImageTest, RejectsBuffersThatDoNotMatchTheSize) {
     EXPECT_EQ(picture->width(), 3);
     EXPECT_EQ(picture->height(), 2);
     EXPECT_EQ(picture->bgra().size(), 24u);
-}
-
-TEST(SceneIDTest, FreshIdsAreDistinctVersionFourIds) {
-    std::unordered_set<SceneID> seen;
-    for (int i = 0; i < 1000; ++i) {
-        SceneID id = Uuid::random();
-        EXPECT_EQ(id.bytes[6] >> 4, 4);
-        EXPECT_EQ(id.bytes[8] >> 6, 2);
-        EXPECT_TRUE(seen.insert(id).second);
-    }
-}
-
-TEST(SceneValuesTest, ScalingNamesRoundTripInVariantOrder) {
-    const SceneScaling all[] = {SceneScaling::fit, SceneScaling::fill, SceneScaling::stretch};
-    const std::string_view names[] = {"fit", "fill", "stretch"};
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(toString(all[i]), names[i]);
-        EXPECT_EQ(parseSceneScaling(names[i]), all[i]);
-    }
-    EXPECT_FALSE(parseSceneScaling("Fit"));
-    EXPECT_FALSE(parseSceneScaling(""));
 }
 
 } // namespace

@@ -5,7 +5,6 @@ namespace velarion::testing {
 MediaItem FakeSlidePages::update(const MediaItem& item, const ShowPackage&,
                                  const SharedList<MediaItem>&) {
     if (failure) throw std::runtime_error(*failure);
-    updatedItems.push_back(item.id);
     MediaItem updated = item;
     if (!updated.deck || !updated.deck->made) return updated;
     DeckInfo& deck = *updated.deck;

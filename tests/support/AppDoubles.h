@@ -59,14 +59,13 @@ class RecordingDesktopServices final : public DesktopServices {
 public:
     std::unique_ptr<AwakeActivity> beginAwakeActivity(const std::string& reason) override;
     void beep() override { ++beepCount; }
-    void reveal(const std::filesystem::path& item) override { revealed.push_back(item); }
+    void reveal(const std::filesystem::path&) override {}
 
     // Activities begun and not yet ended.
     int awakeCount() const { return *awake_; }
 
     int beepCount = 0;
     std::vector<std::string> awakeReasons;
-    std::vector<std::filesystem::path> revealed;
 
 private:
     std::shared_ptr<int> awake_ = std::make_shared<int>(0);

@@ -103,34 +103,29 @@ void ChildProcess::closeInput() {
     input_ = -1;
 }
 
-std::optional<std::string> ChildProcess::readLine(double timeoutSeconds) {
+std::optional<std::string> readLineFrom(int fd, std::string& buffer, double timeoutSeconds) {
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::duration<double>(timeoutSeconds);
     for (;;) {
-        if (const auto end = pending_.find('\n'); end != std::string::npos) {
-            lines_.push_back(pending_.substr(0, end));
-            pending_.erase(0, end + 1);
-            return lines_.back();
+        if (const auto end = buffer.find('\n'); end != std::string::npos) {
+            std::string line = buffer.substr(0, end);
+            buffer.erase(0, end + 1);
+            return line;
         }
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-        pollfd ready{output_, POLLIN, 0};
+        pollfd ready{fd, POLLIN, 0};
         if (left.count() <= 0 || ::poll(&ready, 1, static_cast<int>(left.count())) <= 0) return std::nullopt;
         char chunk[65536];
-        const ssize_t count = ::read(output_, chunk, sizeof chunk);
+        const ssize_t count = ::read(fd, chunk, sizeof chunk);
         if (count <= 0) return std::nullopt;
-        pending_.append(chunk, static_cast<std::size_t>(count));
+        buffer.append(chunk, static_cast<std::size_t>(count));
     }
 }
 
-std::optional<std::string> ChildProcess::waitForLine(const std::string& prefix, double timeoutSeconds) {
-    using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + std::chrono::duration<double>(timeoutSeconds);
-    for (;;) {
-        const double left = std::chrono::duration<double>(deadline - Clock::now()).count();
-        if (left <= 0) return std::nullopt;
-        std::optional<std::string> line = readLine(left);
-        if (!line || line->starts_with(prefix)) return line;
-    }
+std::optional<std::string> ChildProcess::readLine(double timeoutSeconds) {
+    std::optional<std::string> line = readLineFrom(output_, pending_, timeoutSeconds);
+    if (line) lines_.push_back(*line);
+    return line;
 }
 
 std::string ChildProcess::transcript() const {

@@ -13,6 +13,10 @@
 
 namespace velarion::testing {
 
+// The next line from a pipe or socket, without its line feed, keeping what
+// follows it in `buffer`; absent after `timeoutSeconds` or at the end.
+std::optional<std::string> readLineFrom(int fd, std::string& buffer, double timeoutSeconds);
+
 class ChildProcess {
 public:
     // Variables to set (or, with no value, to unset) over the test's own.
@@ -34,8 +38,6 @@ public:
     // The next line without its line feed; absent after `timeoutSeconds` or
     // at the end of the output.
     std::optional<std::string> readLine(double timeoutSeconds = 20);
-    // Reads until a line starting with `prefix` comes: that line, or absent.
-    std::optional<std::string> waitForLine(const std::string& prefix, double timeoutSeconds = 15);
     // Every line read so far.
     const std::vector<std::string>& lines() const { return lines_; }
     std::string transcript() const;

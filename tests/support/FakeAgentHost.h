@@ -100,9 +100,6 @@ public:
         if (to) {
             openPackage = ShowPackage(*to);
             if (engine) engine->replacePackage(*openPackage);
-        } else if (openPackage->isScratch()) {
-            throw AgentFailure("This show hasn't been saved to a file yet. Give a path, such as "
-                               "~/Documents/Velarion Shows/Name.velarion.");
         }
         savedShows[openPackage->url()] = *openShow;
     }

@@ -10,11 +10,8 @@
 // and describes how it was started in "stand-in.report" beside the socket.
 //
 // Tools: launch_app answers {"running": true}. quit_app answers
-// {"quitting": true} and exits 0.4 seconds later; restart_app answers
-// {"restarting": true} and 0.4 seconds later stops listening and starts
-// again as a new program image, as the application does. go is refused in
-// the application's words for a tier that is off. Any other tool answers
-// with its name, its arguments and how many times the stand-in has started.
+// {"quitting": true} and exits 0.4 seconds later, as the application does.
+// Any other tool answers with its name and its arguments.
 
 #include "../AgentSocketTestSupport.h"
 #include "LiveAgentKit/AgentSocketPath.h"
@@ -22,8 +19,6 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -39,8 +34,6 @@ namespace {
 using namespace velarion;
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
-
-constexpr const char* startsVariable = "VELARION_STAND_IN_STARTS";
 
 std::map<std::string, std::string> readSettings(const fs::path& file) {
     std::map<std::string, std::string> settings;
@@ -78,7 +71,7 @@ int inheritedDescriptors() {
 }
 
 // Written whole, then renamed, so that a test never reads half of it.
-void writeReport(const fs::path& folder, int starts, int descriptors) {
+void writeReport(const fs::path& folder, int descriptors) {
     const fs::path report = folder / "stand-in.report";
     {
         std::ofstream output(report.string() + ".part");
@@ -87,33 +80,28 @@ void writeReport(const fs::path& folder, int starts, int descriptors) {
                << "session=" << ::getsid(0) << "\n"
                << "standard_streams_null="
                << (isDevNull(0) && isDevNull(1) && isDevNull(2)) << "\n"
-               << "inherited_descriptors=" << descriptors << "\n"
-               << "starts=" << starts << "\n";
+               << "inherited_descriptors=" << descriptors << "\n";
     }
     fs::rename(report.string() + ".part", report);
 }
 
-enum class Next { serve, quit, restart };
-
-// What the handler asks of the main thread, and when.
-class Orders {
+// The time quit_app set to exit at, once it has.
+class QuitOrder {
 public:
-    void give(Next next, double afterSeconds) {
+    void give(double afterSeconds) {
         {
             const std::lock_guard lock(mutex_);
-            next_ = next;
             at_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                      std::chrono::duration<double>(afterSeconds));
         }
         changed_.notify_all();
     }
-    // The order once it is due, or `serve` at the end of the stand-in's life.
-    Next wait(Clock::time_point lifetimeEnd) {
+    // Returns when the quit is due or the stand-in's life ends.
+    void wait(Clock::time_point lifetimeEnd) {
         std::unique_lock lock(mutex_);
         for (;;) {
-            const Clock::time_point until = next_ == Next::serve ? lifetimeEnd : at_;
-            if (Clock::now() >= until)
-                return next_;
+            const Clock::time_point until = at_.value_or(lifetimeEnd);
+            if (Clock::now() >= until) return;
             changed_.wait_until(lock, until);
         }
     }
@@ -121,43 +109,31 @@ public:
 private:
     std::mutex mutex_;
     std::condition_variable changed_;
-    Next next_ = Next::serve;
-    Clock::time_point at_;
+    std::optional<Clock::time_point> at_;
 };
 
-AgentSocketServer::Handler handler(Orders& orders, int starts) {
-    return [&orders, starts](const AgentRequest& request, const AgentSocketServer::Reply& reply) {
+AgentSocketServer::Handler handler(QuitOrder& quit) {
+    return [&quit](const AgentRequest& request, const AgentSocketServer::Reply& reply) {
         using Object = JSONValue::Object;
         if (request.tool == "launch_app") {
             reply(AgentResponse::success(request.id, Object{{"running", true}}));
         } else if (request.tool == "quit_app") {
             reply(AgentResponse::success(request.id, Object{{"quitting", true}}));
-            orders.give(Next::quit, 0.4);
-        } else if (request.tool == "restart_app") {
-            reply(AgentResponse::success(request.id, Object{{"restarting", true}}));
-            orders.give(Next::restart, 0.4);
-        } else if (request.tool == "go") {
-            reply(AgentResponse::failure(
-                request.id, "Running the show isn't allowed. The operator can turn on \"Run the "
-                            "show\" in Settings → Agent control."));
+            quit.give(0.4);
         } else {
-            reply(AgentResponse::success(request.id, Object{{"tool", request.tool},
-                                                            {"arguments", request.arguments},
-                                                            {"starts", starts}}));
+            reply(AgentResponse::success(request.id, Object{{"tool", request.tool}, {"arguments", request.arguments}}));
         }
     };
 }
 
 } // namespace
 
-int main(int, char** argv) {
+int main() {
     const int descriptors = inheritedDescriptors();
     const std::string socketPath = agentSocketPath::standard();
     const fs::path folder = fs::path(socketPath).parent_path();
     const auto settings = readSettings(folder / "stand-in.conf");
-    const char* startsText = std::getenv(startsVariable);
-    const int starts = startsText != nullptr ? std::atoi(startsText) + 1 : 1;
-    writeReport(folder, starts, descriptors);
+    writeReport(folder, descriptors);
 
     if (settings.contains("exit_status"))
         return std::stoi(settings.at("exit_status"));
@@ -171,21 +147,12 @@ int main(int, char** argv) {
     std::this_thread::sleep_for(
         std::chrono::duration<double>(number(settings, "listen_after_seconds", 0)));
 
-    Next next = Next::serve;
-    {
-        // The loop may still run a request's task until it is gone.
-        Orders orders;
-        socketTest::ThreadMainLoop loop;
-        AgentSocketServer server(socketPath, loop, handler(orders, starts));
-        server.start();
-        next = orders.wait(lifetimeEnd);
-        server.stop();
-    }
-    if (next == Next::restart) {
-        ::setenv(startsVariable, std::to_string(starts).c_str(), 1);
-        ::execv("/proc/self/exe", argv);
-        std::perror("restart");
-        return 1;
-    }
+    // The loop may still run a request's task until it is gone.
+    QuitOrder quit;
+    socketTest::ThreadMainLoop loop;
+    AgentSocketServer server(socketPath, loop, handler(quit));
+    server.start();
+    quit.wait(lifetimeEnd);
+    server.stop();
     return 0;
 }

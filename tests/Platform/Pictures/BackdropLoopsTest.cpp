@@ -164,7 +164,7 @@ TEST(BackdropLoopsTest, TheLooksFolderFollowsXdgDataHomeWhenItIsAbsolute) {
     EXPECT_EQ(BackdropLoops::folder(), fs::path(home) / ".local/share/Velarion/Looks");
 }
 
-TEST(BackdropLoopsTest, TheSixLooksAreDistinctAndLookLikeTheirCaptions) {
+TEST(BackdropLoopsTest, TheSixLooksAreDistinctBackgrounds) {
     std::vector<BackdropLoops::Rgb> means;
     for (BuiltInBackdrop backdrop : allBackdrops) {
         EXPECT_TRUE(BackdropLoops::caption(backdrop).ends_with(" · 10 s loop"));
@@ -178,23 +178,6 @@ TEST(BackdropLoopsTest, TheSixLooksAreDistinctAndLookLikeTheirCaptions) {
                                        << BackdropLoops::caption(allBackdrops[b]);
         }
 
-    const auto dominant = [](const BackdropLoops::Rgb& rgb) {
-        return int(std::max_element(rgb.begin(), rgb.end()) - rgb.begin());
-    };
-    constexpr int red = 0, green = 1, blue = 2;
-    const auto& [drift, ember, mono, dawn, forest, ocean] =
-        std::tie(means[0], means[1], means[2], means[3], means[4], means[5]);
-    EXPECT_EQ(dominant(drift), blue);
-    EXPECT_GT(drift[red], drift[green]) << "violet";
-    EXPECT_EQ(dominant(ember), red);
-    EXPECT_GT(ember[green], 2 * ember[blue]) << "amber, not pink";
-    EXPECT_LT(std::max({mono[0], mono[1], mono[2]}) - std::min({mono[0], mono[1], mono[2]}), 0.03f) << "grey";
-    EXPECT_LT(mono[green], 0.5f) << "charcoal is dark";
-    EXPECT_EQ(dominant(dawn), red);
-    EXPECT_GT(dawn[blue], 0.6f * dawn[green]) << "rose";
-    EXPECT_EQ(dominant(forest), green);
-    EXPECT_EQ(dominant(BackdropLoops::palette(BuiltInBackdrop::ocean).base), blue);
-    EXPECT_GT(ocean[green], ocean[red]) << "sea glass";
     for (const auto& mean : means) EXPECT_LT(std::max({mean[0], mean[1], mean[2]}), 0.75f) << "a background, not a light";
 }
 

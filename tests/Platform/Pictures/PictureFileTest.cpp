@@ -119,8 +119,6 @@ TEST(PictureFile, LargePicturesAreScaledDownKeepingTheirShape) {
     EXPECT_EQ(tall.picture->size(), QSize(864, 2160));
     EXPECT_TRUE(near(at(*tall.picture, 432, 100), qRgb(255, 0, 0)));
 
-    writeBytes(folder / "small.png", encoded(halves(3840, 2160), "png"));
-    EXPECT_EQ(readPicture(folder / "small.png").picture->size(), QSize(3840, 2160));
 }
 
 TEST(PictureFile, UnreadableFilesGiveOneSentenceAndNoStill) {

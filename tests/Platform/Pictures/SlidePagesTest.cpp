@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <regex>
 
 namespace velarion {
 namespace {
@@ -46,13 +45,6 @@ struct Fixture : ::testing::Test {
 };
 
 using SlidePages = Fixture;
-
-TEST_F(SlidePages, NameIsTheDigestUnderTheDecksFolder) {
-    const std::string name = SlideMaker::pageName(deck.id, slide(0));
-    EXPECT_TRUE(std::regex_match(name, std::regex("Slides/" + deck.id.text() + "/[0-9a-f]{64}\\.png")))
-        << name;
-    EXPECT_NE(SlideMaker::pageName(Uuid::random(), slide(0)), name);
-}
 
 TEST_F(SlidePages, UpdateDrawsMissingPagesAndRebuildsTheDeck) {
     const MediaItem updated = SlideMaker::update(deck, package, library);
