@@ -116,6 +116,9 @@ void LiveEngine::tickPlaylist(Run& run) {
     const auto& playlist = std::get<PlaylistCue>(run.cue.kind);
     const AudioPlayback& playback = *run.audio;
     SoundFilePlayer& player = *playback.player;
+    // The output that dropped one song would drop the next: the run ends.
+    if (const std::string broke = player.failure(); !broke.empty())
+        return fail(run.id, "its sound broke off: " + broke);
     const double length = playback.outPointSeconds - playback.inPointSeconds;
     const double crossfade = std::min(playlist.crossfade, std::max(length, 0.0) / 3);
     const double played = player.currentSeconds() - playback.inPointSeconds;

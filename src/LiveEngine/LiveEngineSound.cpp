@@ -151,6 +151,8 @@ void LiveEngine::beginAudio(Run& run) {
 void LiveEngine::tickAudio(Run& run) {
     AudioPlayback& playback = *run.audio;
     SoundFilePlayer& player = *playback.player;
+    if (const std::string broke = player.failure(); !broke.empty())
+        return fail(run.id, "its sound broke off: " + broke);
     if (player.loopCount() < 0) return;
     const double now = player.currentSeconds();
     if (!playback.isFadingOut && playback.fadeOutSeconds > 0 &&

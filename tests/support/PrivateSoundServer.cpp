@@ -88,31 +88,36 @@ std::unique_ptr<PrivateSoundServer> PrivateSoundServer::start(std::string& whyNo
     setenv("PULSE_RUNTIME_PATH", runtime.c_str(), 1);
     setenv("PULSE_CLIENTCONFIG", (server->folder_ / "client.conf").c_str(), 1);
     setenv("PULSE_SERVER", server->address().c_str(), 1);
-    server->server_ = spawn({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--system=false",
-                             "--use-pid-file=no", "--disallow-exit", "--log-target=stderr",
-                             "-F", (server->folder_ / "server.pa").string()});
-    if (server->server_ < 0) {
+    if (!server->launch(whyNot)) return nullptr;
+    return server;
+}
+
+bool PrivateSoundServer::launch(std::string& whyNot) {
+    server_ = spawn({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--system=false",
+                     "--use-pid-file=no", "--disallow-exit", "--log-target=stderr",
+                     "-F", (folder_ / "server.pa").string()});
+    if (server_ < 0) {
         whyNot = "no process could be started for the sound server";
-        return nullptr;
+        return false;
     }
     for (int attempt = 0; attempt < 100; ++attempt) {
-        if (server->pactl({"info"})) {
-            if (server->keepSinksAwake({"Speakers", "House", "Headphones"})) return server;
+        if (pactl({"info"})) {
+            if (keepSinksAwake({"Speakers", "House", "Headphones"})) return true;
             whyNot = "the sound server's sinks did not start running";
-            return nullptr;
+            return false;
         }
         int status = 0;
-        if (waitpid(server->server_, &status, WNOHANG) == server->server_) {
-            server->server_ = -1;
+        if (waitpid(server_, &status, WNOHANG) == server_) {
+            server_ = -1;
             whyNot = WIFEXITED(status) && WEXITSTATUS(status) == 127
                          ? "pulseaudio is not installed (scripts/install-deps installs it)"
                          : "pulseaudio exited at start";
-            return nullptr;
+            return false;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
     whyNot = "pulseaudio did not answer within 5 seconds";
-    return nullptr;
+    return false;
 }
 
 // An idle null sink sleeps for up to two seconds at a time and only then
@@ -178,6 +183,14 @@ bool PrivateSoundServer::addSink(const std::string& name) {
     std::istringstream words(nullSinkArguments(name));
     for (std::string word; words >> word;) arguments.push_back(word);
     return pactl(arguments) && keepSinksAwake({name});
+}
+
+bool PrivateSoundServer::crashAndRestart() {
+    kill(server_, SIGKILL);
+    waitpid(std::exchange(server_, -1), nullptr, 0);
+    for (pid_t keeper : std::exchange(keepers_, {})) endProcess(keeper);
+    std::string whyNot;
+    return launch(whyNot);
 }
 
 std::unique_ptr<PrivateSoundServer::Recording> PrivateSoundServer::record(const std::string& sink) const {

@@ -31,6 +31,9 @@ public:
     bool removeSink(const std::string& name) const;
     // Puts back a sink taken away; it is not the default.
     bool addSink(const std::string& name);
+    // Kills the server, as a crash does (every stream and recording ends),
+    // and starts it again as it was; true when it runs again.
+    bool crashAndRestart();
 
     // Records a sink's monitor, stereo 16-bit at `sampleRate`, until `stop`.
     class Recording {
@@ -54,6 +57,7 @@ public:
 private:
     PrivateSoundServer() = default;
     std::string address() const;
+    bool launch(std::string& whyNot);
     bool keepSinksAwake(const std::vector<std::string>& sinks);
 
     std::filesystem::path folder_;

@@ -13,6 +13,9 @@
 // - `stop` ends playback for good; after it, only reading calls make sense.
 // - `averagePowerDecibels(channel)` is the average power since the last
 //   `updateMeters`, in dB (0 is full scale; silence is very negative).
+// - `failure` is empty until playback broke off (the output dropped the
+//   stream, the file stopped decoding); then it says why in a few words and
+//   `isPlaying` is false.
 // - Ownership: shared by the engine's run and any task that finishes a fade;
 //   the last owner to let go releases the decoder and the device.
 
@@ -46,6 +49,8 @@ public:
 
     virtual void updateMeters() = 0;
     virtual double averagePowerDecibels(int channel) const = 0;
+
+    virtual std::string failure() const { return {}; }
 };
 
 } // namespace velarion

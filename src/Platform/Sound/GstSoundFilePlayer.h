@@ -73,8 +73,7 @@ public:
     std::optional<double> secondsToFirstBufferAfterPlay() const;
     // QoS reports of late buffers at the sink since the player was made.
     int lateBufferReports() const;
-    // The pipeline's error, if one ended playback.
-    std::string failure() const;
+    std::string failure() const override;
     // The output the sound server actually plays on (its sink name).
     std::string currentDevice() const;
 

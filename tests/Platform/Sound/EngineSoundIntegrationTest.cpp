@@ -1,6 +1,7 @@
 // The engine with real players on a private sound server, in real time:
 // playlist songs overlap for their crossfade, and
-// a device pulled out mid-song is heard on the system output and logged.
+// a device pulled out mid-song is heard on the system output and logged, and
+// a sound server that crashes mid-song ends the cue with a sentence.
 
 #include "FakePictures.h"
 #include "FakePlayers.h"
@@ -106,6 +107,20 @@ TEST_F(EngineSound, AHouseDevicePulledOutMidSongIsHeardOnTheSystemOutputAndLogge
     EXPECT_GT(decibels(rms(heard, frames - recordedRate / 2, frames)), -20) << "the song goes on, on Speakers";
     EXPECT_TRUE(engine->state().running.size() == 1);
     EXPECT_TRUE(server()->addSink("House")) << "put back for the tests after this one";
+}
+
+TEST_F(EngineSound, ASoundServerCrashMidSongEndsTheCueWithASentence) {
+    add("Prelude", AudioCue{song("dropped.wav", {.seconds = 4})});
+    start();
+    engine->perform(command::Go{});
+    scheduler.runFor(0.6);
+    ASSERT_TRUE(server()->crashAndRestart());
+    scheduler.runFor(0.5);
+    const auto failed = std::find_if(engine->history().begin(), engine->history().end(), [](const HistoryEntry& entry) {
+        return entry.text.rfind("Prelude didn't play — its sound broke off: ", 0) == 0;
+    });
+    EXPECT_NE(failed, engine->history().end());
+    EXPECT_TRUE(engine->state().running.empty());
 }
 
 } // namespace

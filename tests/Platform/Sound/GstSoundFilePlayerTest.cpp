@@ -1,9 +1,13 @@
 // The GStreamer player on a private sound server: where the sound goes, how
-// fades and loops sound, and what the meter reads.
+// fades and loops sound, what the meter reads, and how it fails.
 
 #include "SoundServerFixture.h"
 
+#include <algorithm>
 #include <cmath>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace velarion::testing {
 namespace {
@@ -112,6 +116,39 @@ TEST_F(SoundPlayer, TheMeterReadsWhatIsHeard) {
     EXPECT_NEAR(recorded, decibels(0.25 / std::sqrt(2.0)), 1.0) << "the recording itself is right";
     player->stop();
     EXPECT_EQ(player->averagePowerDecibels(0), -160) << "a stopped player meters silence";
+}
+
+TEST_F(SoundPlayer, AFileThatNeverDeliversTimesOut) {
+    const auto stalled = folder / "stalled.wav";
+    ASSERT_EQ(mkfifo(stalled.c_str(), 0600), 0);
+    // Held open for writing and never written: the player's reads wait.
+    const int writer = ::open(stalled.c_str(), O_RDWR);
+    ASSERT_GE(writer, 0);
+    GstMediaPlayers quick{nullptr, {}, GstSoundOptions{.sinkProvidesClock = false, .prepareTimeoutSeconds = 0.5}};
+    EXPECT_FALSE(quick.openSound(stalled));
+    EXPECT_EQ(quick.lastFailure(), "it took too long to open");
+    ::close(writer); // the read ends, so the pipeline can be taken down
+}
+
+TEST_F(SoundPlayer, APlayerLetGoMidFadeIsHeardToSilenceAndTakenDown) {
+    auto player = players.openSound(sine("fading.wav", {.seconds = 4}));
+    ASSERT_TRUE(player) << players.lastFailure();
+    ASSERT_TRUE(player->setDevice("House"));
+    auto house = server()->record("House");
+    player->play();
+    wait(0.5);
+    player->setVolume(0, 1.0);
+    wait(0.2);
+    player.reset(); // as the engine lets go of a cue fading out
+    wait(1.5);
+    const auto levels = relativeEnvelope(house->stop());
+    const std::size_t start = std::find_if(levels.begin(), levels.end(), [](double l) { return l > 0.5; }) -
+                              levels.begin();
+    ASSERT_LT(start + 150, levels.size());
+    // Let go at 0.7 s into a fade from 0.5 s to 1.5 s: at 1.0 s it is still
+    // heard at about half, and after 1.6 s nothing is.
+    EXPECT_GT(levels[start + 100], 0.3) << "the fade was heard on after the player went";
+    for (std::size_t i = start + 160; i < levels.size(); ++i) EXPECT_LT(levels[i], 0.01) << "at " << i * 10 << " ms";
 }
 
 } // namespace
