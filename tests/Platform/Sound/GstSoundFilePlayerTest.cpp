@@ -1,6 +1,7 @@
 // The GStreamer player on a private sound server: where the sound goes, how
 // fades and loops sound, what the meter reads, and how it fails.
 
+#include "ChildProcess.h"
 #include "SoundServerFixture.h"
 
 #include <algorithm>
@@ -149,6 +150,13 @@ TEST_F(SoundPlayer, APlayerLetGoMidFadeIsHeardToSilenceAndTakenDown) {
     // heard at about half, and after 1.6 s nothing is.
     EXPECT_GT(levels[start + 100], 0.3) << "the fade was heard on after the player went";
     for (std::size_t i = start + 160; i < levels.size(); ++i) EXPECT_LT(levels[i], 0.01) << "at " << i * 10 << " ms";
+}
+
+TEST_F(SoundPlayer, AProgramQuitsWhileSoundPlays) {
+    ChildProcess program(VELARION_QUIT_WHILE_PLAYING, {sine("quit.wav", {.seconds = 3}).string()});
+    EXPECT_EQ(program.readLine(10), "playing");
+    // A hang in teardown is caught by the test's time limit.
+    EXPECT_EQ(program.wait(), 0) << program.transcript();
 }
 
 } // namespace
