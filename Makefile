@@ -4,11 +4,12 @@
 BUILD     ?= build
 ASAN      ?= build-asan
 FUZZ      ?= build-fuzz
+TSAN      ?= build-tsan
 JOBS      ?= $(shell nproc)
 FUZZ_SECONDS ?= 20
 CMAKE_GEN := -G Ninja
 
-.PHONY: deps build run test unit-test sanitize-test fuzz-test boundary-check bench clean
+.PHONY: deps build run test unit-test sanitize-test thread-test fuzz-test boundary-check bench clean
 
 deps:
 	@scripts/install-deps
@@ -28,6 +29,16 @@ sanitize-test: deps
 	cmake --build $(ASAN) -j $(JOBS)
 	cd $(ASAN) && ctest --output-on-failure -j $(JOBS)
 
+# The tests that run threads again under ThreadSanitizer: the show writer's
+# snapshots, the MIDI inbox, the agent socket and its requests on workers.
+# Only the one program of those tests is built (ThreadTests), to keep the
+# tree small; tests/CMakeLists.txt says why GStreamer's tests are not in it.
+thread-test: deps
+	cmake -S . -B $(TSAN) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARION_TSAN=ON -DVELARION_CORE_ONLY=ON -DVELARION_BENCH=OFF
+	cmake --build $(TSAN) -j $(JOBS) --target ThreadTests
+	cd $(TSAN) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+	  ctest --output-on-failure -j $(JOBS)
+
 # A short libFuzzer run of every parser of outside input, on the kept corpus.
 fuzz-test: deps
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARION_FUZZ=ON
@@ -37,7 +48,7 @@ fuzz-test: deps
 boundary-check: build
 	scripts/check-boundaries $(BUILD)
 
-test: unit-test sanitize-test fuzz-test boundary-check
+test: unit-test sanitize-test thread-test fuzz-test boundary-check
 
 # The demo show on a fresh copy, opened by `velarion --headless`.
 # `make run AGENT=run,edit` lets an agent run the show and build shows
@@ -49,4 +60,4 @@ bench: build
 	scripts/run-benchmarks $(BUILD)
 
 clean:
-	rm -rf $(BUILD) $(ASAN) $(FUZZ)
+	rm -rf $(BUILD) $(ASAN) $(TSAN) $(FUZZ)
