@@ -1,6 +1,7 @@
 // The background show writer: order, coalescing, failures and shutdown,
 // on a real thread with results collected through a virtual main loop.
 
+#include "ShowBuilder.h"
 #include "TempFolder.h"
 #include "VirtualScheduler.h"
 
@@ -51,6 +52,24 @@ TEST(ThreadShowWriterTest, WritesLandInOrderAndAQueuedSnapshotGivesWayToANewerOn
         writer.write(package, titled("at the end"), {});
     }
     EXPECT_EQ(package.open().title, "at the end");
+}
+
+// Edits copy what a queued or half-written snapshot still shares, decided by
+// reference counts the writer thread drops: run under ThreadSanitizer too.
+TEST(ThreadShowWriterTest, EditsWhileSnapshotsAreWrittenLeaveEachSnapshotAsItWas) {
+    TempFolder temp;
+    VirtualScheduler scheduler;
+    Show show = makeShow("edited", {makeSection("Main", {})});
+    ShowBuilder(show).add("Welcome", MessageCue{"Hello"});
+    const ShowPackage package = ShowPackage::create(temp / "A.velarion", show);
+    {
+        ThreadShowWriter writer(scheduler);
+        for (int i = 1; i <= 200; ++i) {
+            show.sections.edit(0).cues.edit(0).name = "take " + std::to_string(i);
+            writer.write(package, show, {});
+        }
+    }
+    EXPECT_EQ(package.open().sections[0].cues[0].name, "take 200");
 }
 
 TEST(ThreadShowWriterTest, AFailedWriteReportsTheSystemsWordsAndLeavesTheOldDocument) {
