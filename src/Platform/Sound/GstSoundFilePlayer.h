@@ -67,13 +67,15 @@ public:
 
     void updateMeters() override;
     double averagePowerDecibels(int channel) const override;
+    // The pipeline's error (a stream the sound server dropped, a file that
+    // stopped decoding), in GStreamer's words.
+    std::string failure() const override;
 
     // Diagnostics for benchmarks and logs.
     // Seconds from the last `play` to the first buffer the sink took after it.
     std::optional<double> secondsToFirstBufferAfterPlay() const;
     // QoS reports of late buffers at the sink since the player was made.
     int lateBufferReports() const;
-    std::string failure() const override;
     // The output the sound server actually plays on (its sink name).
     std::string currentDevice() const;
 
