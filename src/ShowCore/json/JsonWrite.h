@@ -10,6 +10,7 @@
 #include <rapidjson/writer.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace velarion::showcore::json {
 
@@ -22,25 +23,54 @@ struct TextOutput {
     std::string& text;
     std::size_t used = 0;
     void reserve(std::size_t count) {
-        if (used + count > text.size()) text.resize(std::max(text.size() * 2, used + count));
+        if (used + count > text.size()) [[unlikely]] grow(count);
     }
     void Put(char c) {
         reserve(1);
         text[used++] = c;
     }
     void Flush() {}
+    void grow(std::size_t count);
 };
 inline void PutReserve(TextOutput& output, std::size_t count) { output.reserve(count); }
 inline void PutUnsafe(TextOutput& output, char c) { output.text[output.used++] = c; }
 
+// Whether text holds a byte JSON must escape: a control character, '"' or '\\'.
+// Eight bytes at a time, as most text needs nothing.
+bool needsEscape(std::string_view text);
+
+// RapidJSON's compact writer, with text that needs no escaping (keys, case
+// names, identities, most values) copied whole rather than byte by byte.
 // Text is checked by isValidUTF8 before it reaches the writer.
-using TextWriter = rapidjson::Writer<TextOutput>;
+class TextWriter : public rapidjson::Writer<TextOutput> {
+public:
+    using Writer::Writer;
+
+    // `plain` has nothing to escape: field and case names, formatted values.
+    void plainString(std::string_view plain) {
+        Prefix(rapidjson::kStringType);
+        os_->reserve(plain.size() + 2);
+        char* out = os_->text.data() + os_->used;
+        out[0] = '"';
+        std::memcpy(out + 1, plain.data(), plain.size());
+        out[plain.size() + 1] = '"';
+        os_->used += plain.size() + 2;
+    }
+
+    void text(std::string_view text) {
+        if (needsEscape(text)) {
+            String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+        } else {
+            plainString(text);
+        }
+    }
+};
 
 struct EncodeContext {
     TextWriter& writer;
     Path path;
     [[noreturn]] void fail(std::string reason) const { throw ShowJsonError(path.text(), std::move(reason)); }
-    void key(std::string_view name) { writer.Key(name.data(), static_cast<rapidjson::SizeType>(name.size())); }
+    void key(std::string_view name) { writer.plainString(name); }
 };
 
 void write(bool value, EncodeContext& context);
@@ -57,8 +87,7 @@ void write(const DurationValue& value, EncodeContext& context);
 void write(const std::map<std::string, std::string>& values, EncodeContext& context);
 
 template <NamedCase E> void write(E value, EncodeContext& context) {
-    const std::string_view name = toString(value);
-    context.writer.String(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+    context.writer.plainString(toString(value));
 }
 
 template <class T> void write(const std::vector<T>& values, EncodeContext& context) {
