@@ -194,19 +194,43 @@ void read(const Value& value, std::map<std::string, std::string>& out, DecodeCon
     }
 }
 
-const Value* FieldReader::find(std::string_view key) {
-    auto matches = [&](Value::ConstMemberIterator it) {
-        return std::string_view(it->name.GetString(), it->name.GetStringLength()) == key;
-    };
+const Value* FieldReader::findElsewhere(std::string_view key) {
     const auto end = object_.MemberEnd();
-    if (next_ != end && matches(next_)) return &(next_++)->value;
+    if (keys_ != nullptr) {
+        if (!placed_) placeMembers();
+        const rapidjson::SizeType place = firstMembers_[field_];
+        if (place == 0) return nullptr;
+        next_ = object_.MemberBegin() + place;
+        return &(next_ - 1)->value;
+    }
     for (auto it = object_.MemberBegin(); it != end; ++it) {
-        if (matches(it)) {
+        if (sameKey(it->name, key)) {
             next_ = it + 1;
             return &it->value;
         }
     }
     return nullptr;
+}
+
+void FieldReader::placeMembers() {
+    const std::vector<std::string_view>& keys = *keys_;
+    firstMembers_.fill(0);
+    placed_ = true;
+    if (keys.empty()) return;
+    // Members mostly come in field order, so each is looked for after the
+    // field the one before it matched.
+    std::size_t cursor = 0;
+    rapidjson::SizeType place = 0;
+    for (auto it = object_.MemberBegin(); it != object_.MemberEnd(); ++it) {
+        ++place;
+        for (std::size_t step = 0; step < keys.size(); ++step) {
+            const std::size_t field = (cursor + step) % keys.size();
+            if (!sameKey(it->name, keys[field])) continue;
+            if (firstMembers_[field] == 0) firstMembers_[field] = place;
+            cursor = field + 1;
+            break;
+        }
+    }
 }
 
 namespace {
@@ -285,7 +309,12 @@ private:
 
 } // namespace
 
-bool isValidUTF8(std::string_view text) {
+namespace {
+
+// The UTF-8 check, and when asked the place of the first NUL byte in the
+// same pass (npos for none).
+template <bool findNul> bool checkUTF8(std::string_view text, std::size_t& nul) {
+    constexpr std::uint64_t ones = 0x0101010101010101ull;
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
     const std::size_t size = text.size();
     std::size_t i = 0;
@@ -294,12 +323,17 @@ bool isValidUTF8(std::string_view text) {
             std::uint64_t word;
             std::memcpy(&word, bytes + i, 8);
             if ((word & 0x8080808080808080ull) == 0) {
-                i += 8;
-                continue;
+                // With no high bits, a zero byte is exactly one whose borrow reaches bit 7.
+                const bool mayHoldNul = findNul && nul == std::string_view::npos && ((word - ones) & ~word & 0x8080808080808080ull) != 0;
+                if (!mayHoldNul) {
+                    i += 8;
+                    continue;
+                }
             }
         }
         const unsigned lead = bytes[i];
         if (lead < 0x80) {
+            if (findNul && lead == 0 && nul == std::string_view::npos) nul = i;
             ++i;
             continue;
         }
@@ -327,12 +361,20 @@ bool isValidUTF8(std::string_view text) {
     return true;
 }
 
+} // namespace
+
+bool isValidUTF8(std::string_view text) {
+    std::size_t nul = std::string_view::npos;
+    return checkUTF8<false>(text, nul);
+}
+
 void parse(std::string& text, rapidjson::Document& document) {
     // The encoding is checked once over the whole text, faster than string
     // by string inside the reader.
-    if (!isValidUTF8(text)) throw ShowJsonError({}, "the text isn't valid UTF-8");
+    std::size_t nul = std::string_view::npos;
+    if (!checkUTF8<true>(text, nul)) throw ShowJsonError({}, "the text isn't valid UTF-8");
     // In place, a NUL byte would end the text early; JSON never holds one raw.
-    if (const auto nul = text.find('\0'); nul != std::string::npos) {
+    if (nul != std::string_view::npos) {
         throw ShowJsonError({}, "the text isn't valid JSON (a NUL byte at byte " + std::to_string(nul) + ".)");
     }
     constexpr unsigned flags =

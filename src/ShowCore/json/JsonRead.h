@@ -89,6 +89,16 @@ concept NamedCase = std::is_enum_v<E> && requires { caseNames<E>.size(); };
 template <class V>
 concept NamedVariant = requires { VariantForm<V>::names; };
 
+// Short texts (keys, case names) compared in line: cheaper than a call to
+// memcmp for the millions of keys of a large graph.
+inline bool sameText(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (a[i] != b[i]) return false;
+    }
+    return true;
+}
+
 inline constexpr std::string_view wrongKeyCount = "Invalid number of keys found, expected one.";
 
 // ---------------------------------------------------------------- leaves
@@ -110,9 +120,13 @@ void read(const Value& value, DurationValue& out, DecodeContext& context);
 template <NamedCase E> void read(const Value& value, E& out, DecodeContext& context) {
     if (!value.IsString()) context.fail("expected text, found " + std::string(typeName(value)));
     const std::string_view text(value.GetString(), value.GetStringLength());
-    auto parsed = parseCase<E>(text);
-    if (!parsed) failUnknownCase(text, caseNames<E>.data(), caseNames<E>.size(), context);
-    out = *parsed;
+    for (std::size_t i = 0; i < caseNames<E>.size(); ++i) {
+        if (sameText(caseNames<E>[i], text)) {
+            out = static_cast<E>(i);
+            return;
+        }
+    }
+    failUnknownCase(text, caseNames<E>.data(), caseNames<E>.size(), context);
 }
 
 // ---------------------------------------------------------------- containers
@@ -148,14 +162,20 @@ void read(const Value& value, std::map<std::string, std::string>& out, DecodeCon
 // ---------------------------------------------------------------- records
 
 // Reads the fields of one JSON object. Writers put keys in field order, so
-// the next key is looked for where the last one was found before searching.
+// the next key is looked for where the last one was found first. When it
+// isn't there (an optional key left out, keys in another order), every key
+// of the object is placed once against the record's field list (`fieldKeys`),
+// so a missing key costs no search of the whole object. Either way a key is
+// found where a search from the start would find it: the first of its name.
 class FieldReader {
 public:
-    FieldReader(const Value& object, DecodeContext& context)
-        : object_(object), context_(context), next_(object.MemberBegin()) {}
+    FieldReader(const Value& object, DecodeContext& context, const std::vector<std::string_view>* keys = nullptr)
+        : object_(object), context_(context), next_(object.MemberBegin()),
+          keys_(keys != nullptr && keys->size() <= maxPlacedFields ? keys : nullptr) {}
 
     template <class T> void operator()(std::string_view key, T& field) {
         const Value* value = find(key);
+        ++field_;
         if (value == nullptr || (isOptional<T> && value->IsNull())) {
             if constexpr (isOptional<T>) {
                 field.reset();
@@ -170,19 +190,50 @@ public:
     }
 
 private:
-    const Value* find(std::string_view key);
+    static constexpr std::size_t maxPlacedFields = 32;
+
+    static bool sameKey(const Value& name, std::string_view key) {
+        return sameText(std::string_view(name.GetString(), name.GetStringLength()), key);
+    }
+
+    const Value* find(std::string_view key) {
+        if (next_ != object_.MemberEnd() && sameKey(next_->name, key)) return &(next_++)->value;
+        return findElsewhere(key);
+    }
+    const Value* findElsewhere(std::string_view key);
+    void placeMembers();
 
     const Value& object_;
     DecodeContext& context_;
     Value::ConstMemberIterator next_;
+    const std::vector<std::string_view>* keys_; // null: search the object instead
+    std::size_t field_ = 0;                     // the index of the field being read
+    bool placed_ = false;
+    std::array<rapidjson::SizeType, maxPlacedFields> firstMembers_; // by field, member index + 1; 0 for none
 };
+
+// The keys of a record's fields, in field order, gathered once.
+struct KeyCollector {
+    std::vector<std::string_view> keys;
+    template <class T> void operator()(std::string_view key, T&) { keys.push_back(key); }
+};
+
+template <class T> const std::vector<std::string_view>& fieldKeys() {
+    static const std::vector<std::string_view> keys = [] {
+        T record{};
+        KeyCollector collector;
+        visitFields(collector, record);
+        return std::move(collector.keys);
+    }();
+    return keys;
+}
 
 template <class T>
 concept Record = requires(FieldReader& reader, T& record) { visitFields(reader, record); };
 
 template <Record T> void read(const Value& value, T& out, DecodeContext& context) {
     if (!value.IsObject()) context.fail("expected an object, found " + std::string(typeName(value)));
-    FieldReader reader(value, context);
+    FieldReader reader(value, context, &fieldKeys<T>());
     visitFields(reader, out);
 }
 
@@ -213,7 +264,7 @@ template <NamedVariant Variant> void read(const Value& value, Variant& out, Deco
     const std::string_view name(member.name.GetString(), member.name.GetStringLength());
     constexpr auto& names = VariantForm<Variant>::names;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (names[i] != name) continue;
+        if (!sameText(names[i], name)) continue;
         PathScope scope(context, names[i]);
         if (!member.value.IsObject()) {
             context.fail("expected an object, found " + std::string(typeName(member.value)));
