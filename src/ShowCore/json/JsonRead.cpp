@@ -195,42 +195,13 @@ void read(const Value& value, std::map<std::string, std::string>& out, DecodeCon
 }
 
 const Value* FieldReader::findElsewhere(std::string_view key) {
-    const auto end = object_.MemberEnd();
-    if (keys_ != nullptr) {
-        if (!placed_) placeMembers();
-        const rapidjson::SizeType place = firstMembers_[field_];
-        if (place == 0) return nullptr;
-        next_ = object_.MemberBegin() + place;
-        return &(next_ - 1)->value;
-    }
-    for (auto it = object_.MemberBegin(); it != end; ++it) {
+    for (auto it = object_.MemberBegin(); it != object_.MemberEnd(); ++it) {
         if (sameKey(it->name, key)) {
             next_ = it + 1;
             return &it->value;
         }
     }
     return nullptr;
-}
-
-void FieldReader::placeMembers() {
-    const std::vector<std::string_view>& keys = *keys_;
-    firstMembers_.fill(0);
-    placed_ = true;
-    if (keys.empty()) return;
-    // Members mostly come in field order, so each is looked for after the
-    // field the one before it matched.
-    std::size_t cursor = 0;
-    rapidjson::SizeType place = 0;
-    for (auto it = object_.MemberBegin(); it != object_.MemberEnd(); ++it) {
-        ++place;
-        for (std::size_t step = 0; step < keys.size(); ++step) {
-            const std::size_t field = (cursor + step) % keys.size();
-            if (!sameKey(it->name, keys[field])) continue;
-            if (firstMembers_[field] == 0) firstMembers_[field] = place;
-            cursor = field + 1;
-            break;
-        }
-    }
 }
 
 namespace {

@@ -162,20 +162,14 @@ void read(const Value& value, std::map<std::string, std::string>& out, DecodeCon
 // ---------------------------------------------------------------- records
 
 // Reads the fields of one JSON object. Writers put keys in field order, so
-// the next key is looked for where the last one was found first. When it
-// isn't there (an optional key left out, keys in another order), every key
-// of the object is placed once against the record's field list (`fieldKeys`),
-// so a missing key costs no search of the whole object. Either way a key is
-// found where a search from the start would find it: the first of its name.
+// the next key is looked for where the last one was found before searching.
 class FieldReader {
 public:
-    FieldReader(const Value& object, DecodeContext& context, const std::vector<std::string_view>* keys = nullptr)
-        : object_(object), context_(context), next_(object.MemberBegin()),
-          keys_(keys != nullptr && keys->size() <= maxPlacedFields ? keys : nullptr) {}
+    FieldReader(const Value& object, DecodeContext& context)
+        : object_(object), context_(context), next_(object.MemberBegin()) {}
 
     template <class T> void operator()(std::string_view key, T& field) {
         const Value* value = find(key);
-        ++field_;
         if (value == nullptr || (isOptional<T> && value->IsNull())) {
             if constexpr (isOptional<T>) {
                 field.reset();
@@ -190,8 +184,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t maxPlacedFields = 32;
-
     static bool sameKey(const Value& name, std::string_view key) {
         return sameText(std::string_view(name.GetString(), name.GetStringLength()), key);
     }
@@ -201,39 +193,18 @@ private:
         return findElsewhere(key);
     }
     const Value* findElsewhere(std::string_view key);
-    void placeMembers();
 
     const Value& object_;
     DecodeContext& context_;
     Value::ConstMemberIterator next_;
-    const std::vector<std::string_view>* keys_; // null: search the object instead
-    std::size_t field_ = 0;                     // the index of the field being read
-    bool placed_ = false;
-    std::array<rapidjson::SizeType, maxPlacedFields> firstMembers_; // by field, member index + 1; 0 for none
 };
-
-// The keys of a record's fields, in field order, gathered once.
-struct KeyCollector {
-    std::vector<std::string_view> keys;
-    template <class T> void operator()(std::string_view key, T&) { keys.push_back(key); }
-};
-
-template <class T> const std::vector<std::string_view>& fieldKeys() {
-    static const std::vector<std::string_view> keys = [] {
-        T record{};
-        KeyCollector collector;
-        visitFields(collector, record);
-        return std::move(collector.keys);
-    }();
-    return keys;
-}
 
 template <class T>
 concept Record = requires(FieldReader& reader, T& record) { visitFields(reader, record); };
 
 template <Record T> void read(const Value& value, T& out, DecodeContext& context) {
     if (!value.IsObject()) context.fail("expected an object, found " + std::string(typeName(value)));
-    FieldReader reader(value, context, &fieldKeys<T>());
+    FieldReader reader(value, context);
     visitFields(reader, out);
 }
 
