@@ -206,6 +206,51 @@ const Value* FieldReader::findElsewhere(std::string_view key) {
 
 namespace {
 
+// Whether a number outside a double's range lies above it: the power of
+// ten of its first significant digit decides.
+bool isTooLarge(std::string_view literal) {
+    const auto exponentAt = literal.find_first_of("eE");
+    std::string_view mantissa = literal.substr(0, exponentAt);
+    if (mantissa.front() == '-') mantissa.remove_prefix(1);
+    const auto point = std::min(mantissa.find('.'), mantissa.size());
+    const auto first = mantissa.find_first_not_of("0.");
+    if (first == std::string_view::npos) return false;
+    long long power = first < point ? static_cast<long long>(point - first) - 1
+                                    : -static_cast<long long>(first - point);
+    if (exponentAt != std::string_view::npos) {
+        std::string_view exponent = literal.substr(exponentAt + 1);
+        if (exponent.front() == '+') exponent.remove_prefix(1);
+        long long shift = 0;
+        const auto result = std::from_chars(exponent.data(), exponent.data() + exponent.size(), shift);
+        if (result.ec != std::errc{}) return exponent.front() != '-';
+        power += shift;
+    }
+    return power > 0;
+}
+
+} // namespace
+
+NumberFault convertNumber(std::string_view literal, bool& isWhole, std::int64_t& whole, double& number) {
+    const char* text = literal.data();
+    const char* end = text + literal.size();
+    if (literal.find_first_of(".eE") == std::string_view::npos) {
+        if (std::from_chars(text, end, whole).ec == std::errc{}) {
+            isWhole = true;
+            return NumberFault::none;
+        }
+    }
+    isWhole = false;
+    const auto [rest, error] = std::from_chars(text, end, number);
+    if (rest != end) return NumberFault::malformed;
+    if (error == std::errc::result_out_of_range) {
+        if (isTooLarge(literal)) return NumberFault::tooLarge;
+        number = literal.front() == '-' ? -0.0 : 0.0; // below a double's range
+    }
+    return NumberFault::none;
+}
+
+namespace {
+
 // Numbers reach the tree as text and are converted with std::from_chars,
 // which rounds correctly; RapidJSON 1.1.0's own conversion misreads some
 // ("0e308", "1.8e308", 309-digit integers).
@@ -214,23 +259,15 @@ public:
     explicit NumberConverter(rapidjson::Document& document) : document_(document) {}
 
     bool RawNumber(const char* text, rapidjson::SizeType length, bool) {
-        const std::string_view literal(text, length);
-        const char* end = text + length;
-        if (literal.find_first_of(".eE") == std::string_view::npos) {
-            std::int64_t whole = 0;
-            if (std::from_chars(text, end, whole).ec == std::errc{}) return document_.Int64(whole);
-        }
+        bool isWhole = false;
+        std::int64_t whole = 0;
         double number = 0;
-        const auto [rest, error] = std::from_chars(text, end, number);
-        if (rest != end) return false;
-        if (error == std::errc::result_out_of_range) {
-            if (isTooLarge(literal)) {
-                tooLarge_ = true;
-                return false;
-            }
-            number = literal.front() == '-' ? -0.0 : 0.0; // below a double's range
+        switch (convertNumber(std::string_view(text, length), isWhole, whole, number)) {
+        case NumberFault::none: return isWhole ? document_.Int64(whole) : document_.Double(number);
+        case NumberFault::tooLarge: tooLarge_ = true; return false;
+        case NumberFault::malformed: return false;
         }
-        return document_.Double(number);
+        return false;
     }
 
     bool sawTooLarge() const { return tooLarge_; }
@@ -252,28 +289,6 @@ public:
     bool EndArray(rapidjson::SizeType elements) { return document_.EndArray(elements); }
 
 private:
-    // Whether a number outside a double's range lies above it: the power of
-    // ten of its first significant digit decides.
-    static bool isTooLarge(std::string_view literal) {
-        const auto exponentAt = literal.find_first_of("eE");
-        std::string_view mantissa = literal.substr(0, exponentAt);
-        if (mantissa.front() == '-') mantissa.remove_prefix(1);
-        const auto point = std::min(mantissa.find('.'), mantissa.size());
-        const auto first = mantissa.find_first_not_of("0.");
-        if (first == std::string_view::npos) return false;
-        long long power = first < point ? static_cast<long long>(point - first) - 1
-                                        : -static_cast<long long>(first - point);
-        if (exponentAt != std::string_view::npos) {
-            std::string_view exponent = literal.substr(exponentAt + 1);
-            if (exponent.front() == '+') exponent.remove_prefix(1);
-            long long shift = 0;
-            const auto result = std::from_chars(exponent.data(), exponent.data() + exponent.size(), shift);
-            if (result.ec != std::errc{}) return exponent.front() != '-';
-            power += shift;
-        }
-        return power > 0;
-    }
-
     rapidjson::Document& document_;
     bool tooLarge_ = false;
 };
@@ -337,6 +352,11 @@ template <bool findNul> bool checkUTF8(std::string_view text, std::size_t& nul) 
 bool isValidUTF8(std::string_view text) {
     std::size_t nul = std::string_view::npos;
     return checkUTF8<false>(text, nul);
+}
+
+bool isPlainText(std::string_view text) {
+    std::size_t nul = std::string_view::npos;
+    return checkUTF8<true>(text, nul) && nul == std::string_view::npos;
 }
 
 void parse(std::string& text, rapidjson::Document& document) {

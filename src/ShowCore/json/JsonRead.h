@@ -76,6 +76,15 @@ bool isValidUTF8(std::string_view text);
 // is changed.
 void parse(std::string& text, rapidjson::Document& document);
 
+// Whether parse would pass the text's encoding: valid UTF-8 with no NUL byte.
+bool isPlainText(std::string_view text);
+
+// Converts a JSON number's text exactly (std::from_chars): a whole number
+// that fits is `whole`, anything else `number`; below a double's range reads
+// as zero. Fails for text that isn't a number or lies above a double's range.
+enum class NumberFault { none, malformed, tooLarge };
+NumberFault convertNumber(std::string_view literal, bool& isWhole, std::int64_t& whole, double& number);
+
 // Variants with payload name their cases; `wrapped[i]` puts case i's payload
 // one level deeper, under "_0".
 template <class Variant> struct VariantForm;
