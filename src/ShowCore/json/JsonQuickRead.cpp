@@ -20,27 +20,36 @@ std::string_view QuickScanner::string() {
     if (peek() != '"') abandon();
     const char* start = ++at_;
     // Eight bytes at a time: each test below flags its lowest matching byte
-    // exactly (higher flags may be false), so the lowest flag of all three is
-    // where the plain run ends.
+    // exactly (higher flags may be false), so the lowest flag of all is where
+    // the plain ASCII run ends.
     static_assert(std::endian::native == std::endian::little, "the lowest byte is the first");
     constexpr std::uint64_t ones = 0x0101010101010101ull;
     constexpr std::uint64_t highs = 0x8080808080808080ull;
     auto zeroBytes = [](std::uint64_t word) { return (word - ones) & ~word & highs; };
-    while (end_ - at_ >= 8) {
-        std::uint64_t word;
-        std::memcpy(&word, at_, 8);
-        const std::uint64_t flags =
-            ((word - ones * 0x20) & ~word & highs) | zeroBytes(word ^ (ones * '"')) | zeroBytes(word ^ (ones * '\\'));
-        if (flags != 0) {
-            at_ += std::countr_zero(flags) / 8;
-            break;
+    for (;;) {
+        while (end_ - at_ >= 8) {
+            std::uint64_t word;
+            std::memcpy(&word, at_, 8);
+            const std::uint64_t flags = ((word - ones * 0x20) & ~word & highs) | zeroBytes(word ^ (ones * '"')) |
+                                        zeroBytes(word ^ (ones * '\\')) | (word & highs);
+            if (flags != 0) {
+                at_ += std::countr_zero(flags) / 8;
+                break;
+            }
+            at_ += 8;
         }
-        at_ += 8;
+        if (end_ - at_ < 8) {
+            while (at_ != end_ && endsPlainRun(static_cast<unsigned char>(*at_)) == false &&
+                   static_cast<unsigned char>(*at_) < 0x80) {
+                ++at_;
+            }
+        }
+        if (at_ == end_) abandon();
+        if (static_cast<unsigned char>(*at_) < 0x80) break;
+        const std::size_t length = utf8SequenceLength(at_, end_);
+        if (length == 0) abandon();
+        at_ += length;
     }
-    if (end_ - at_ < 8) {
-        while (at_ != end_ && !endsPlainRun(static_cast<unsigned char>(*at_))) ++at_;
-    }
-    if (at_ == end_) abandon();
     if (*at_ == '"') return std::string_view(start, static_cast<std::size_t>(at_++ - start));
     if (*at_ != '\\') abandon(); // a raw control character
     return escapedString(start);
@@ -52,6 +61,13 @@ std::string_view QuickScanner::escapedString(const char* start) {
         const char c = *at_++;
         if (c == '"') return scratch_;
         if (static_cast<unsigned char>(c) < 0x20) abandon();
+        if (static_cast<unsigned char>(c) >= 0x80) {
+            const std::size_t length = utf8SequenceLength(at_ - 1, end_);
+            if (length == 0) abandon();
+            scratch_.append(at_ - 1, length);
+            at_ += length - 1;
+            continue;
+        }
         if (c != '\\') {
             scratch_ += c;
             continue;

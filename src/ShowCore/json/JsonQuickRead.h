@@ -22,8 +22,9 @@ namespace velarion::showcore::json {
 struct QuickReadAbandoned {};
 
 // Hands out the text's tokens in order; any text that isn't plain JSON
-// abandons. Strings are views into the text or, when escaped, into a scratch
-// buffer valid until the next string.
+// abandons. Strings are checked as UTF-8 as they are read (outside them,
+// only ASCII can be JSON). Strings are views into the text or, when escaped,
+// into a scratch buffer valid until the next string.
 class QuickScanner {
 public:
     explicit QuickScanner(std::string_view text) : at_(text.data()), end_(text.data() + text.size()) {}
@@ -48,7 +49,10 @@ public:
     std::string_view string();
     // A scalar (null, boolean, number or string) as a one-value tree.
     Value scalar();
-    bool atEnd() { return peek() == '\0'; }
+    bool atEnd() {
+        peek();
+        return at_ == end_;
+    }
 
 private:
     std::string_view escapedString(const char* start);

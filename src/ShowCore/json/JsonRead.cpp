@@ -295,6 +295,32 @@ private:
 
 } // namespace
 
+std::size_t utf8SequenceLength(const char* at, const char* end) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(at);
+    const std::size_t available = static_cast<std::size_t>(end - at);
+    const unsigned lead = bytes[0];
+    std::size_t length;
+    unsigned low = 0x80, high = 0xBF; // the allowed range of the second byte
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        if (lead == 0xE0) low = 0xA0;
+        if (lead == 0xED) high = 0x9F; // no surrogates
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        if (lead == 0xF0) low = 0x90;
+        if (lead == 0xF4) high = 0x8F;
+    } else {
+        return 0;
+    }
+    if (length > available || bytes[1] < low || bytes[1] > high) return 0;
+    for (std::size_t k = 2; k < length; ++k) {
+        if (bytes[k] < 0x80 || bytes[k] > 0xBF) return 0;
+    }
+    return length;
+}
+
 namespace {
 
 // The UTF-8 check, and when asked the place of the first NUL byte in the
@@ -323,25 +349,8 @@ template <bool findNul> bool checkUTF8(std::string_view text, std::size_t& nul) 
             ++i;
             continue;
         }
-        std::size_t length;
-        unsigned low = 0x80, high = 0xBF; // the allowed range of the second byte
-        if (lead >= 0xC2 && lead <= 0xDF) {
-            length = 2;
-        } else if (lead >= 0xE0 && lead <= 0xEF) {
-            length = 3;
-            if (lead == 0xE0) low = 0xA0;
-            if (lead == 0xED) high = 0x9F; // no surrogates
-        } else if (lead >= 0xF0 && lead <= 0xF4) {
-            length = 4;
-            if (lead == 0xF0) low = 0x90;
-            if (lead == 0xF4) high = 0x8F;
-        } else {
-            return false;
-        }
-        if (i + length > size || bytes[i + 1] < low || bytes[i + 1] > high) return false;
-        for (std::size_t k = 2; k < length; ++k) {
-            if (bytes[i + k] < 0x80 || bytes[i + k] > 0xBF) return false;
-        }
+        const std::size_t length = utf8SequenceLength(text.data() + i, text.data() + size);
+        if (length == 0) return false;
         i += length;
     }
     return true;
@@ -354,10 +363,6 @@ bool isValidUTF8(std::string_view text) {
     return checkUTF8<false>(text, nul);
 }
 
-bool isPlainText(std::string_view text) {
-    std::size_t nul = std::string_view::npos;
-    return checkUTF8<true>(text, nul) && nul == std::string_view::npos;
-}
 
 void parse(std::string& text, rapidjson::Document& document) {
     // The encoding is checked once over the whole text, faster than string

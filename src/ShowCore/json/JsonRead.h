@@ -70,14 +70,16 @@ std::string_view typeName(const Value& value);
 // points past U+10FFFF); runs of ASCII are passed over eight bytes at a time.
 bool isValidUTF8(std::string_view text);
 
+// The length of the well-formed UTF-8 sequence of more than one byte that
+// starts at `at`, by the same rules; 0 when there is none.
+std::size_t utf8SequenceLength(const char* at, const char* end);
+
 // Parses UTF-8 JSON text strictly (valid encoding, numbers converted exactly,
 // deep nesting on the heap, not the stack). The text is parsed in place: the
 // document's strings point into it, so it must outlive the document, and it
 // is changed.
 void parse(std::string& text, rapidjson::Document& document);
 
-// Whether parse would pass the text's encoding: valid UTF-8 with no NUL byte.
-bool isPlainText(std::string_view text);
 
 // Converts a JSON number's text exactly (std::from_chars): a whole number
 // that fits is `whole`, anything else `number`; below a double's range reads

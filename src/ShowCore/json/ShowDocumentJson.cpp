@@ -21,13 +21,11 @@ template <class T> std::string encode(const T& value, std::size_t sizeHint) {
 template <class T> T decode(std::string_view text) {
     // The quick reader takes the plain text our writer makes; anything else,
     // faults included, goes to the tree reader, which words every error.
-    if (json::isPlainText(text)) {
-        try {
-            T value{};
-            json::quickReadWhole(text, value);
-            return value;
-        } catch (const json::QuickReadAbandoned&) {
-        }
+    try {
+        T value{};
+        json::quickReadWhole(text, value);
+        return value;
+    } catch (const json::QuickReadAbandoned&) {
     }
     std::string buffer(text); // parsed in place; outlives the tree
     rapidjson::Document tree;
