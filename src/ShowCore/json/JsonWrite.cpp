@@ -6,6 +6,18 @@
 
 namespace velarion::showcore::json {
 
+ShowJsonError EncodeFailure::error() const {
+    Path path;
+    for (auto it = innermostFirst.rbegin(); it != innermostFirst.rend(); ++it) {
+        if (const auto* key = std::get_if<std::string_view>(&*it)) {
+            path.pushKey(*key);
+        } else {
+            path.pushIndex(std::get<std::size_t>(*it));
+        }
+    }
+    return ShowJsonError(path.text(), reason);
+}
+
 void TextOutput::grow(std::size_t count) { text.resize(std::max(text.size() * 2, used + count)); }
 
 bool needsEscape(std::string_view text) {
@@ -87,11 +99,14 @@ void write(const DurationValue& value, EncodeContext& context) {
 
 void write(const std::map<std::string, std::string>& values, EncodeContext& context) {
     context.writer.StartObject();
-    for (const auto& [key, element] : values) {
-        PathScope scope(context, std::string_view(key));
-        if (!isValidUTF8(key)) context.fail("the key isn't valid UTF-8");
-        context.writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
-        writeText(element, context);
+    for (const auto& entry : values) {
+        const std::string& key = entry.first;
+        const std::string& element = entry.second;
+        within(std::string_view(key), [&] {
+            if (!isValidUTF8(key)) context.fail("the key isn't valid UTF-8");
+            context.writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+            writeText(element, context);
+        });
     }
     context.writer.EndObject();
 }

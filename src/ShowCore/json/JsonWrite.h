@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <variant>
+#include <vector>
 
 namespace velarion::showcore::json {
 
@@ -66,10 +68,27 @@ public:
     }
 };
 
+// A value that can't be written, on its way out. Its path is gathered while
+// the failure unwinds (`within`), so writing keeps no path as it goes.
+struct EncodeFailure {
+    std::string reason;
+    std::vector<std::variant<std::string_view, std::size_t>> innermostFirst; // keys and list places
+    ShowJsonError error() const;
+};
+
+// Runs `body`, putting `segment` on the path of a failure inside it.
+template <class Segment, class Body> void within(Segment segment, Body&& body) {
+    try {
+        body();
+    } catch (EncodeFailure& failure) {
+        failure.innermostFirst.emplace_back(segment);
+        throw;
+    }
+}
+
 struct EncodeContext {
     TextWriter& writer;
-    Path path;
-    [[noreturn]] void fail(std::string reason) const { throw ShowJsonError(path.text(), std::move(reason)); }
+    [[noreturn]] void fail(std::string reason) const { throw EncodeFailure{std::move(reason), {}}; }
     void key(std::string_view name) { writer.plainString(name); }
 };
 
@@ -93,8 +112,7 @@ template <NamedCase E> void write(E value, EncodeContext& context) {
 template <class T> void write(const std::vector<T>& values, EncodeContext& context) {
     context.writer.StartArray();
     for (std::size_t i = 0; i < values.size(); ++i) {
-        PathScope scope(context, i);
-        write(values[i], context);
+        within(i, [&] { write(values[i], context); });
     }
     context.writer.EndArray(static_cast<rapidjson::SizeType>(values.size()));
 }
@@ -121,9 +139,8 @@ public:
 
 private:
     template <class T> void add(std::string_view key, const T& field) {
-        PathScope scope(context_, key);
         context_.key(key);
-        write(field, context_);
+        within(key, [&] { write(field, context_); });
     }
 
     EncodeContext& context_;
@@ -142,14 +159,13 @@ template <WritableRecord T> void write(const T& record, EncodeContext& context) 
 template <NamedVariant Variant> void write(const Variant& value, EncodeContext& context) {
     const std::string_view name = VariantForm<Variant>::names[value.index()];
     const bool wrapped = VariantForm<Variant>::wrapped[value.index()];
-    PathScope scope(context, name);
     context.writer.StartObject();
     context.key(name);
     if (wrapped) {
         context.writer.StartObject();
         context.key("_0");
     }
-    std::visit([&](const auto& alternative) { write(alternative, context); }, value);
+    within(name, [&] { std::visit([&](const auto& alternative) { write(alternative, context); }, value); });
     if (wrapped) context.writer.EndObject();
     context.writer.EndObject();
 }

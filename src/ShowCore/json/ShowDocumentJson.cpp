@@ -12,8 +12,12 @@ template <class T> std::string encode(const T& value, std::size_t sizeHint) {
     std::string text(sizeHint, '\0');
     json::TextOutput output{text};
     json::TextWriter writer(output);
-    json::EncodeContext context{writer, {}};
-    json::write(value, context);
+    json::EncodeContext context{writer};
+    try {
+        json::write(value, context);
+    } catch (const json::EncodeFailure& failure) {
+        throw failure.error();
+    }
     text.resize(output.used);
     return text;
 }
