@@ -16,6 +16,8 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <vector>
 
 namespace velarion::showcore::json {
 
@@ -47,6 +49,15 @@ public:
         return true;
     }
     std::string_view string();
+    // Takes the key `name` (plain ASCII, nothing to escape) if it comes next.
+    bool takeKey(std::string_view name) {
+        if (peek() != '"' || static_cast<std::size_t>(end_ - at_) < name.size() + 2 || at_[name.size() + 1] != '"' ||
+            !sameText(std::string_view(at_ + 1, name.size()), name)) {
+            return false;
+        }
+        at_ += name.size() + 2;
+        return true;
+    }
     // A scalar (null, boolean, number or string) as a one-value tree.
     Value scalar();
     bool atEnd() {
@@ -137,6 +148,41 @@ private:
     std::size_t foundIndex_ = 0;
 };
 
+// Reads the field at a known place in the list.
+class QuickFieldAt {
+public:
+    QuickFieldAt(QuickContext& in, std::size_t index) : in_(in), index_(index) {}
+    template <class T> void operator()(std::string_view, T& field) {
+        if (at_++ == index_) quickRead(in_, field);
+    }
+
+private:
+    QuickContext& in_;
+    std::size_t index_;
+    std::size_t at_ = 0;
+};
+
+// The keys of a record's fields in field order, gathered once; null for the
+// records that can't be made empty (QuickOneField).
+struct QuickKeyCollector {
+    std::vector<std::string_view> keys;
+    template <class T> void operator()(std::string_view key, T&) { keys.push_back(key); }
+};
+
+template <class T> const std::vector<std::string_view>* quickFieldKeys() {
+    if constexpr (std::is_default_constructible_v<T>) {
+        static const std::vector<std::string_view> keys = [] {
+            T record{};
+            QuickKeyCollector collector;
+            visitFields(collector, record);
+            return std::move(collector.keys);
+        }();
+        return &keys;
+    } else {
+        return nullptr;
+    }
+}
+
 // After the object: optional fields without a key are none; a required one
 // abandons.
 class QuickMissingFields {
@@ -165,17 +211,27 @@ template <QuickRecord T> void quickRead(QuickContext& in, T& out) {
     std::uint64_t seen = 0;
     std::size_t expected = 0;
     if (!in.scanner.take('}')) {
+        const std::vector<std::string_view>* keys = quickFieldKeys<T>();
         do {
-            const std::string_view key = in.scanner.string();
-            in.scanner.expect(':');
-            QuickFieldReader reader(in, key, expected, false);
-            visitFields(reader, out);
-            std::size_t index = reader.foundIndex();
-            if (!reader.found()) {
-                QuickFieldReader anyReader(in, key, 0, true);
-                visitFields(anyReader, out);
-                if (!anyReader.found()) QuickScanner::abandon(); // a key we don't know
-                index = anyReader.foundIndex();
+            std::size_t index = expected;
+            // Keys usually come in field order: the next field's key is
+            // matched in place, without reading it as a string first.
+            if (keys != nullptr && expected < keys->size() && in.scanner.takeKey((*keys)[expected])) {
+                in.scanner.expect(':');
+                QuickFieldAt reader(in, expected);
+                visitFields(reader, out);
+            } else {
+                const std::string_view key = in.scanner.string();
+                in.scanner.expect(':');
+                QuickFieldReader reader(in, key, expected, false);
+                visitFields(reader, out);
+                index = reader.foundIndex();
+                if (!reader.found()) {
+                    QuickFieldReader anyReader(in, key, 0, true);
+                    visitFields(anyReader, out);
+                    if (!anyReader.found()) QuickScanner::abandon(); // a key we don't know
+                    index = anyReader.foundIndex();
+                }
             }
             if (index >= 64 || (seen >> index & 1) != 0) QuickScanner::abandon(); // repeated
             seen |= std::uint64_t{1} << index;
