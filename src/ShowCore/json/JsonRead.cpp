@@ -194,9 +194,14 @@ void read(const Value& value, std::map<std::string, std::string>& out, DecodeCon
     }
 }
 
-const Value* FieldReader::findElsewhere(std::string_view key) {
-    for (auto it = object_.MemberBegin(); it != object_.MemberEnd(); ++it) {
-        if (sameKey(it->name, key)) {
+const Value* FieldReader::find(std::string_view key) {
+    auto matches = [&](Value::ConstMemberIterator it) {
+        return std::string_view(it->name.GetString(), it->name.GetStringLength()) == key;
+    };
+    const auto end = object_.MemberEnd();
+    if (next_ != end && matches(next_)) return &(next_++)->value;
+    for (auto it = object_.MemberBegin(); it != end; ++it) {
+        if (matches(it)) {
             next_ = it + 1;
             return &it->value;
         }
@@ -321,12 +326,7 @@ std::size_t utf8SequenceLength(const char* at, const char* end) {
     return length;
 }
 
-namespace {
-
-// The UTF-8 check, and when asked the place of the first NUL byte in the
-// same pass (npos for none).
-template <bool findNul> bool checkUTF8(std::string_view text, std::size_t& nul) {
-    constexpr std::uint64_t ones = 0x0101010101010101ull;
+bool isValidUTF8(std::string_view text) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
     const std::size_t size = text.size();
     std::size_t i = 0;
@@ -335,17 +335,11 @@ template <bool findNul> bool checkUTF8(std::string_view text, std::size_t& nul) 
             std::uint64_t word;
             std::memcpy(&word, bytes + i, 8);
             if ((word & 0x8080808080808080ull) == 0) {
-                // With no high bits, a zero byte is exactly one whose borrow reaches bit 7.
-                const bool mayHoldNul = findNul && nul == std::string_view::npos && ((word - ones) & ~word & 0x8080808080808080ull) != 0;
-                if (!mayHoldNul) {
-                    i += 8;
-                    continue;
-                }
+                i += 8;
+                continue;
             }
         }
-        const unsigned lead = bytes[i];
-        if (lead < 0x80) {
-            if (findNul && lead == 0 && nul == std::string_view::npos) nul = i;
+        if (bytes[i] < 0x80) {
             ++i;
             continue;
         }
@@ -356,21 +350,12 @@ template <bool findNul> bool checkUTF8(std::string_view text, std::size_t& nul) 
     return true;
 }
 
-} // namespace
-
-bool isValidUTF8(std::string_view text) {
-    std::size_t nul = std::string_view::npos;
-    return checkUTF8<false>(text, nul);
-}
-
-
 void parse(std::string& text, rapidjson::Document& document) {
     // The encoding is checked once over the whole text, faster than string
     // by string inside the reader.
-    std::size_t nul = std::string_view::npos;
-    if (!checkUTF8<true>(text, nul)) throw ShowJsonError({}, "the text isn't valid UTF-8");
+    if (!isValidUTF8(text)) throw ShowJsonError({}, "the text isn't valid UTF-8");
     // In place, a NUL byte would end the text early; JSON never holds one raw.
-    if (nul != std::string_view::npos) {
+    if (const auto nul = text.find('\0'); nul != std::string::npos) {
         throw ShowJsonError({}, "the text isn't valid JSON (a NUL byte at byte " + std::to_string(nul) + ".)");
     }
     constexpr unsigned flags =

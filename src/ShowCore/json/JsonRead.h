@@ -101,7 +101,7 @@ template <class V>
 concept NamedVariant = requires { VariantForm<V>::names; };
 
 // Short texts (keys, case names) compared in line: cheaper than a call to
-// memcmp for the millions of keys of a large graph.
+// memcmp for the millions of keys of a large graph (JsonQuickRead.h).
 inline bool sameText(std::string_view a, std::string_view b) {
     if (a.size() != b.size()) return false;
     for (std::size_t i = 0; i < a.size(); ++i) {
@@ -131,13 +131,9 @@ void read(const Value& value, DurationValue& out, DecodeContext& context);
 template <NamedCase E> void read(const Value& value, E& out, DecodeContext& context) {
     if (!value.IsString()) context.fail("expected text, found " + std::string(typeName(value)));
     const std::string_view text(value.GetString(), value.GetStringLength());
-    for (std::size_t i = 0; i < caseNames<E>.size(); ++i) {
-        if (sameText(caseNames<E>[i], text)) {
-            out = static_cast<E>(i);
-            return;
-        }
-    }
-    failUnknownCase(text, caseNames<E>.data(), caseNames<E>.size(), context);
+    auto parsed = parseCase<E>(text);
+    if (!parsed) failUnknownCase(text, caseNames<E>.data(), caseNames<E>.size(), context);
+    out = *parsed;
 }
 
 // ---------------------------------------------------------------- containers
@@ -195,15 +191,7 @@ public:
     }
 
 private:
-    static bool sameKey(const Value& name, std::string_view key) {
-        return sameText(std::string_view(name.GetString(), name.GetStringLength()), key);
-    }
-
-    const Value* find(std::string_view key) {
-        if (next_ != object_.MemberEnd() && sameKey(next_->name, key)) return &(next_++)->value;
-        return findElsewhere(key);
-    }
-    const Value* findElsewhere(std::string_view key);
+    const Value* find(std::string_view key);
 
     const Value& object_;
     DecodeContext& context_;
@@ -246,7 +234,7 @@ template <NamedVariant Variant> void read(const Value& value, Variant& out, Deco
     const std::string_view name(member.name.GetString(), member.name.GetStringLength());
     constexpr auto& names = VariantForm<Variant>::names;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (!sameText(names[i], name)) continue;
+        if (names[i] != name) continue;
         PathScope scope(context, names[i]);
         if (!member.value.IsObject()) {
             context.fail("expected an object, found " + std::string(typeName(member.value)));
