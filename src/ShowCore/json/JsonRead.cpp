@@ -211,6 +211,51 @@ const Value* FieldReader::find(std::string_view key) {
 
 namespace {
 
+// Whether a number outside a double's range lies above it: the power of
+// ten of its first significant digit decides.
+bool isTooLarge(std::string_view literal) {
+    const auto exponentAt = literal.find_first_of("eE");
+    std::string_view mantissa = literal.substr(0, exponentAt);
+    if (mantissa.front() == '-') mantissa.remove_prefix(1);
+    const auto point = std::min(mantissa.find('.'), mantissa.size());
+    const auto first = mantissa.find_first_not_of("0.");
+    if (first == std::string_view::npos) return false;
+    long long power = first < point ? static_cast<long long>(point - first) - 1
+                                    : -static_cast<long long>(first - point);
+    if (exponentAt != std::string_view::npos) {
+        std::string_view exponent = literal.substr(exponentAt + 1);
+        if (exponent.front() == '+') exponent.remove_prefix(1);
+        long long shift = 0;
+        const auto result = std::from_chars(exponent.data(), exponent.data() + exponent.size(), shift);
+        if (result.ec != std::errc{}) return exponent.front() != '-';
+        power += shift;
+    }
+    return power > 0;
+}
+
+} // namespace
+
+NumberFault convertNumber(std::string_view literal, bool& isWhole, std::int64_t& whole, double& number) {
+    const char* text = literal.data();
+    const char* end = text + literal.size();
+    if (literal.find_first_of(".eE") == std::string_view::npos) {
+        if (std::from_chars(text, end, whole).ec == std::errc{}) {
+            isWhole = true;
+            return NumberFault::none;
+        }
+    }
+    isWhole = false;
+    const auto [rest, error] = std::from_chars(text, end, number);
+    if (rest != end) return NumberFault::malformed;
+    if (error == std::errc::result_out_of_range) {
+        if (isTooLarge(literal)) return NumberFault::tooLarge;
+        number = literal.front() == '-' ? -0.0 : 0.0; // below a double's range
+    }
+    return NumberFault::none;
+}
+
+namespace {
+
 // Numbers reach the tree as text and are converted with std::from_chars,
 // which rounds correctly; RapidJSON 1.1.0's own conversion misreads some
 // ("0e308", "1.8e308", 309-digit integers).
@@ -219,23 +264,15 @@ public:
     explicit NumberConverter(rapidjson::Document& document) : document_(document) {}
 
     bool RawNumber(const char* text, rapidjson::SizeType length, bool) {
-        const std::string_view literal(text, length);
-        const char* end = text + length;
-        if (literal.find_first_of(".eE") == std::string_view::npos) {
-            std::int64_t whole = 0;
-            if (std::from_chars(text, end, whole).ec == std::errc{}) return document_.Int64(whole);
-        }
+        bool isWhole = false;
+        std::int64_t whole = 0;
         double number = 0;
-        const auto [rest, error] = std::from_chars(text, end, number);
-        if (rest != end) return false;
-        if (error == std::errc::result_out_of_range) {
-            if (isTooLarge(literal)) {
-                tooLarge_ = true;
-                return false;
-            }
-            number = literal.front() == '-' ? -0.0 : 0.0; // below a double's range
+        switch (convertNumber(std::string_view(text, length), isWhole, whole, number)) {
+        case NumberFault::none: return isWhole ? document_.Int64(whole) : document_.Double(number);
+        case NumberFault::tooLarge: tooLarge_ = true; return false;
+        case NumberFault::malformed: return false;
         }
-        return document_.Double(number);
+        return false;
     }
 
     bool sawTooLarge() const { return tooLarge_; }
@@ -257,33 +294,37 @@ public:
     bool EndArray(rapidjson::SizeType elements) { return document_.EndArray(elements); }
 
 private:
-    // Whether a number outside a double's range lies above it: the power of
-    // ten of its first significant digit decides.
-    static bool isTooLarge(std::string_view literal) {
-        const auto exponentAt = literal.find_first_of("eE");
-        std::string_view mantissa = literal.substr(0, exponentAt);
-        if (mantissa.front() == '-') mantissa.remove_prefix(1);
-        const auto point = std::min(mantissa.find('.'), mantissa.size());
-        const auto first = mantissa.find_first_not_of("0.");
-        if (first == std::string_view::npos) return false;
-        long long power = first < point ? static_cast<long long>(point - first) - 1
-                                        : -static_cast<long long>(first - point);
-        if (exponentAt != std::string_view::npos) {
-            std::string_view exponent = literal.substr(exponentAt + 1);
-            if (exponent.front() == '+') exponent.remove_prefix(1);
-            long long shift = 0;
-            const auto result = std::from_chars(exponent.data(), exponent.data() + exponent.size(), shift);
-            if (result.ec != std::errc{}) return exponent.front() != '-';
-            power += shift;
-        }
-        return power > 0;
-    }
-
     rapidjson::Document& document_;
     bool tooLarge_ = false;
 };
 
 } // namespace
+
+std::size_t utf8SequenceLength(const char* at, const char* end) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(at);
+    const std::size_t available = static_cast<std::size_t>(end - at);
+    const unsigned lead = bytes[0];
+    std::size_t length;
+    unsigned low = 0x80, high = 0xBF; // the allowed range of the second byte
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        if (lead == 0xE0) low = 0xA0;
+        if (lead == 0xED) high = 0x9F; // no surrogates
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        if (lead == 0xF0) low = 0x90;
+        if (lead == 0xF4) high = 0x8F;
+    } else {
+        return 0;
+    }
+    if (length > available || bytes[1] < low || bytes[1] > high) return 0;
+    for (std::size_t k = 2; k < length; ++k) {
+        if (bytes[k] < 0x80 || bytes[k] > 0xBF) return 0;
+    }
+    return length;
+}
 
 bool isValidUTF8(std::string_view text) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
@@ -298,30 +339,12 @@ bool isValidUTF8(std::string_view text) {
                 continue;
             }
         }
-        const unsigned lead = bytes[i];
-        if (lead < 0x80) {
+        if (bytes[i] < 0x80) {
             ++i;
             continue;
         }
-        std::size_t length;
-        unsigned low = 0x80, high = 0xBF; // the allowed range of the second byte
-        if (lead >= 0xC2 && lead <= 0xDF) {
-            length = 2;
-        } else if (lead >= 0xE0 && lead <= 0xEF) {
-            length = 3;
-            if (lead == 0xE0) low = 0xA0;
-            if (lead == 0xED) high = 0x9F; // no surrogates
-        } else if (lead >= 0xF0 && lead <= 0xF4) {
-            length = 4;
-            if (lead == 0xF0) low = 0x90;
-            if (lead == 0xF4) high = 0x8F;
-        } else {
-            return false;
-        }
-        if (i + length > size || bytes[i + 1] < low || bytes[i + 1] > high) return false;
-        for (std::size_t k = 2; k < length; ++k) {
-            if (bytes[i + k] < 0x80 || bytes[i + k] > 0xBF) return false;
-        }
+        const std::size_t length = utf8SequenceLength(text.data() + i, text.data() + size);
+        if (length == 0) return false;
         i += length;
     }
     return true;

@@ -70,11 +70,22 @@ std::string_view typeName(const Value& value);
 // points past U+10FFFF); runs of ASCII are passed over eight bytes at a time.
 bool isValidUTF8(std::string_view text);
 
+// The length of the well-formed UTF-8 sequence of more than one byte that
+// starts at `at`, by the same rules; 0 when there is none.
+std::size_t utf8SequenceLength(const char* at, const char* end);
+
 // Parses UTF-8 JSON text strictly (valid encoding, numbers converted exactly,
 // deep nesting on the heap, not the stack). The text is parsed in place: the
 // document's strings point into it, so it must outlive the document, and it
 // is changed.
 void parse(std::string& text, rapidjson::Document& document);
+
+
+// Converts a JSON number's text exactly (std::from_chars): a whole number
+// that fits is `whole`, anything else `number`; below a double's range reads
+// as zero. Fails for text that isn't a number or lies above a double's range.
+enum class NumberFault { none, malformed, tooLarge };
+NumberFault convertNumber(std::string_view literal, bool& isWhole, std::int64_t& whole, double& number);
 
 // Variants with payload name their cases; `wrapped[i]` puts case i's payload
 // one level deeper, under "_0".
@@ -88,6 +99,16 @@ concept NamedCase = std::is_enum_v<E> && requires { caseNames<E>.size(); };
 
 template <class V>
 concept NamedVariant = requires { VariantForm<V>::names; };
+
+// Short texts (keys, case names) compared in line: cheaper than a call to
+// memcmp for the millions of keys of a large graph (JsonQuickRead.h).
+inline bool sameText(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (a[i] != b[i]) return false;
+    }
+    return true;
+}
 
 inline constexpr std::string_view wrongKeyCount = "Invalid number of keys found, expected one.";
 

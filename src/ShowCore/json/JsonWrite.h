@@ -10,6 +10,9 @@
 #include <rapidjson/writer.h>
 
 #include <algorithm>
+#include <cstring>
+#include <variant>
+#include <vector>
 
 namespace velarion::showcore::json {
 
@@ -22,25 +25,71 @@ struct TextOutput {
     std::string& text;
     std::size_t used = 0;
     void reserve(std::size_t count) {
-        if (used + count > text.size()) text.resize(std::max(text.size() * 2, used + count));
+        if (used + count > text.size()) [[unlikely]] grow(count);
     }
     void Put(char c) {
         reserve(1);
         text[used++] = c;
     }
     void Flush() {}
+    void grow(std::size_t count);
 };
 inline void PutReserve(TextOutput& output, std::size_t count) { output.reserve(count); }
 inline void PutUnsafe(TextOutput& output, char c) { output.text[output.used++] = c; }
 
+// Whether text holds a byte JSON must escape: a control character, '"' or '\\'.
+// Eight bytes at a time, as most text needs nothing.
+bool needsEscape(std::string_view text);
+
+// RapidJSON's compact writer, with text that needs no escaping (keys, case
+// names, identities, most values) copied whole rather than byte by byte.
 // Text is checked by isValidUTF8 before it reaches the writer.
-using TextWriter = rapidjson::Writer<TextOutput>;
+class TextWriter : public rapidjson::Writer<TextOutput> {
+public:
+    using Writer::Writer;
+
+    // `plain` has nothing to escape: field and case names, formatted values.
+    void plainString(std::string_view plain) {
+        Prefix(rapidjson::kStringType);
+        os_->reserve(plain.size() + 2);
+        char* out = os_->text.data() + os_->used;
+        out[0] = '"';
+        std::memcpy(out + 1, plain.data(), plain.size());
+        out[plain.size() + 1] = '"';
+        os_->used += plain.size() + 2;
+    }
+
+    void text(std::string_view text) {
+        if (needsEscape(text)) {
+            String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+        } else {
+            plainString(text);
+        }
+    }
+};
+
+// A value that can't be written, on its way out. Its path is gathered while
+// the failure unwinds (`within`), so writing keeps no path as it goes.
+struct EncodeFailure {
+    std::string reason;
+    std::vector<std::variant<std::string_view, std::size_t>> innermostFirst; // keys and list places
+    ShowJsonError error() const;
+};
+
+// Runs `body`, putting `segment` on the path of a failure inside it.
+template <class Segment, class Body> void within(Segment segment, Body&& body) {
+    try {
+        body();
+    } catch (EncodeFailure& failure) {
+        failure.innermostFirst.emplace_back(segment);
+        throw;
+    }
+}
 
 struct EncodeContext {
     TextWriter& writer;
-    Path path;
-    [[noreturn]] void fail(std::string reason) const { throw ShowJsonError(path.text(), std::move(reason)); }
-    void key(std::string_view name) { writer.Key(name.data(), static_cast<rapidjson::SizeType>(name.size())); }
+    [[noreturn]] void fail(std::string reason) const { throw EncodeFailure{std::move(reason), {}}; }
+    void key(std::string_view name) { writer.plainString(name); }
 };
 
 void write(bool value, EncodeContext& context);
@@ -57,15 +106,13 @@ void write(const DurationValue& value, EncodeContext& context);
 void write(const std::map<std::string, std::string>& values, EncodeContext& context);
 
 template <NamedCase E> void write(E value, EncodeContext& context) {
-    const std::string_view name = toString(value);
-    context.writer.String(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+    context.writer.plainString(toString(value));
 }
 
 template <class T> void write(const std::vector<T>& values, EncodeContext& context) {
     context.writer.StartArray();
     for (std::size_t i = 0; i < values.size(); ++i) {
-        PathScope scope(context, i);
-        write(values[i], context);
+        within(i, [&] { write(values[i], context); });
     }
     context.writer.EndArray(static_cast<rapidjson::SizeType>(values.size()));
 }
@@ -92,9 +139,8 @@ public:
 
 private:
     template <class T> void add(std::string_view key, const T& field) {
-        PathScope scope(context_, key);
         context_.key(key);
-        write(field, context_);
+        within(key, [&] { write(field, context_); });
     }
 
     EncodeContext& context_;
@@ -113,14 +159,13 @@ template <WritableRecord T> void write(const T& record, EncodeContext& context) 
 template <NamedVariant Variant> void write(const Variant& value, EncodeContext& context) {
     const std::string_view name = VariantForm<Variant>::names[value.index()];
     const bool wrapped = VariantForm<Variant>::wrapped[value.index()];
-    PathScope scope(context, name);
     context.writer.StartObject();
     context.key(name);
     if (wrapped) {
         context.writer.StartObject();
         context.key("_0");
     }
-    std::visit([&](const auto& alternative) { write(alternative, context); }, value);
+    within(name, [&] { std::visit([&](const auto& alternative) { write(alternative, context); }, value); });
     if (wrapped) context.writer.EndObject();
     context.writer.EndObject();
 }

@@ -1,6 +1,7 @@
 #include "ShowCore/ShowDocumentJson.h"
 
 #include "ShowCore/json/FieldsResources.h"
+#include "ShowCore/json/JsonQuickRead.h"
 #include "ShowCore/json/JsonWrite.h"
 
 namespace velarion::showcore {
@@ -11,13 +12,25 @@ template <class T> std::string encode(const T& value, std::size_t sizeHint) {
     std::string text(sizeHint, '\0');
     json::TextOutput output{text};
     json::TextWriter writer(output);
-    json::EncodeContext context{writer, {}};
-    json::write(value, context);
+    json::EncodeContext context{writer};
+    try {
+        json::write(value, context);
+    } catch (const json::EncodeFailure& failure) {
+        throw failure.error();
+    }
     text.resize(output.used);
     return text;
 }
 
 template <class T> T decode(std::string_view text) {
+    // The quick reader takes the plain text our writer makes; anything else,
+    // faults included, goes to the tree reader, which words every error.
+    try {
+        T value{};
+        json::quickReadWhole(text, value);
+        return value;
+    } catch (const json::QuickReadAbandoned&) {
+    }
     std::string buffer(text); // parsed in place; outlives the tree
     rapidjson::Document tree;
     json::parse(buffer, tree);
