@@ -224,7 +224,8 @@ std::vector<ReadyItem> ReadyCheck::networkItems(const std::vector<const Cue*>& c
                                     "Choose the live source before running this cue."));
             continue;
         }
-        const auto same = std::find_if(sources.begin(), sources.end(), [&](const auto& seen) { return seen.first == source->name; });
+        const std::string& name = source->name; // clang 14 can't capture a structured binding
+        const auto same = std::find_if(sources.begin(), sources.end(), [&](const auto& seen) { return seen.first == name; });
         if (same == sources.end()) sources.push_back({source->name, {cue->name}});
         else same->second.push_back(cue->name);
     }
