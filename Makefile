@@ -57,6 +57,7 @@ run: build
 	scripts/run-demo $(BUILD) $(AGENT)
 
 bench: build
+	cmake --build $(BUILD) -j $(JOBS) --target benchmarks
 	scripts/run-benchmarks $(BUILD)
 
 clean:
