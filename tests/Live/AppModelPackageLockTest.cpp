@@ -4,7 +4,7 @@
 // closing its show.
 
 #include "AppModelFixture.h"
-#include "ForkedChild.h"
+#include "ChildProcess.h"
 
 namespace velarion::testing {
 namespace {

@@ -1,7 +1,7 @@
 // Autosave, opening and saving, on real packages in a temporary home.
 
 #include "AppModelFixture.h"
-#include "ForkedChild.h"
+#include "ChildProcess.h"
 
 #include "LiveModel/ShowEdit.h"
 
