@@ -39,6 +39,7 @@ public:
     void setOnEnd(std::function<void()>) override {}
     std::optional<std::string> audioOutputDeviceUID() const override { return device_; }
     void setAudioOutputDeviceUID(const std::optional<std::string>& device) override { device_ = device; }
+    void setAudioSink(VideoAudioSink) override {} // never plays, so never has sound to hand over
 
 private:
     Scheduler& scheduler_;

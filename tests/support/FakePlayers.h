@@ -148,6 +148,8 @@ public:
     void setAudioOutputDeviceUID(const std::optional<std::string>& deviceUID) override {
         deviceUID_ = deviceUID;
     }
+    void setAudioSink(VideoAudioSink sink) override { audioSink = std::move(sink); }
+    VideoAudioSink audioSink;
 
     // Delivers the end of the file at once, wherever playback is.
     void endNow();

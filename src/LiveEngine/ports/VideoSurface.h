@@ -18,6 +18,7 @@
 //   renderers through SceneVideoSource. Destruction stops playback and drops
 //   pending callbacks.
 
+#include "LiveEngine/ports/VideoAudioSink.h"
 #include "ShowStage/SceneID.h"
 #include "ShowStage/SceneVideoSource.h"
 
@@ -75,6 +76,9 @@ public:
     // None is the system output.
     virtual std::optional<std::string> audioOutputDeviceUID() const = 0;
     virtual void setAudioOutputDeviceUID(const std::optional<std::string>& deviceUID) = 0;
+
+    // The audio tap (see VideoAudioSink.h); an empty sink removes it.
+    virtual void setAudioSink(VideoAudioSink sink) = 0;
 };
 
 } // namespace velarion
