@@ -6,7 +6,7 @@ ASAN      ?= build-asan
 FUZZ      ?= build-fuzz
 TSAN      ?= build-tsan
 JOBS      ?= $(shell nproc)
-FUZZ_SECONDS ?= 20
+FUZZ_SECONDS ?= 120
 CMAKE_GEN := -G Ninja
 
 .PHONY: deps build run test unit-test sanitize-test thread-test fuzz-test boundary-check bench clean
@@ -39,7 +39,8 @@ thread-test: deps
 	cd $(TSAN) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
 	  ctest --output-on-failure -j $(JOBS)
 
-# A short libFuzzer run of every parser of outside input, on the kept corpus.
+# A short libFuzzer run of every parser of outside input, on the kept corpus:
+# FUZZ_SECONDS in all, shared evenly by the fuzz programs.
 fuzz-test: deps
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARION_FUZZ=ON
 	cmake --build $(FUZZ) -j $(JOBS)
