@@ -1,6 +1,5 @@
 #include "PrivateSoundServer.h"
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -123,8 +122,8 @@ bool PrivateSoundServer::launch(std::string& whyNot) {
 // An idle null sink sleeps for up to two seconds at a time and only then
 // notices a stream that wants less latency; a quiet recording of each
 // monitor keeps every sink running at a few milliseconds from the start.
-// The first wake-up comes up to two seconds after the server starts, and is
-// awaited here so that every test starts with awake sinks.
+// Suspending and resuming a sink wakes it at once, so that the recording is
+// noticed without that wait; every test starts with awake sinks.
 bool PrivateSoundServer::keepSinksAwake(const std::vector<std::string>& sinks) {
     std::vector<std::filesystem::path> files;
     for (const std::string& sink : sinks) {
@@ -134,10 +133,18 @@ bool PrivateSoundServer::keepSinksAwake(const std::vector<std::string>& sinks) {
                                  files.back()));
     }
     for (int attempt = 0; attempt < 100; ++attempt) {
-        std::error_code error;
-        if (std::all_of(files.begin(), files.end(),
-                        [&](const auto& file) { return std::filesystem::file_size(file, error) > 0; }))
-            return true;
+        bool awake = true;
+        for (std::size_t i = 0; i < sinks.size(); ++i) {
+            std::error_code error;
+            if (std::filesystem::file_size(files[i], error) > 0) continue;
+            awake = false;
+            // Once a recording has had time to connect, and again now and then.
+            if (attempt % 4 == 2) {
+                pactl({"suspend-sink", sinks[i], "1"});
+                pactl({"suspend-sink", sinks[i], "0"});
+            }
+        }
+        if (awake) return true;
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
     return false;
