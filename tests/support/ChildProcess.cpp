@@ -7,7 +7,9 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
+#include <spawn.h>
 #include <stdexcept>
+#include <thread>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -194,6 +196,42 @@ void limitFileSizeBytes(long bytes) {
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{static_cast<rlim_t>(bytes), static_cast<rlim_t>(bytes)};
     ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+pid_t spawnBeside(const std::vector<std::string>& command, const std::filesystem::path& output, int passedFd) {
+    std::vector<std::string> words{"setpriv", "--pdeathsig", "KILL", "--"};
+    words.insert(words.end(), command.begin(), command.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    if (passedFd >= 0) posix_spawn_file_actions_adddup2(&actions, passedFd, 3);
+    pid_t process = -1;
+    if (::posix_spawnp(&process, argv[0], &actions, nullptr, argv.data(), environ) != 0) process = -1;
+    posix_spawn_file_actions_destroy(&actions);
+    return process;
+}
+
+int runToEnd(const std::vector<std::string>& command, const std::filesystem::path& output) {
+    const pid_t process = spawnBeside(command, output);
+    int status = 0;
+    if (process <= 0 || ::waitpid(process, &status, 0) != process) return -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+void endProcess(pid_t process) {
+    if (process <= 0) return;
+    ::kill(process, SIGTERM);
+    for (int i = 0; i < 100; ++i) {
+        if (::waitpid(process, nullptr, WNOHANG) == process) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    ::kill(process, SIGKILL);
+    ::waitpid(process, nullptr, 0);
 }
 
 } // namespace velarion::testing

@@ -4,6 +4,7 @@
 // Owns both pipes; its standard output is read line by line. Use from one
 // thread.
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -69,5 +70,17 @@ std::string runInForkedChild(const std::function<std::string()>& body);
 // Limits the files this process may write to `bytes` each; writing past it
 // fails with EFBIG instead of raising SIGXFSZ. For a forked child only.
 void limitFileSizeBytes(long bytes);
+
+// A server or tool run beside the test, from PATH: posix_spawn, not fork
+// (GStreamer's threads may hold locks a forked child would wait on for
+// ever), under `setpriv --pdeathsig KILL` so that a killed test leaves none
+// behind. Input and errors are /dev/null, output goes to `output`, and
+// `passedFd`, when given, is the child's descriptor 3. Its id, or -1.
+pid_t spawnBeside(const std::vector<std::string>& command, const std::filesystem::path& output = "/dev/null",
+                  int passedFd = -1);
+// Runs a command that way to its end: its exit status, or -1.
+int runToEnd(const std::vector<std::string>& command, const std::filesystem::path& output = "/dev/null");
+// SIGTERM, up to two seconds to go, then SIGKILL; reaped either way.
+void endProcess(pid_t process);
 
 } // namespace velarion::testing

@@ -1,60 +1,19 @@
 #include "PrivateSoundServer.h"
 
+#include "ChildProcess.h"
+
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <fstream>
 #include <sstream>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 #include <utility>
-
-extern char** environ;
 
 namespace velarion::testing {
 
 namespace {
-
-// Starts a program from PATH with its output going to `output` (or nowhere).
-// `setpriv` makes it die with this process, so a test that is killed leaves
-// no server behind. (posix_spawn, not fork: GStreamer's threads may hold
-// locks that a forked child would wait on for ever.)
-pid_t spawn(const std::vector<std::string>& command, const std::filesystem::path& output = "/dev/null") {
-    std::vector<std::string> wrapped{"setpriv", "--pdeathsig", "KILL", "--"};
-    wrapped.insert(wrapped.end(), command.begin(), command.end());
-    std::vector<char*> argv;
-    for (const std::string& part : wrapped) argv.push_back(const_cast<char*>(part.c_str()));
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    pid_t process = -1;
-    if (posix_spawnp(&process, argv[0], &actions, nullptr, argv.data(), environ) != 0) process = -1;
-    posix_spawn_file_actions_destroy(&actions);
-    return process;
-}
-
-int waitFor(pid_t process) {
-    int status = 0;
-    if (waitpid(process, &status, 0) < 0) return -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-void endProcess(pid_t process) {
-    if (process <= 0) return;
-    kill(process, SIGTERM);
-    for (int i = 0; i < 100; ++i) {
-        if (waitpid(process, nullptr, WNOHANG) == process) return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    kill(process, SIGKILL);
-    waitpid(process, nullptr, 0);
-}
 
 std::string nullSinkArguments(const std::string& name) {
     return "sink_name=" + name + " rate=" + std::to_string(PrivateSoundServer::sampleRate) +
@@ -92,7 +51,7 @@ std::unique_ptr<PrivateSoundServer> PrivateSoundServer::start(std::string& whyNo
 }
 
 bool PrivateSoundServer::launch(std::string& whyNot) {
-    server_ = spawn({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--system=false",
+    server_ = spawnBeside({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--system=false",
                      "--use-pid-file=no", "--disallow-exit", "--log-target=stderr",
                      "-F", (folder_ / "server.pa").string()});
     if (server_ < 0) {
@@ -128,7 +87,7 @@ bool PrivateSoundServer::keepSinksAwake(const std::vector<std::string>& sinks) {
     std::vector<std::filesystem::path> files;
     for (const std::string& sink : sinks) {
         files.push_back(folder_ / ("awake-" + sink + "-" + std::to_string(keepers_.size()) + ".raw"));
-        keepers_.push_back(spawn({"parec", "-s", address(), "-d", sink + ".monitor",
+        keepers_.push_back(spawnBeside({"parec", "-s", address(), "-d", sink + ".monitor",
                                   "--latency-msec=5", "--format=u8", "--rate=4000", "--channels=1"},
                                  files.back()));
     }
@@ -165,15 +124,13 @@ std::string PrivateSoundServer::address() const { return "unix:" + (folder_ / "n
 bool PrivateSoundServer::pactl(const std::vector<std::string>& arguments) const {
     std::vector<std::string> command{"pactl", "-s", address()};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const pid_t process = spawn(command);
-    return process > 0 && waitFor(process) == 0;
+    return runToEnd(command) == 0;
 }
 
 bool PrivateSoundServer::removeSink(const std::string& name) const {
     // The sink's module is found by its arguments in the module list.
     const auto list = folder_ / "modules.txt";
-    const pid_t process = spawn({"pactl", "-s", address(), "list", "short", "modules"}, list);
-    if (process <= 0 || waitFor(process) != 0) return false;
+    if (runToEnd({"pactl", "-s", address(), "list", "short", "modules"}, list) != 0) return false;
     std::ifstream in(list);
     std::string line;
     while (std::getline(in, line)) {
@@ -202,7 +159,7 @@ bool PrivateSoundServer::crashAndRestart() {
 
 std::unique_ptr<PrivateSoundServer::Recording> PrivateSoundServer::record(const std::string& sink) const {
     const auto file = folder_ / ("recording-" + std::to_string(++recordings_) + ".raw");
-    const pid_t process = spawn({"parec", "-s", address(), "-d", sink + ".monitor", "--format=s16le",
+    const pid_t process = spawnBeside({"parec", "-s", address(), "-d", sink + ".monitor", "--format=s16le",
                                  "--rate=" + std::to_string(sampleRate), "--channels=2", "--latency-msec=20"},
                                 file);
     if (process <= 0) return nullptr;

@@ -1,19 +1,13 @@
 #include "PrivateXServer.h"
 
-#include <fcntl.h>
+#include "ChildProcess.h"
+
 #include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <thread>
-
-extern char** environ;
 
 namespace velarion::testing {
 
@@ -72,14 +66,7 @@ EndSection
 bool PrivateXServer::xrandr(const std::vector<std::string>& arguments) const {
     std::vector<std::string> command{"xrandr", "-display", display_};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (const std::string& part : command) argv.push_back(const_cast<char*>(part.c_str()));
-    argv.push_back(nullptr);
-    pid_t process = -1;
-    if (posix_spawnp(&process, argv[0], nullptr, nullptr, argv.data(), environ) != 0) return false;
-    int status = 0;
-    waitpid(process, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return runToEnd(command) == 0;
 }
 
 std::unique_ptr<PrivateXServer> PrivateXServer::launch(std::vector<std::string> serverCommand, std::string& whyNot) {
@@ -88,25 +75,12 @@ std::unique_ptr<PrivateXServer> PrivateXServer::launch(std::vector<std::string> 
         whyNot = "no pipe for the X server";
         return nullptr;
     }
-    std::vector<std::string> command{"setpriv", "--pdeathsig", "KILL", "--"};
-    command.insert(command.end(), serverCommand.begin(), serverCommand.end());
-    command.insert(command.end(), {"-displayfd", "3"});
-    std::vector<char*> argv;
-    for (const std::string& part : command) argv.push_back(const_cast<char*>(part.c_str()));
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, channel[1], 3);
+    serverCommand.insert(serverCommand.end(), {"-displayfd", "3"});
     auto server = std::unique_ptr<PrivateXServer>(new PrivateXServer);
-    const int spawned = posix_spawnp(&server->process_, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
+    server->process_ = spawnBeside(serverCommand, "/dev/null", channel[1]);
     close(channel[1]);
-    if (spawned != 0) {
+    if (server->process_ < 0) {
         close(channel[0]);
-        server->process_ = -1;
         whyNot = serverCommand.front() + " couldn't start";
         return nullptr;
     }
@@ -129,14 +103,7 @@ std::unique_ptr<PrivateXServer> PrivateXServer::launch(std::vector<std::string> 
 
 PrivateXServer::~PrivateXServer() {
     if (!folder_.empty()) std::filesystem::remove_all(folder_);
-    if (process_ <= 0) return;
-    kill(process_, SIGTERM);
-    for (int i = 0; i < 100; ++i) {
-        if (waitpid(process_, nullptr, WNOHANG) == process_) return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    kill(process_, SIGKILL);
-    waitpid(process_, nullptr, 0);
+    endProcess(process_);
 }
 
 } // namespace velarion::testing
