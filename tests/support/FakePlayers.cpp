@@ -104,17 +104,6 @@ double FakeSoundFilePlayer::averagePowerDecibels(int /*channel*/) const {
     return meteredDecibels_;
 }
 
-void FakeSoundFilePlayer::failEnd() {
-    settle();
-    playing_ = false;
-}
-
-void FakeSoundFilePlayer::endNow() {
-    settle();
-    playing_ = false;
-    anchorPositionSeconds_ = durationSeconds_;
-}
-
 // ---------------------------------------------------- FakeVideoSurface
 
 FakeVideoSurface::FakeVideoSurface(Scheduler& scheduler, SceneID id, std::filesystem::path path,
@@ -135,7 +124,7 @@ Scheduler::Task FakeVideoSurface::guarded(Scheduler::Task task) const {
 }
 
 void FakeVideoSurface::prepare(double timeoutSeconds, std::function<void(VideoPreparation)> done) {
-    const bool timesOut = behaviour_.neverReady || behaviour_.prepareSeconds > timeoutSeconds;
+    const bool timesOut = behaviour_.prepareSeconds > timeoutSeconds;
     const double delaySeconds = timesOut ? timeoutSeconds : behaviour_.prepareSeconds;
     auto answer = [this, timesOut, done = std::move(done)] {
         VideoPreparation preparation =
@@ -143,8 +132,7 @@ void FakeVideoSurface::prepare(double timeoutSeconds, std::function<void(VideoPr
         if (!timesOut && behaviour_.failure) {
             preparation = *behaviour_.failure;
         } else if (!timesOut) {
-            info_ =
-                VideoSurfaceInfo{1920, 1080, 30, behaviour_.durationSeconds, behaviour_.hasAudio};
+            info_ = VideoSurfaceInfo{1920, 1080, 30, behaviour_.durationSeconds, true};
             preparation = *info_;
         }
         if (done) done(preparation);
@@ -187,10 +175,6 @@ void FakeVideoSurface::setVolume(double level, bool muted) {
 void FakeVideoSurface::setLoops(bool loops) {
     loops_ = loops;
     scheduleEnd();
-}
-
-void FakeVideoSurface::endNow() {
-    reachEnd();
 }
 
 void FakeVideoSurface::scheduleEnd() {

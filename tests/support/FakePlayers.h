@@ -1,8 +1,8 @@
 #pragma once
 // Sound players and video surfaces for tests that play in virtual time: a
 // position is worked out from the scheduler's `now()` when asked, so a test
-// moves time with the scheduler and reads where playback has got to. Each
-// double can be made to end or fail.
+// moves time with the scheduler and reads where playback has got to. A
+// video can be made to fail or to take longer to prepare than it may.
 //
 // - FakeSoundFilePlayer plays for its duration (or for ever when looping),
 //   fades linearly in scheduler time and reports `levelDecibels` on its
@@ -61,11 +61,6 @@ public:
     void updateMeters() override;
     double averagePowerDecibels(int channel) const override;
 
-    // Stops where it is, as when the output device dies.
-    void failEnd();
-    // Stops at the end of the file, as when it plays out.
-    void endNow();
-
     // What every channel measures while playing.
     double levelDecibels = -160;
 
@@ -105,13 +100,10 @@ private:
 
 struct FakeVideoBehaviour {
     double durationSeconds = 10;
-    // How long `prepare` takes to answer.
+    // How long `prepare` takes to answer; past its timeout, the timeout answers.
     double prepareSeconds = 0.05;
     // When set, `prepare` answers with this instead of the facts.
     std::optional<VideoSurfaceError> failure;
-    // `prepare` never finishes on its own: the timeout answers.
-    bool neverReady = false;
-    bool hasAudio = true;
 };
 
 class FakeVideoSurface final : public VideoSurface {
@@ -150,9 +142,6 @@ public:
     }
     void setAudioSink(VideoAudioSink sink) override { audioSink = std::move(sink); }
     VideoAudioSink audioSink;
-
-    // Delivers the end of the file at once, wherever playback is.
-    void endNow();
 
     int playCount = 0;
 
