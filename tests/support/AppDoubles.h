@@ -51,7 +51,6 @@ public:
     std::optional<std::string> failure;
     bool holdsDraws = false;
     std::vector<std::function<void()>> heldDraws;
-    std::vector<Uuid> updatedItems;
     int pruneCount = 0;
 };
 

@@ -21,14 +21,10 @@ public:
 
     // Paths that load as nothing, as a missing or broken file would.
     std::set<std::string> failingPaths;
-    bool failEverything = false;
     // The size and colour of every picture that loads.
     int widthPixels = 4;
     int heightPixels = 4;
     SceneColor color{0.2, 0.4, 0.6, 1};
-
-    // Every path asked for, in order, failed or not.
-    std::vector<std::string> loadedPaths;
 };
 
 struct TextCardCall {

@@ -5,11 +5,10 @@
 namespace velarion::testing {
 
 void RecordingOutputManager::apply(const OutputScene& scene, const LayerKinds& kinds,
-                                   const VideoSurfaces& surfaces, const LayerRoutes& routes,
+                                   const VideoSurfaces& /*surfaces*/, const LayerRoutes& routes,
                                    const LyricPartPictures& lyricParts,
                                    const std::optional<SceneID>& lyricLayerID) {
-    AppliedOutputCall call{scene, kinds, {}, routes, {}, lyricLayerID};
-    for (const auto& entry : surfaces) call.surfaceIDs.insert(entry.first);
+    AppliedOutputCall call{scene, kinds, routes, {}, lyricLayerID};
     for (const auto& entry : lyricParts) call.lyricLineLimits.insert(entry.first);
     applied.push_back(std::move(call));
 }

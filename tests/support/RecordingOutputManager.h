@@ -21,7 +21,6 @@ namespace velarion::testing {
 struct AppliedOutputCall {
     OutputScene scene;
     LayerKinds kinds;
-    std::set<SceneID> surfaceIDs; // the keys of the surfaces given
     LayerRoutes routes;
     std::set<int> lyricLineLimits; // the keys of the lyric part pictures
     std::optional<SceneID> lyricLayerID;
@@ -43,7 +42,7 @@ public:
     void configure(const OutputSetup& setup) override { setups.push_back(setup); }
     void updateStage(const ConfidenceState& confidence, const std::optional<TimerState>& timer,
                      const std::optional<std::string>& nextCueName, double wallSeconds) override;
-    void clearDiagnostics() override { ++clearDiagnosticsCount; }
+    void clearDiagnostics() override {}
     void closeAll() override { ++closeAllCount; }
 
     void setOnHealthChange(HealthCallback callback) override {
@@ -71,7 +70,6 @@ public:
     std::vector<AppliedOutputCall> applied;
     std::vector<OutputSetup> setups;
     std::vector<StageUpdateCall> stageUpdates;
-    int clearDiagnosticsCount = 0;
     int closeAllCount = 0;
 
     std::vector<OutputHealth> reportedHealth;
