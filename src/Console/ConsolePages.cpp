@@ -53,12 +53,14 @@ StartPage::StartPage(AppModel& model, std::function<void()> openPanel, QWidget* 
     noRecents_ = new QLabel("No recent shows", this);
     noRecents_->setStyleSheet("color: #808690;");
     left->addWidget(noRecents_);
-    left->addWidget(heading("NEVER SAVED TO A FILE", this));
+    unsavedHeading_ = heading("NEVER SAVED TO A FILE", this);
+    left->addWidget(unsavedHeading_);
     unsaved_ = new QListWidget(this);
     connect(unsaved_, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
         openAt(model_, item->data(Qt::UserRole).toString().toStdString());
     });
     left->addWidget(unsaved_, 1);
+    left->addStretch(1);
     auto* open = new QPushButton("Open…", this);
     connect(open, &QPushButton::clicked, this, [openPanel] { openPanel(); });
     left->addWidget(open, 0, Qt::AlignLeft);
@@ -69,7 +71,9 @@ StartPage::StartPage(AppModel& model, std::function<void()> openPanel, QWidget* 
     for (ShowTemplate kind : {ShowTemplate::blank, ShowTemplate::presentation, ShowTemplate::conference,
                               ShowTemplate::panel, ShowTemplate::awards}) {
         auto* button = new QPushButton(this);
-        button->setText(qt(std::string(showTemplate::name(kind))) + "\n" + qt(std::string(showTemplate::summary(kind))));
+        // "&" would be read as a keyboard accelerator ("Q&A").
+        QString words = qt(std::string(showTemplate::name(kind))) + "\n" + qt(std::string(showTemplate::summary(kind)));
+        button->setText(words.replace('&', "&&"));
         button->setStyleSheet("text-align: left; padding: 10px;");
         button->setMinimumHeight(60);
         connect(button, &QPushButton::clicked, this, [this, kind] { model_.newShow(kind, ""); });
@@ -103,6 +107,8 @@ void StartPage::refresh() {
         auto* item = new QListWidgetItem(qt(show.title), unsaved_);
         item->setData(Qt::UserRole, qt(show.location.string()));
     }
+    unsaved_->setVisible(unsaved_->count() > 0);
+    unsavedHeading_->setVisible(unsaved_->count() > 0);
 }
 
 SlidesPage::SlidesPage(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {

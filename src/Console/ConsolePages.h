@@ -36,6 +36,7 @@ private:
     QListWidget* recents_ = nullptr;
     QListWidget* unsaved_ = nullptr;
     QLabel* noRecents_ = nullptr;
+    QLabel* unsavedHeading_ = nullptr;
 };
 
 class SlidesPage final : public QWidget {

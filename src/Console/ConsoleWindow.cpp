@@ -64,6 +64,7 @@ ConsoleWindow::ConsoleWindow(AppModel& model, std::function<double()> now, Prefe
     connect(liveTimer_, &QTimer::timeout, this, [this] { refreshLive(); });
     liveTimer_->start(liveRefreshMilliseconds);
     resize(1440, 900);
+    showPage(Page::start);
     refresh();
 }
 
