@@ -174,9 +174,13 @@ void LiveRail::setText(QLabel& label, const QString& text) {
 QString LiveRail::onAirText() const { return onAir_->text(); }
 
 void LiveRail::refresh() {
-    const LiveEngine* engine = model_.engine();
     static const EngineState idle;
-    const EngineState& state = engine ? engine->state() : idle;
+    const LiveEngine* engine = model_.engine();
+    refresh(engine ? engine->state() : idle);
+}
+
+void LiveRail::refresh(const EngineState& state) {
+    const LiveEngine* engine = model_.engine();
     const auto& show = model_.show();
 
     // GO names what it will fire.

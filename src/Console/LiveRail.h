@@ -49,6 +49,8 @@ public:
     LiveRail(AppModel& model, std::function<double()> now, QWidget* parent = nullptr);
 
     void refresh();
+    // The same for one published state of the open show's engine.
+    void refresh(const EngineState& state);
 
     QPushButton& goButton() { return *go_; }
     QPushButton& panicButton() { return *panic_; }

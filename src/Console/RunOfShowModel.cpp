@@ -230,6 +230,14 @@ QVariant RunOfShowModel::data(const QModelIndex& index, int role) const {
     case groupRole: return row.group;
     case groupEdgeRole: return row.groupEdge;
     case isEnabledRole: return cue ? cue->isEnabled : true;
+    case marksRole: {
+        int marks = cue ? 0 : sectionMark;
+        if (cue && next_ && *next_ == cue->id) marks |= nextMark;
+        if (cue && progress_.contains(cue->id)) marks |= runningMark;
+        if (row.groupEdge & 1) marks |= groupStartMark;
+        if (row.groupEdge & 2) marks |= groupEndMark;
+        return marks | ((row.group + 1) << 8);
+    }
     }
     return {};
 }

@@ -32,7 +32,11 @@ public:
         groupRole,    // index of the cue's playback group, -1 for none
         groupEdgeRole, // bit 1: first member, bit 2: last member
         isEnabledRole,
+        // All a row's marks in one answer, for painting: the flags below,
+        // and the group index + 1 from bit 8 (0: none).
+        marksRole,
     };
+    enum Mark { sectionMark = 1, nextMark = 2, runningMark = 4, groupStartMark = 8, groupEndMark = 16 };
     static inline const QString mimeType = QStringLiteral("application/x-velarion-cue-ids");
 
     explicit RunOfShowModel(AppModel& model);

@@ -20,35 +20,61 @@ class RowDelegate final : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
+    // One line of text with its icon, drawn straight: the style's general
+    // item layout (word wrap, several passes) costs most of a scroll.
+    static void paintCell(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index, int marks) {
+        const bool selected = option.state & QStyle::State_Selected;
+        if (selected) painter->fillRect(option.rect, option.palette.color(QPalette::Highlight));
+        QRect area = option.rect.adjusted(6, 0, -4, 0);
+        if (index.column() == RunOfShowModel::numberColumn && (marks >> 8) > 0) area.adjust(8, 0, 0, 0);
+        const QVariant icon = index.data(Qt::DecorationRole);
+        if (icon.isValid()) {
+            const int side = 18;
+            const QRect iconRect(area.left(), area.top() + (area.height() - side) / 2, side, side);
+            qvariant_cast<QIcon>(icon).paint(painter, iconRect);
+            area.setLeft(iconRect.right() + 6);
+        }
+        const QVariant font = index.data(Qt::FontRole);
+        if (font.isValid()) painter->setFont(qvariant_cast<QFont>(font));
+        else painter->setFont(option.font);
+        const QVariant colour = index.data(Qt::ForegroundRole);
+        painter->setPen(selected ? option.palette.color(QPalette::HighlightedText)
+                        : colour.isValid() ? qvariant_cast<QColor>(colour)
+                                           : option.palette.color(QPalette::Text));
+        const QString text = index.data(Qt::DisplayRole).toString();
+        painter->drawText(area, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
+                          painter->fontMetrics().elidedText(text, Qt::ElideRight, area.width()));
+    }
+
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        const bool isSection = index.data(RunOfShowModel::isSectionRole).toBool();
-        if (isSection) painter->fillRect(option.rect, colour::section);
-        const bool isNext = index.data(RunOfShowModel::isNextRole).toBool();
+        const int marks = index.data(RunOfShowModel::marksRole).toInt();
+        if (marks & RunOfShowModel::sectionMark) painter->fillRect(option.rect, colour::section);
+        const bool isNext = marks & RunOfShowModel::nextMark;
         if (isNext) painter->fillRect(option.rect, QColor(0x22, 0x33, 0x4a));
-        if (index.data(RunOfShowModel::isRunningRole).toBool()) {
+        if (marks & RunOfShowModel::runningMark) {
             QRect filled = option.rect;
             const double progress = index.data(RunOfShowModel::progressRole).toDouble();
             QColor fill = colour::running;
             fill.setAlpha(70);
             if (progress >= 0) {
                 // The whole row is one bar: each column fills its share.
-                const QWidget* view = option.widget;
-                const int total = view ? static_cast<const QTreeView*>(view)->viewport()->width() : option.rect.width();
+                const auto* view = static_cast<const QTreeView*>(option.widget);
+                const int total = view ? view->viewport()->width() : option.rect.width();
                 const int edge = int(progress * total);
                 filled.setRight(std::min(filled.right(), edge));
                 if (filled.left() <= edge) painter->fillRect(filled, fill);
             } else painter->fillRect(filled, fill);
         }
-        QStyledItemDelegate::paint(painter, option, index);
-        if (index.column() == RunOfShowModel::numberColumn) {
-            if (isNext) painter->fillRect(QRect(option.rect.left(), option.rect.top(), 5, option.rect.height()), colour::next);
-            const int group = index.data(RunOfShowModel::groupRole).toInt();
-            if (group >= 0) {
-                const int edge = index.data(RunOfShowModel::groupEdgeRole).toInt();
-                QRect stripe(option.rect.left() + 8, option.rect.top() + ((edge & 1) ? 4 : 0), 3,
-                             option.rect.height() - ((edge & 1) ? 4 : 0) - ((edge & 2) ? 4 : 0));
-                painter->fillRect(stripe, groupColours[group % 4]);
-            }
+        paintCell(painter, option, index, marks);
+        if (index.column() != RunOfShowModel::numberColumn) return;
+        if (isNext) painter->fillRect(QRect(option.rect.left(), option.rect.top(), 5, option.rect.height()), colour::next);
+        const int group = (marks >> 8) - 1;
+        if (group >= 0) {
+            const bool first = marks & RunOfShowModel::groupStartMark;
+            const bool last = marks & RunOfShowModel::groupEndMark;
+            const QRect stripe(option.rect.left() + 8, option.rect.top() + (first ? 4 : 0), 3,
+                               option.rect.height() - (first ? 4 : 0) - (last ? 4 : 0));
+            painter->fillRect(stripe, groupColours[group % 4]);
         }
     }
 };
