@@ -176,7 +176,7 @@ struct HeadlessApplication::Parts {
 HeadlessApplication::HeadlessApplication(HeadlessOptions options)
     : options_(std::move(options)), parts_(std::make_unique<Parts>()) {
     Parts& parts = *parts_;
-    parts.model = std::make_unique<AppModel>(parts.ports());
+    parts.model = std::make_unique<AppModel>(parts.ports(), AppOptions{static_cast<bool>(options_.snapshot)});
     parts.model->onChange = [&parts] { parts.printStatus(); };
     if (options_.agentGrants) {
         parts.model->setAgentMayRun(options_.agentGrants->run);
@@ -200,6 +200,13 @@ HeadlessApplication::~HeadlessApplication() = default;
 int HeadlessApplication::run() {
     Parts& parts = *parts_;
     AppModel& model = *parts.model;
+    if (options_.snapshot) {
+        const int code = options_.snapshot(model, parts.scheduler);
+        model.finishQuit();
+        return code;
+    }
+    const std::shared_ptr<void> console =
+        options_.console ? options_.console(model, parts.scheduler, parts.preferences) : nullptr;
     if (options_.show) {
         try {
             model.openShow(*options_.show);

@@ -10,11 +10,16 @@
 // `run` returns the process's exit code once the quit is done.
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
 
 namespace velarion {
+
+class AppModel;
+class Preferences;
+class Scheduler;
 
 struct AgentGrants {
     bool run = false;
@@ -35,6 +40,12 @@ struct HeadlessOptions {
     // then a pause of 1.2 s, over and over; each reported on standard output
     // as "Edited N" once it went in.
     bool editBurst = false;
+    // The console, when there is one: made once the model exists, before a
+    // show opens; kept until the main loop has ended.
+    std::function<std::shared_ptr<void>(AppModel&, Scheduler&, Preferences&)> console;
+    // "--snapshot": a snapshot run of the model, without agent, MIDI or
+    // reopening; it runs instead of the main loop and gives the exit code.
+    std::function<int(AppModel&, Scheduler&)> snapshot;
 };
 
 class HeadlessApplication {

@@ -29,6 +29,10 @@ public:
         CpuCompositor::draw(renderer_.drawList(atSeconds), image, videoFrames);
         return image;
     }
+    // The draw list alone, to draw on another thread (CpuCompositor::draw).
+    SceneFrame frame(double atSeconds) const { return renderer_.drawList(atSeconds); }
+    int widthPixels() const { return static_cast<int>(renderer_.widthPixels()); }
+    int heightPixels() const { return static_cast<int>(renderer_.heightPixels()); }
     int scenesReceived() const { return scenes_; }
 
 private:

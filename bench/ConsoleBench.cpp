@@ -1,0 +1,282 @@
+// The operator's console on the large generated show (5,000 cues), over the
+// application model on its test doubles, on a private X server:
+//
+// - Console/openToPaintedRunOfShow: from a loaded show to its run of show
+//   painted: the rows rebuilt and one paint of the visible list. Aim: 300 ms.
+// - Console/scrollRepaint: one page of scrolling and its repaint. Aim: 8 ms.
+// - Console/keyToPerform: a key event through the operator keys to the
+//   engine (Space: GO; Down: the next cue selected). Aim: 1 ms.
+// - Console/liveRailUpdate: the rail's refresh for one published state with
+//   20 running cues, and its repaint. Aim: 2 ms.
+// - Console/framesWhilePasting: an OpenGL output window drawing at 60 Hz on
+//   its render thread while the console pastes 5,000 cues and undoes the
+//   paste, over and over: the frames it missed (target 0).
+// The program runs on a private Xvfb with Mesa's software OpenGL.
+// Each reports the console's resident memory ("rssMiB") with the show open.
+// Times are the main thread's CPU time, so a busy machine doesn't inflate
+// them.
+
+#include "AppDoubles.h"
+#include "GoldenScenes.h"
+#include "PrivateXServer.h"
+#include "FakePictures.h"
+#include "FakePlayers.h"
+#include "ShowGenerator.h"
+#include "TempFolder.h"
+#include "VirtualScheduler.h"
+
+#include "Console/ConsoleWindow.h"
+#include "Console/LiveRail.h"
+#include "Console/OperatorKeys.h"
+#include "Console/RunOfShowModel.h"
+#include "Console/RunOfShowView.h"
+#include "Live/AppModel.h"
+#include "Live/ThreadShowWriter.h"
+#include "LiveModel/ShowEdit.h"
+#include "Platform/Outputs/GlOutputWindow.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QScrollBar>
+
+#include <benchmark/benchmark.h>
+
+#include <ctime>
+#include <cstdio>
+#include <cstdlib>
+#include <chrono>
+#include <fstream>
+#include <memory>
+#include <mutex>
+#include <unistd.h>
+
+namespace velarion::bench {
+
+namespace {
+
+// CPU time of the main thread: what the console itself spent, apart from
+// time lost to other programs on a busy machine.
+struct Clock {
+    using time_point = double;
+    static double now() {
+        timespec value{};
+        ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &value);
+        return double(value.tv_sec) + double(value.tv_nsec) * 1e-9;
+    }
+};
+
+double secondsSince(double start) { return Clock::now() - start; }
+
+double residentMiB() {
+    std::ifstream statm("/proc/self/statm");
+    long pages = 0, resident = 0;
+    statm >> pages >> resident;
+    return double(resident) * double(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
+}
+
+struct BenchConsole {
+    BenchConsole() {
+        const Show show = makeBenchmarkShow();
+        ShowPackage::create(first, show);
+        ShowPackage::create(second, show);
+        model = std::make_unique<AppModel>(AppPorts{scheduler, players, images, cards, slides, nullptr, outputs,
+                                                    slidePages, desktop, folders, writer, application, preferences});
+        model->openShow(first);
+        model->openShow(second);
+        window = std::make_unique<console::ConsoleWindow>(*model, [this] { return scheduler.now(); });
+        window->resize(1440, 900);
+        window->show();
+        QApplication::processEvents();
+        window->refresh();
+    }
+    void paintList() {
+        window->runOfShow().viewport()->repaint();
+    }
+
+    testing::TempFolder home{"velarion-console-bench"};
+    std::filesystem::path first = home / "Documents" / "A.velarion";
+    std::filesystem::path second = home / "Documents" / "B.velarion";
+    testing::VirtualScheduler scheduler;
+    testing::FakeMediaPlayers players{scheduler};
+    testing::FakeImageLoader images;
+    testing::FakeTextCards cards;
+    testing::FakeSlidePictures slides;
+    testing::RecordingOutputManagers outputs;
+    testing::FakeSlidePages slidePages;
+    testing::RecordingDesktopServices desktop;
+    testing::TempShowFolders folders{home.path()};
+    ThreadShowWriter writer{scheduler};
+    testing::RecordingApplicationControl application;
+    Preferences preferences{home / "preferences.json"};
+    std::unique_ptr<AppModel> model;
+    std::unique_ptr<console::ConsoleWindow> window;
+};
+
+// Made on first use and gone before the QApplication.
+std::unique_ptr<BenchConsole> made;
+BenchConsole& console() {
+    if (!made) made = std::make_unique<BenchConsole>();
+    return *made;
+}
+
+void openToPaintedRunOfShow(benchmark::State& state) {
+    BenchConsole& bench = console();
+    bool useFirst = true;
+    for (auto _ : state) {
+        bench.model->openShow(useFirst ? bench.first : bench.second);
+        useFirst = !useFirst;
+        const auto start = Clock::now();
+        bench.window->refresh();
+        bench.paintList();
+        state.SetIterationTime(secondsSince(start));
+    }
+    state.counters["rssMiB"] = residentMiB();
+    state.counters["rows"] = bench.window->rows().rowCount();
+}
+BENCHMARK(openToPaintedRunOfShow)->Name("Console/openToPaintedRunOfShow")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
+
+void scrollRepaint(benchmark::State& state) {
+    BenchConsole& bench = console();
+    QScrollBar& bar = *bench.window->runOfShow().verticalScrollBar();
+    int step = bar.pageStep();
+    for (auto _ : state) {
+        if (bar.value() + step > bar.maximum() || bar.value() + step < 0) step = -step;
+        const auto start = Clock::now();
+        bar.setValue(bar.value() + step);
+        bench.paintList();
+        state.SetIterationTime(secondsSince(start));
+    }
+    state.counters["rssMiB"] = residentMiB();
+}
+BENCHMARK(scrollRepaint)->Name("Console/scrollRepaint")->UseManualTime()->Unit(benchmark::kMicrosecond);
+
+void keyToPerform(benchmark::State& state) {
+    BenchConsole& bench = console();
+    const auto key = static_cast<Qt::Key>(state.range(0));
+    QWidget& list = bench.window->runOfShow();
+    list.setFocus();
+    for (auto _ : state) {
+        state.PauseTiming();
+        // Past GO's guard against bounced keys, and back to the top now and
+        // then, so that every press fires.
+        bench.scheduler.advance(0.3);
+        if (key == Qt::Key_Space && !bench.model->engineState()->nextCueID)
+            bench.model->perform(command::SetNext{bench.model->show()->allCues().front()->id});
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, key == Qt::Key_Space ? " " : "");
+        // The main loop turns between two presses, as it does for a person.
+        QCoreApplication::processEvents();
+        state.ResumeTiming();
+        const auto start = Clock::now();
+        benchmark::DoNotOptimize(bench.window->keys().handle(event, &list));
+        state.SetIterationTime(secondsSince(start));
+    }
+    state.counters["rssMiB"] = residentMiB();
+}
+BENCHMARK(keyToPerform)->Name("Console/keyToPerform/space")->Arg(Qt::Key_Space)->UseManualTime()->Unit(benchmark::kMicrosecond)->Iterations(2000);
+BENCHMARK(keyToPerform)->Name("Console/keyToPerform/down")->Arg(Qt::Key_Down)->UseManualTime()->Unit(benchmark::kMicrosecond)->Iterations(2000);
+
+void liveRailUpdate(benchmark::State& state) {
+    BenchConsole& bench = console();
+    console::LiveRail& rail = bench.window->rail();
+    EngineState published;
+    for (int i = 0; i < 20; ++i) {
+        RunningCue cue;
+        cue.id = Uuid::random();
+        cue.cueID = Uuid::random();
+        cue.name = "Running cue " + std::to_string(i + 1);
+        cue.kindLabel = i % 2 ? "Sound" : "Video";
+        cue.detail = "House";
+        cue.durationSeconds = 180.0 + i;
+        published.running.push_back(cue);
+    }
+    double elapsed = 0;
+    for (auto _ : state) {
+        elapsed += 0.1;
+        for (RunningCue& cue : published.running) cue.elapsedSeconds = elapsed;
+        const auto start = Clock::now();
+        rail.refresh(published);
+        rail.repaint();
+        state.SetIterationTime(secondsSince(start));
+    }
+    state.counters["rssMiB"] = residentMiB();
+}
+BENCHMARK(liveRailUpdate)->Name("Console/liveRailUpdate")->UseManualTime()->Unit(benchmark::kMicrosecond);
+
+double steadySeconds() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// Arg 0: the main loop idle, for the machine's own figure; 1: pasting.
+void framesWhilePasting(benchmark::State& state) {
+    constexpr double seconds = 5;
+    constexpr double refreshSeconds = 1.0 / 60;
+    BenchConsole& bench = console();
+    // The paste: every cue of the show again, under new ids.
+    std::vector<Cue> pasted;
+    for (const Cue* cue : bench.model->show()->allCues()) {
+        Cue copy = *cue;
+        copy.id = Uuid::random();
+        pasted.push_back(std::move(copy));
+    }
+    for (auto _ : state) {
+        GlOutputWindow window(QGuiApplication::primaryScreen(), "Frames", steadySeconds);
+        std::mutex lock;
+        std::vector<double> drawn;
+        window.setFrameObserver([&](double at, const SceneFrame&) {
+            std::lock_guard guard(lock);
+            drawn.push_back(at);
+        });
+        OutputScene scene;
+        scene.layers = {testing::stillLayer(testing::generatedStill(1280, 720))};
+        window.show(scene, {}, steadySeconds());
+        const double start = steadySeconds();
+        int pastes = 0;
+        while (state.range(0) == 0 && steadySeconds() < start + seconds)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        while (steadySeconds() < start + seconds) {
+            const Uuid section = bench.model->show()->sections.front().id;
+            bench.model->edit(edit::InsertCues{pasted, section, std::nullopt});
+            bench.window->refresh();
+            bench.paintList();
+            QCoreApplication::processEvents();
+            bench.model->undo();
+            bench.window->refresh();
+            bench.paintList();
+            QCoreApplication::processEvents();
+            ++pastes;
+        }
+        std::lock_guard guard(lock);
+        std::erase_if(drawn, [&](double at) { return at < start || at > start + seconds; });
+        double longestGap = 0;
+        for (std::size_t i = 1; i < drawn.size(); ++i) longestGap = std::max(longestGap, drawn[i] - drawn[i - 1]);
+        state.counters["pastes"] = pastes;
+        state.counters["frames"] = double(drawn.size());
+        state.counters["missed"] = std::max(0.0, seconds / refreshSeconds - double(drawn.size()));
+        state.counters["longest_gap_vsyncs"] = longestGap / refreshSeconds;
+    }
+}
+BENCHMARK(framesWhilePasting)->Name("Console/framesWhilePasting")->Arg(0)->Arg(1)->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
+
+} // namespace
+
+void releaseConsole() { made.reset(); }
+
+} // namespace velarion::bench
+
+int main(int argc, char** argv) {
+    std::string whyNot;
+    const auto server = velarion::testing::PrivateXServer::start({"1440x900"}, whyNot);
+    if (!server) {
+        std::fprintf(stderr, "ConsoleBench: %s\n", whyNot.c_str());
+        return 1;
+    }
+    setenv("QT_QPA_PLATFORM", "xcb", 1);
+    setenv("LIBGL_ALWAYS_SOFTWARE", "1", 1);
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    velarion::bench::releaseConsole();
+    return 0;
+}
