@@ -3,7 +3,8 @@
 // knowing the player behind it.
 //
 // Contract.
-// - Main thread only, like the renderer that asks.
+// - Main thread only, like the renderer that asks, except `latestFrame`,
+//   which any thread may call (render threads call it at every vsync).
 // - Ownership: the player side owns its surfaces; the renderer only keeps the
 //   shared pointer it was handed by the last `apply`, so a surface stays alive
 //   while a layer shows it.
@@ -12,6 +13,7 @@
 //   missing from it shows nothing until a later apply finds it.
 
 #include "ShowStage/SceneID.h"
+#include "ShowStage/StillImage.h"
 
 #include <memory>
 #include <unordered_map>
@@ -25,6 +27,12 @@ public:
     // True once the surface holds a frame worth showing (the first decoded
     // frame has arrived); before that a layer showing it would be black.
     virtual bool hasFrameToShow() const = 0;
+
+    // The newest decoded frame (BGRA, premultiplied, as a still), or null
+    // before the first. It never waits for a decoder. A new frame is a new
+    // buffer: while a caller holds a frame, the source never writes into it,
+    // so a back end may tell frames apart by address.
+    virtual std::shared_ptr<const StillPixels> latestFrame() const { return nullptr; }
 };
 
 using SceneSurfaces = std::unordered_map<SceneID, std::shared_ptr<const SceneVideoSource>>;
