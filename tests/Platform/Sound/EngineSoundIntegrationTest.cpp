@@ -152,5 +152,23 @@ TEST_F(EngineSound, AVideosSoundPlaysAtItsLevelUntilASongTakesOver) {
     EXPECT_GT(pitchAmplitude(heard, frames - window * 3, window * 3, 735), 0.2);
 }
 
+TEST_F(EngineSound, AVideosStandbyPictureIsItsFrameAtATenthOfASecondFittedWithin960By540) {
+    ASSERT_TRUE(writeCodedVideo(package / "Media" / "wide.mkv",
+                                {.frames = 5, .width = 1920, .height = 240, .soundAmplitude = 0}));
+    add("Wide", VideoCue{.mediaID = ShowBuilder(show).addItem("wide.mkv", MediaKind::video, 0.5)});
+    start();
+    std::optional<StillImage> picture;
+    bool answered = false;
+    engine->standbyImage(show.sections[0].cues.back().id, [&](std::optional<StillImage> frame) {
+        answered = true;
+        picture = std::move(frame);
+    });
+    for (int wait = 0; wait < 500 && !answered; ++wait) scheduler.runFor(0.01);
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width(), 960);
+    EXPECT_EQ(picture->height(), 120);
+    EXPECT_EQ(frameCode(*picture->pixels()), 1);
+}
+
 } // namespace
 } // namespace velarion::testing
