@@ -3,8 +3,9 @@
 // knowing the player behind it.
 //
 // Contract.
-// - Main thread only, like the renderer that asks, except `latestFrame`,
-//   which any thread may call (render threads call it at every vsync).
+// - Any thread: an output window's renderer and drawer ask on its render
+//   thread at every frame, the main loop's renderers on the main thread.
+//   A source answers without waiting for its decoder.
 // - Ownership: the player side owns its surfaces; the renderer only keeps the
 //   shared pointer it was handed by the last `apply`, so a surface stays alive
 //   while a layer shows it.

@@ -418,8 +418,9 @@ std::shared_ptr<GstVideoSurface> GstVideoSurface::make(Scheduler& scheduler, con
     // inside a frame's time at 60 frames a second.
     g_object_set(shared.videoConvert.get(), "n-threads", 0u, nullptr);
     auto bgra = gst::GstMiniRef<GstCaps>::adopt(gst_caps_from_string("video/x-raw,format=BGRA"));
+    // Late by more than a frame of 50 fps: dropped, as a video sink would.
     g_object_set(shared.appSink.get(), "caps", bgra.get(), "sync", TRUE, "qos", TRUE, "max-buffers", 2u,
-                 "enable-last-sample", FALSE, nullptr);
+                 "max-lateness", static_cast<gint64>(20 * GST_MSECOND), "enable-last-sample", FALSE, nullptr);
     GstAppSinkCallbacks callbacks{};
     callbacks.new_preroll = onPreroll;
     callbacks.new_sample = onSample;
