@@ -54,11 +54,6 @@ bool writeCodedVideo(const std::filesystem::path& path, const CodedVideo& video)
     return written;
 }
 
-bool writeSoundOnly(const std::filesystem::path& path, double seconds) {
-    return launch("audiotestsrc samplesperbuffer=441 num-buffers=" + std::to_string(static_cast<int>(seconds * 100)) +
-                  " ! audio/x-raw,rate=44100,channels=2 ! wavenc ! filesink " + quoted(path));
-}
-
 int frameCode(const StillPixels& picture) {
     if (picture.width < codeBits || picture.height < 1) return -1;
     const int block = picture.width / codeBits;

@@ -25,9 +25,6 @@ struct CodedVideo {
 // Writes the file; false (with gst-launch's complaint on stderr) on failure.
 bool writeCodedVideo(const std::filesystem::path& path, const CodedVideo& video);
 
-// A sound-only file of `seconds`, as WAV.
-bool writeSoundOnly(const std::filesystem::path& path, double seconds);
-
 // The frame number a picture shows, or -1 for a picture with no code.
 int frameCode(const StillPixels& picture);
 
