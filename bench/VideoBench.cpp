@@ -5,6 +5,7 @@
 // - a crossfade's worth of two 1080p30 streams at once.
 // VELARION_VIDEO_BENCH_SECONDS sets how long each stream plays (default 20).
 
+#include "PrivateSoundServer.h"
 #include "RealTimeScheduler.h"
 #include "TempFolder.h"
 
@@ -15,13 +16,23 @@
 #include <sys/resource.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
 namespace velarion {
 namespace {
 
+using testing::PrivateSoundServer;
 using testing::RealTimeScheduler;
+
+// The sound plays on a private sound server's null sink, as it would on a
+// real one; without a server it goes to a null sink in the process.
+void ensureSoundServer() {
+    static std::string whyNot;
+    static std::unique_ptr<PrivateSoundServer> server = PrivateSoundServer::start(whyNot);
+    if (!server) std::fprintf(stderr, "VideoBench: no sound server (%s)\n", whyNot.c_str());
+}
 using testing::TempFolder;
 
 TempFolder& media() {
@@ -59,7 +70,9 @@ double cpuSeconds() {
 
 std::shared_ptr<GstVideoSurface> prepared(RealTimeScheduler& scheduler, const std::filesystem::path& path,
                                           bool& failed) {
-    auto surface = GstVideoSurface::make(scheduler, nullptr, Uuid::random(), path);
+    ensureSoundServer();
+    // Null sinks stall a clock they provide.
+    auto surface = GstVideoSurface::make(scheduler, nullptr, Uuid::random(), path, {.sinkProvidesClock = false});
     bool answered = false;
     surface->prepare(5, [&](VideoPreparation result) {
         answered = true;
