@@ -123,7 +123,7 @@ struct GstVideoSurface::Shared {
     }
     void publish(GstSample* sample, bool preroll);
     void deliver(GstBuffer* buffer);
-    VideoPreparation readInfo();
+    VideoPreparation readInfo(GstElement* pipeline);
 };
 
 namespace {
@@ -218,7 +218,7 @@ gboolean onBusMessage(GstBus*, GstMessage* message, gpointer data) {
     Shared& shared = *watch.shared;
     switch (GST_MESSAGE_TYPE(message)) {
     case GST_MESSAGE_ASYNC_DONE:
-        if (!shared.ready.exchange(true)) shared.postPrepared(shared.readInfo());
+        if (!shared.ready.exchange(true)) shared.postPrepared(shared.readInfo(watch.pipeline.get()));
         else shared.postSeeked();
         break;
     case GST_MESSAGE_ERROR: {
@@ -274,7 +274,9 @@ gboolean onBusMessage(GstBus*, GstMessage* message, gpointer data) {
 
 } // namespace
 
-VideoPreparation Shared::readInfo() {
+// On the bus thread, with the watch's own pipeline: the surface may be
+// letting its own go at the same moment.
+VideoPreparation Shared::readInfo(GstElement* pipeline) {
     std::string missing;
     {
         std::lock_guard lock(wordsMutex);
@@ -292,7 +294,7 @@ VideoPreparation Shared::readInfo() {
         return VideoSurfaceError{VideoSurfaceError::Case::noVideoTrack, {}};
     }
     gint64 duration = 0;
-    if (!gst_element_query_duration(pipeline.get(), GST_FORMAT_TIME, &duration) || duration <= 0)
+    if (!gst_element_query_duration(pipeline, GST_FORMAT_TIME, &duration) || duration <= 0)
         return VideoSurfaceError{VideoSurfaceError::Case::noPlayableDuration, {}};
     auto caps = gst::GstMiniRef<GstCaps>::adopt(gst_pad_get_current_caps(videoPad.get()));
     GstVideoInfo video;
