@@ -1,7 +1,6 @@
 #include "HeadlessApplication.h"
 
 #include "QuitSignals.h"
-#include "UnplayableVideo.h"
 
 #include "Live/AgentControl.h"
 #include "Live/AppModel.h"
@@ -21,6 +20,7 @@
 #include "Platform/Pictures/QtTextCards.h"
 #include "Platform/Sound/GstAudioDevices.h"
 #include "Platform/Sound/GstMediaPlayers.h"
+#include "Platform/Video/GstVideoSurface.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -72,7 +72,7 @@ struct HeadlessApplication::Parts {
     QtScheduler scheduler;
     GstAudioDevices devices{scheduler};
     GstMediaPlayers players{&devices, [this](const SceneID& id, const std::filesystem::path& path) {
-                                return std::make_shared<UnplayableVideo>(scheduler, id, path);
+                                return GstVideoSurface::make(scheduler, &devices, id, path);
                             }};
     QtImageLoader images;
     QtTextCards cards;

@@ -145,8 +145,9 @@ public:
     std::optional<NowPlayingMusic> nowPlaying() const;
     // A picture of what a cue will show, for the Stage Display's next-cue
     // view; answers once, on the main loop, with none when there is nothing
-    // to show or it can't be made. Videos answer none until frame grabbing
-    // is available to the engine.
+    // to show or it can't be made. A video's picture is its frame at 0.1 s,
+    // fitted within 960 by 540, decoded by a surface of its own (off the
+    // main loop).
     void standbyImage(const Uuid& cueID, std::function<void(std::optional<StillImage>)> done);
 
 private:
@@ -320,6 +321,8 @@ private:
                          const std::optional<DestinationKeys>& destinations);
     void showPicture(Run& run, SceneContent content, LayerKind layer, double fadeSeconds,
                      SceneScaling scaling);
+
+    void standbyVideoFrame(const VideoCue& video, std::function<void(std::optional<StillImage>)> done);
 
     // Tasks that hold the engine weakly and are all cancelled by shutdown.
     TaskHandle after(double seconds, std::function<void()> task);

@@ -15,6 +15,42 @@ namespace {
 // Lyric renderings kept at most; the cache is emptied when it would grow past.
 constexpr std::size_t lyricPictureLimit = 65;
 
+// A video's standby picture: its frame here, no bigger than this.
+constexpr double standbyFrameSeconds = 0.1;
+constexpr int standbyWidth = 960;
+constexpr int standbyHeight = 540;
+
+// The picture shrunk to fit within the box, each pixel the mean of the
+// source pixels it covers; one that fits already is kept as it is.
+std::optional<StillImage> fitWithin(const StillPixels& source, int maxWidth, int maxHeight) {
+    if (source.width <= 0 || source.height <= 0) return std::nullopt;
+    const double scale = std::min({1.0, static_cast<double>(maxWidth) / source.width,
+                                   static_cast<double>(maxHeight) / source.height});
+    const int width = std::max(1, static_cast<int>(std::lround(source.width * scale)));
+    const int height = std::max(1, static_cast<int>(std::lround(source.height * scale)));
+    if (width == source.width && height == source.height)
+        return StillImage::fromBGRA(width, height, source.bgra);
+    std::vector<std::uint8_t> bgra(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    for (int y = 0; y < height; ++y) {
+        const int top = y * source.height / height;
+        const int bottom = std::max(top + 1, (y + 1) * source.height / height);
+        for (int x = 0; x < width; ++x) {
+            const int left = x * source.width / width;
+            const int right = std::max(left + 1, (x + 1) * source.width / width);
+            std::uint32_t sum[4] = {0, 0, 0, 0};
+            for (int sy = top; sy < bottom; ++sy)
+                for (int sx = left; sx < right; ++sx)
+                    for (int c = 0; c < 4; ++c)
+                        sum[c] += source.bgra[(static_cast<std::size_t>(sy) * source.width + sx) * 4 + c];
+            const auto count = static_cast<std::uint32_t>((bottom - top) * (right - left));
+            for (int c = 0; c < 4; ++c)
+                bgra[(static_cast<std::size_t>(y) * width + x) * 4 + c] =
+                    static_cast<std::uint8_t>((sum[c] + count / 2) / count);
+        }
+    }
+    return StillImage::fromBGRA(width, height, std::move(bgra));
+}
+
 SceneColor colorOf(int rgb) {
     return SceneColor{((rgb >> 16) & 0xFF) / 255.0, ((rgb >> 8) & 0xFF) / 255.0, (rgb & 0xFF) / 255.0,
                       1};
@@ -305,6 +341,8 @@ void LiveEngine::standbyImage(const Uuid& cueID,
             }
         } else if (const auto* image = std::get_if<ImageCue>(&cue->kind)) {
             picture = loadImage(image->mediaID);
+        } else if (const auto* video = std::get_if<VideoCue>(&cue->kind)) {
+            return standbyVideoFrame(*video, std::move(done));
         } else if (const auto* message = std::get_if<MessageCue>(&cue->kind)) {
             picture = ports_.cards.banner(message->text);
         } else if (const auto* graphic = std::get_if<GraphicCue>(&cue->kind)) {
@@ -312,6 +350,30 @@ void LiveEngine::standbyImage(const Uuid& cueID,
         }
     }
     post([done = std::move(done), picture = std::move(picture)] { done(picture); });
+}
+
+void LiveEngine::standbyVideoFrame(const VideoCue& video, std::function<void(std::optional<StillImage>)> done) {
+    const MediaItem* item = index_.media(video.mediaID);
+    if (item == nullptr || item->ndiSource || !ports_.players.fileExists(mediaPath(*item))) {
+        post([done = std::move(done)] { done(std::nullopt); });
+        return;
+    }
+    // A silent surface of its own decodes the frame on its threads; the
+    // answer comes back when the seek has put that frame in its slot.
+    std::shared_ptr<VideoSurface> surface = ports_.players.makeVideoSurface(Uuid::random(), mediaPath(*item));
+    surface->setVolume(0, true);
+    std::weak_ptr<int> life = life_;
+    surface->prepare(videoPrepareTimeoutSeconds, [life, surface, done = std::move(done)](VideoPreparation result) {
+        if (life.expired()) return;
+        const auto* info = std::get_if<VideoSurfaceInfo>(&result);
+        if (info == nullptr) return done(std::nullopt);
+        surface->seek(std::min(standbyFrameSeconds, info->durationSeconds), [life, surface, done] {
+            if (life.expired()) return;
+            const std::shared_ptr<const StillPixels> frame = surface->latestFrame();
+            if (!frame) return done(std::nullopt);
+            done(fitWithin(*frame, standbyWidth, standbyHeight));
+        });
+    });
 }
 
 } // namespace velarion

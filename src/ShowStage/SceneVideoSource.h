@@ -3,7 +3,9 @@
 // knowing the player behind it.
 //
 // Contract.
-// - Main thread only, like the renderer that asks.
+// - Any thread: an output window's renderer and drawer ask on its render
+//   thread at every frame, the main loop's renderers on the main thread.
+//   A source answers without waiting for its decoder.
 // - Ownership: the player side owns its surfaces; the renderer only keeps the
 //   shared pointer it was handed by the last `apply`, so a surface stays alive
 //   while a layer shows it.
@@ -12,6 +14,7 @@
 //   missing from it shows nothing until a later apply finds it.
 
 #include "ShowStage/SceneID.h"
+#include "ShowStage/StillImage.h"
 
 #include <memory>
 #include <unordered_map>
@@ -25,6 +28,12 @@ public:
     // True once the surface holds a frame worth showing (the first decoded
     // frame has arrived); before that a layer showing it would be black.
     virtual bool hasFrameToShow() const = 0;
+
+    // The newest decoded frame (BGRA, premultiplied, as a still), or null
+    // before the first. It never waits for a decoder. A new frame is a new
+    // buffer: while a caller holds a frame, the source never writes into it,
+    // so a back end may tell frames apart by address.
+    virtual std::shared_ptr<const StillPixels> latestFrame() const { return nullptr; }
 };
 
 using SceneSurfaces = std::unordered_map<SceneID, std::shared_ptr<const SceneVideoSource>>;

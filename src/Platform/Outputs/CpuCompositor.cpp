@@ -144,6 +144,7 @@ public:
             picture = Picture{still->image.bgra().data(), still->image.width(), still->image.height()};
         } else if (const auto* video = std::get_if<SceneVideoContent>(&operation.content)) {
             if (videoFrames) frame = videoFrames(video->surfaceID);
+            else if (operation.surface) frame = operation.surface->latestFrame();
             if (!frame || frame->width <= 0 || frame->height <= 0) return;
             picture = Picture{frame->bgra.data(), frame->width, frame->height};
         }

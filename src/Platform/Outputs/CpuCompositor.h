@@ -8,8 +8,9 @@
 // Contract.
 // - The target's size is the root's: the frame must have been made by a
 //   renderer of that size. Rows run top to bottom; scene y runs upward.
-// - Video layers draw the surface's latest frame from `videoFrames`; a
-//   surface with no frame yet draws nothing, as on screen.
+// - Video layers draw the surface's latest frame (from `videoFrames` when
+//   given, else from the surface itself); a surface with no frame yet draws
+//   nothing, as on screen.
 // - Threads: a compositor has no state; any thread, one target at a time.
 
 #include "ShowStage/SceneFrame.h"

@@ -94,22 +94,30 @@ bool GlSceneDrawer::prepare() {
     return true;
 }
 
-GlSceneDrawer::Texture* GlSceneDrawer::textureFor(const SceneID& key, const StillPixels& pixels) {
+GlSceneDrawer::Texture* GlSceneDrawer::textureFor(const SceneID& key,
+                                                  const std::shared_ptr<const StillPixels>& pixels) {
     Texture& texture = textures_[key];
     texture.used = true;
-    if (texture.id != 0 && texture.pixels == pixels.bgra.data()) return &texture;
-    if (texture.id == 0) gl_.glGenTextures(1, &texture.id);
+    if (texture.id != 0 && texture.pixels == pixels) return &texture;
+    const bool fresh = texture.id == 0;
+    if (fresh) gl_.glGenTextures(1, &texture.id);
     gl_.glBindTexture(GL_TEXTURE_2D, texture.id);
     gl_.glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    gl_.glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, pixels.width, pixels.height, 0, GL_BGRA, GL_UNSIGNED_BYTE,
-                     pixels.bgra.data());
-    gl_.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    gl_.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    gl_.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    gl_.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    texture.width = pixels.width;
-    texture.height = pixels.height;
-    texture.pixels = pixels.bgra.data();
+    if (!fresh && texture.width == pixels->width && texture.height == pixels->height) {
+        // A video's next frame: the storage stays, only the texels change.
+        gl_.glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, pixels->width, pixels->height, GL_BGRA, GL_UNSIGNED_BYTE,
+                            pixels->bgra.data());
+    } else {
+        gl_.glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, pixels->width, pixels->height, 0, GL_BGRA,
+                         GL_UNSIGNED_BYTE, pixels->bgra.data());
+        gl_.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+        gl_.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+        gl_.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+        gl_.glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    }
+    texture.width = pixels->width;
+    texture.height = pixels->height;
+    texture.pixels = pixels;
     return &texture;
 }
 
@@ -148,12 +156,13 @@ void GlSceneDrawer::draw(const SceneFrame& frame, int widthPixels, int heightPix
                 key = still->image.id();
             } else if (const auto* video = std::get_if<SceneVideoContent>(&operation.content)) {
                 if (videoFrames) pixels = videoFrames(video->surfaceID);
+                else if (operation.surface) pixels = operation.surface->latestFrame();
                 key = video->surfaceID;
             }
             if (!pixels || pixels->width <= 0) continue;
             quad = pictureQuad(operation.rect, operation.gravity, pixels->width, pixels->height);
             if (!quad) continue;
-            Texture* texture = textureFor(key, *pixels);
+            Texture* texture = textureFor(key, pixels);
             gl_.glBindTexture(GL_TEXTURE_2D, texture->id);
             color = {opacity, opacity, opacity, opacity};
         }

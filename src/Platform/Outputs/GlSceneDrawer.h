@@ -15,6 +15,7 @@
 #include <QOpenGLExtraFunctions>
 
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
 
 namespace velarion {
@@ -29,11 +30,13 @@ private:
         unsigned id = 0;
         int width = 0;
         int height = 0;
-        const void* pixels = nullptr; // the buffer it was made from
+        // The buffer it was made from, held so that its address can't come
+        // back as another frame's.
+        std::shared_ptr<const StillPixels> pixels;
         bool used = false;
     };
     bool prepare();
-    Texture* textureFor(const SceneID& key, const StillPixels& pixels);
+    Texture* textureFor(const SceneID& key, const std::shared_ptr<const StillPixels>& pixels);
 
     QOpenGLExtraFunctions gl_;
     bool ready_ = false;

@@ -130,6 +130,27 @@ namespace {
 
 // The program preview: the manager's mirror drawn on the CPU shows the
 // program screen's picture, a dissolve part-way included.
+TEST(CpuCompositor, AVideoLayerDrawsItsSurfacesLatestFrame) {
+    struct Surface final : SceneVideoSource {
+        bool hasFrameToShow() const override { return frame != nullptr; }
+        std::shared_ptr<const StillPixels> latestFrame() const override { return frame; }
+        std::shared_ptr<const StillPixels> frame;
+    };
+    auto surface = std::make_shared<Surface>();
+    SceneFrame frame;
+    frame.operations.push_back(SceneDrawOperation{SceneID::random(), SceneVideoContent{SceneID::random()},
+                                                  SceneGravity::resize, ScenePixelRect{0, 0, 2, 1},
+                                                  SceneMatrix4::identity(), 1, surface});
+    RasterImage raster(2, 1);
+    CpuCompositor::draw(frame, raster);
+    EXPECT_EQ(raster.bgra, std::vector<std::uint8_t>({0, 0, 0, 255, 0, 0, 0, 255})) << "no frame yet: background";
+    for (const std::uint8_t level : {40, 200}) {
+        surface->frame = std::make_shared<StillPixels>(StillPixels{2, 1, {level, 0, 0, 255, 0, level, 0, 255}});
+        CpuCompositor::draw(frame, raster);
+        EXPECT_EQ(raster.bgra, surface->frame->bgra) << "the newest frame, drawn as it is";
+    }
+}
+
 TEST(CpuSceneMirror, ShowsTheProgramPictureMidDissolve) {
     VirtualScheduler scheduler;
     FakeOutputDisplays displays;

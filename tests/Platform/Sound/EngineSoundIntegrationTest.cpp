@@ -1,9 +1,11 @@
 // The engine with real players on a private sound server, in real time:
 // playlist songs overlap for their crossfade, and
 // a device pulled out mid-song is heard on the system output and logged, and
-// a sound server that crashes mid-song ends the cue with a sentence.
+// a sound server that crashes mid-song ends the cue with a sentence, and a
+// video's sound plays on the House output at its level until a song takes over.
 
 #include "FakePictures.h"
+#include "GeneratedVideo.h"
 #include "FakePlayers.h"
 #include "RealTimeScheduler.h"
 #include "RecordingOutputManager.h"
@@ -12,6 +14,7 @@
 
 #include "LiveEngine/LiveEngine.h"
 #include "Platform/Sound/GstAudioDevices.h"
+#include "Platform/Video/GstVideoSurface.h"
 
 #include <algorithm>
 
@@ -56,7 +59,8 @@ protected:
     GstAudioDevices devices{scheduler};
     GstMediaPlayers realPlayers{&devices,
                                 [this](const SceneID& id, const std::filesystem::path& path) {
-                                    return std::make_shared<FakeVideoSurface>(scheduler, id, path);
+                                    return GstVideoSurface::make(scheduler, &devices, id, path,
+                                                                 {.sinkProvidesClock = false});
                                 },
                                 GstSoundOptions{.sinkProvidesClock = false}};
     FakeImageLoader images;
@@ -122,6 +126,49 @@ TEST_F(EngineSound, ASoundServerCrashMidSongEndsTheCueWithASentence) {
     });
     EXPECT_NE(failed, engine->history().end());
     EXPECT_TRUE(engine->state().running.empty());
+}
+
+TEST_F(EngineSound, AVideosSoundPlaysAtItsLevelUntilASongTakesOver) {
+    ASSERT_TRUE(writeCodedVideo(package / "Media" / "clip.mkv", {.frames = 40}));
+    add("Clip", VideoCue{.mediaID = ShowBuilder(show).addItem("clip.mkv", MediaKind::video, 4.0), .level = 0.5});
+    add("Song", AudioCue{.mediaID = song("song.wav", {.hertz = 735, .seconds = 4}), .role = SoundRole::music});
+    start();
+    auto house = server()->record("House");
+    engine->perform(command::Go{});
+    scheduler.runFor(1.2);
+    ASSERT_EQ(engine->state().running.size(), 1u) << "the video cue is running";
+    engine->perform(command::Go{});
+    scheduler.runFor(1.8);
+    const auto heard = house->stop();
+
+    EXPECT_TRUE(logged("Clip sound faded for Song"));
+    const std::size_t window = recordedRate / 10;
+    double loudestClip = 0;
+    for (std::size_t from = 0; from + window < heard.size() / 2; from += window)
+        loudestClip = std::max(loudestClip, pitchAmplitude(heard, from, window, 441));
+    EXPECT_NEAR(loudestClip, 0.25, 0.02) << "a 0.5 sine at level 0.5";
+    const std::size_t frames = heard.size() / 2;
+    ASSERT_GT(frames, static_cast<std::size_t>(recordedRate / 2));
+    EXPECT_LT(pitchAmplitude(heard, frames - window * 3, window * 3, 441), 0.005) << "faded for the song";
+    EXPECT_GT(pitchAmplitude(heard, frames - window * 3, window * 3, 735), 0.2);
+}
+
+TEST_F(EngineSound, AVideosStandbyPictureIsItsFrameAtATenthOfASecondFittedWithin960By540) {
+    ASSERT_TRUE(writeCodedVideo(package / "Media" / "wide.mkv",
+                                {.frames = 5, .width = 1920, .height = 240, .soundAmplitude = 0}));
+    add("Wide", VideoCue{.mediaID = ShowBuilder(show).addItem("wide.mkv", MediaKind::video, 0.5)});
+    start();
+    std::optional<StillImage> picture;
+    bool answered = false;
+    engine->standbyImage(show.sections[0].cues.back().id, [&](std::optional<StillImage> frame) {
+        answered = true;
+        picture = std::move(frame);
+    });
+    for (int wait = 0; wait < 500 && !answered; ++wait) scheduler.runFor(0.01);
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width(), 960);
+    EXPECT_EQ(picture->height(), 120);
+    EXPECT_EQ(frameCode(*picture->pixels()), 1);
 }
 
 } // namespace

@@ -1,0 +1,233 @@
+// The GStreamer video surface on generated files whose pictures tell their
+// frame number, with its sound on the private sound server.
+
+#include "GeneratedSound.h"
+#include "GeneratedVideo.h"
+#include "RealTimeScheduler.h"
+#include "SoundServerFixture.h"
+
+#include "Platform/Gst/GstHandles.h"
+#include "Platform/Video/GstVideoSurface.h"
+
+#include <gst/gst.h>
+
+#include <cmath>
+#include <fstream>
+
+namespace velarion::testing {
+namespace {
+
+class VideoSurfaceTest : public SoundServerFixture {
+protected:
+    static void SetUpTestSuite() {
+        SoundServerFixture::SetUpTestSuite();
+        media() = std::make_unique<TempFolder>("velarion-video");
+        ASSERT_TRUE(writeCodedVideo(coded(), {}));
+        writeSineWav(*media() / "sound.wav", {});
+        const auto whole = *media() / "whole.mp4";
+        ASSERT_TRUE(writeCodedVideo(whole, {.soundAmplitude = 0, .container = "mp4"}));
+        std::filesystem::copy_file(whole, *media() / "truncated.mp4");
+        std::filesystem::resize_file(*media() / "truncated.mp4", std::filesystem::file_size(whole) / 2);
+        std::ofstream(*media() / "notes.txt") << "Not a video, only words.\n";
+    }
+    static void TearDownTestSuite() { media().reset(); }
+    static std::unique_ptr<TempFolder>& media() {
+        static std::unique_ptr<TempFolder> folder;
+        return folder;
+    }
+    static std::filesystem::path coded() { return *media() / "coded.mkv"; }
+
+    std::shared_ptr<GstVideoSurface> surface(const std::filesystem::path& path) {
+        return GstVideoSurface::make(scheduler, nullptr, Uuid::random(), path, {.sinkProvidesClock = false});
+    }
+    VideoPreparation prepare(GstVideoSurface& video, double timeoutSeconds = 5) {
+        std::optional<VideoPreparation> answer;
+        video.prepare(timeoutSeconds, [&](VideoPreparation result) { answer = std::move(result); });
+        EXPECT_FALSE(answer) << "the answer comes on the main loop";
+        until([&] { return answer.has_value(); }, timeoutSeconds + 1);
+        return answer.value_or(VideoSurfaceError{VideoSurfaceError::Case::notReadyInTime, {}});
+    }
+    bool until(const std::function<bool()>& condition, double seconds = 5) {
+        for (double waited = 0; waited < seconds; waited += 0.005) {
+            if (condition()) return true;
+            scheduler.runFor(0.005);
+        }
+        return condition();
+    }
+    int shownCode(const GstVideoSurface& video) {
+        const auto frame = video.latestFrame();
+        return frame ? frameCode(*frame) : -1;
+    }
+    // Each new frame's code while the main loop runs for `seconds`.
+    std::vector<int> watchFrames(const GstVideoSurface& video, double seconds) {
+        std::vector<int> codes;
+        std::shared_ptr<const StillPixels> last;
+        for (double waited = 0; waited < seconds; waited += 0.005) {
+            // Holding the last frame keeps its buffer out of the pool, so a
+            // new address is a new frame.
+            if (auto frame = video.latestFrame(); frame && frame != last) {
+                codes.push_back(frameCode(*frame));
+                last = frame;
+            }
+            scheduler.runFor(0.005);
+        }
+        return codes;
+    }
+
+    RealTimeScheduler scheduler;
+};
+
+TEST_F(VideoSurfaceTest, FilesThatCannotPlayFailWithTheirWords) {
+    struct Case {
+        const char* file;
+        VideoSurfaceError::Case error;
+        const char* words;
+    };
+    const Case cases[] = {
+        {"sound.wav", VideoSurfaceError::Case::noVideoTrack, "The file has no video picture"},
+        {"truncated.mp4", VideoSurfaceError::Case::loadFailed, "This file contains no playable streams."},
+        {"gone.mp4", VideoSurfaceError::Case::loadFailed, "The video file can't be opened"},
+        {"notes.txt", VideoSurfaceError::Case::loadFailed, "The file isn't a video this computer can read"},
+    };
+    for (const Case& c : cases) {
+        auto video = surface(*media() / c.file);
+        const auto result = prepare(*video, 2);
+        ASSERT_TRUE(std::holds_alternative<VideoSurfaceError>(result)) << c.file;
+        // decodebin sometimes swallows the demuxer's error while it is still
+        // plugging it in; the timeout then answers for the broken file.
+        if (c.error == VideoSurfaceError::Case::loadFailed && std::string(c.file) == "truncated.mp4" &&
+            std::get<VideoSurfaceError>(result).error == VideoSurfaceError::Case::notReadyInTime)
+            continue;
+        EXPECT_EQ(std::get<VideoSurfaceError>(result).error, c.error) << c.file;
+        EXPECT_EQ(std::get<VideoSurfaceError>(result).text(), c.words) << c.file;
+        EXPECT_FALSE(video->info()) << c.file;
+    }
+}
+
+TEST_F(VideoSurfaceTest, AMissingDecoderIsNamed) {
+    // Every H.264 decoder is hidden from the autoplugger for this case.
+    std::vector<std::pair<GstPluginFeature*, guint>> hidden;
+    GList* decoders = gst_element_factory_list_get_elements(GST_ELEMENT_FACTORY_TYPE_DECODER, GST_RANK_NONE);
+    for (GList* item = decoders; item != nullptr; item = item->next) {
+        auto* factory = GST_ELEMENT_FACTORY(item->data);
+        auto caps = velarion::gst::GstMiniRef<GstCaps>::adopt(gst_caps_from_string("video/x-h264"));
+        if (!gst_element_factory_can_sink_any_caps(factory, caps.get())) continue;
+        hidden.emplace_back(GST_PLUGIN_FEATURE(gst_object_ref(factory)), gst_plugin_feature_get_rank(GST_PLUGIN_FEATURE(factory)));
+        gst_plugin_feature_set_rank(GST_PLUGIN_FEATURE(factory), GST_RANK_NONE);
+    }
+    gst_plugin_feature_list_free(decoders);
+    auto video = surface(coded());
+    const auto result = prepare(*video);
+    for (auto& [feature, rank] : hidden) {
+        gst_plugin_feature_set_rank(feature, rank);
+        gst_object_unref(feature);
+    }
+    ASSERT_TRUE(std::holds_alternative<VideoSurfaceError>(result));
+    const std::string words = std::get<VideoSurfaceError>(result).text();
+    EXPECT_EQ(words.rfind("The video can't play: the GStreamer plugin for H.264", 0), 0u) << words;
+    EXPECT_TRUE(words.ends_with("decoder isn't installed")) << words;
+}
+
+TEST_F(VideoSurfaceTest, PreparesWithItsFactsAndSeeksExactlyToTheAskedFrame) {
+    auto video = surface(coded());
+    const auto result = prepare(*video);
+    ASSERT_TRUE(std::holds_alternative<VideoSurfaceInfo>(result)) << std::get<VideoSurfaceError>(result).text();
+    auto info = std::get<VideoSurfaceInfo>(result);
+    EXPECT_EQ(video->info(), info);
+    EXPECT_NEAR(info.durationSeconds, 2.0, 0.05);
+    info.durationSeconds = 2.0;
+    EXPECT_EQ(info, (VideoSurfaceInfo{128, 16, 10, 2.0, true}));
+    EXPECT_EQ(shownCode(*video), 0) << "the first frame is ready before it plays";
+    for (const int frame : {13, 7, 19, 1}) {
+        bool done = false;
+        video->seek(frame / 10.0, [&] { done = true; });
+        ASSERT_TRUE(until([&] { return done; })) << "seek to frame " << frame;
+        EXPECT_EQ(shownCode(*video), frame);
+        EXPECT_NEAR(video->currentSeconds(), frame / 10.0, 1e-6);
+    }
+}
+
+TEST_F(VideoSurfaceTest, LoopsWithoutGapOrRepeatAndNeverEnds) {
+    auto video = surface(coded());
+    ASSERT_TRUE(std::holds_alternative<VideoSurfaceInfo>(prepare(*video)));
+    int ends = 0;
+    video->setOnEnd([&] { ++ends; });
+    video->setLoops(true);
+    bool sought = false;
+    video->seek(1.5, [&] { sought = true; });
+    ASSERT_TRUE(until([&] { return sought; }));
+    video->play();
+    const auto codes = watchFrames(*video, 1.2);
+    ASSERT_GE(codes.size(), 8u);
+    for (std::size_t i = 1; i < codes.size(); ++i)
+        EXPECT_EQ(codes[i], (codes[i - 1] + 1) % 20) << "after frame " << codes[i - 1];
+    EXPECT_NE(std::find(codes.begin(), codes.end(), 0), codes.end()) << "it went round";
+    EXPECT_EQ(ends, 0);
+    EXPECT_TRUE(video->isPlaying());
+}
+
+TEST_F(VideoSurfaceTest, AnEndHoldsTheLastFrameAndIsToldOnceEvenWithTheFileDeleted) {
+    std::filesystem::copy_file(coded(), folder / "doomed.mkv");
+    auto video = surface(folder / "doomed.mkv");
+    ASSERT_TRUE(std::holds_alternative<VideoSurfaceInfo>(prepare(*video)));
+    int ends = 0;
+    video->setOnEnd([&] { ++ends; });
+    video->seek(1.2);
+    video->play();
+    scheduler.runFor(0.2);
+    std::filesystem::remove(folder / "doomed.mkv"); // the open file plays out
+    ASSERT_TRUE(until([&] { return ends == 1; }));
+    scheduler.runFor(0.2);
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(shownCode(*video), 19);
+    EXPECT_FALSE(video->isPlaying());
+    EXPECT_DOUBLE_EQ(video->currentSeconds(), video->info()->durationSeconds);
+    EXPECT_EQ(video->failure(), "");
+}
+
+TEST_F(VideoSurfaceTest, SoundPlaysOnTheDeviceAtTheLevelAndTheTapHearsIt) {
+    auto video = surface(coded());
+    ASSERT_TRUE(std::holds_alternative<VideoSurfaceInfo>(prepare(*video)));
+    video->setAudioOutputDeviceUID("House");
+    video->setVolume(1.2, false);
+    EXPECT_EQ(video->volume(), 1.0) << "clamped";
+    video->setVolume(0.5, false);
+    std::mutex mutex;
+    std::vector<float> tapped;
+    double rate = 0;
+    video->setAudioSink([&](const VideoAudioBlock& block) {
+        std::lock_guard lock(mutex);
+        rate = block.sampleRateHz;
+        for (std::size_t i = 0; i < block.frameCount; ++i) {
+            tapped.push_back(block.channels[0][i]);
+            tapped.push_back(block.channels[1][i]);
+        }
+    });
+    auto house = server()->record("House");
+    auto headphones = server()->record("Headphones");
+    video->play();
+    scheduler.runFor(1.2);
+    video->setVolume(0.5, true);
+    scheduler.runFor(0.5);
+    video->setAudioSink({});
+    const auto heard = house->stop();
+    const auto elsewhere = headphones->stop();
+
+    // A sine of 0.5 at half level: RMS 0.25 / sqrt 2.
+    const double expected = 0.25 / std::sqrt(2.0);
+    const std::size_t start = firstSoundFrame(heard, 0.01f);
+    ASSERT_LT(start + recordedRate / 2, heard.size() / 2);
+    EXPECT_NEAR(rms(heard, start + recordedRate / 10, start + recordedRate / 2), expected, expected * 0.05);
+    EXPECT_LT(decibels(rms(elsewhere, 0, elsewhere.size() / 2)), -80);
+
+    std::lock_guard lock(mutex);
+    EXPECT_EQ(rate, 44100);
+    const std::size_t frames = tapped.size() / 2;
+    ASSERT_GT(frames, static_cast<std::size_t>(recordedRate));
+    EXPECT_NEAR(rms(tapped, recordedRate / 10, recordedRate / 2), expected, expected * 0.02);
+    EXPECT_NEAR(pitchAmplitude(tapped, recordedRate / 10, recordedRate / 10, 441), 0.25, 0.01);
+    EXPECT_LT(rms(tapped, frames - recordedRate / 10, frames), 1e-6) << "silent when muted";
+}
+
+} // namespace
+} // namespace velarion::testing
