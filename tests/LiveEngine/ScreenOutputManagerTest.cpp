@@ -168,6 +168,71 @@ TEST_F(ManagerFixture, IdentifyAndPatternsRefuseUnderSafeSlideOrPanic) {
     EXPECT_EQ(*manager.pictureOf("a"), normal);
 }
 
+TEST_F(ManagerFixture, PanicSafeSlideAndClearEndTestsAndIdentification) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    const OutputScene normal = *manager.pictureOf("a");
+    manager.setTestPattern("a", OutputTestPattern::colorBars);
+    manager.identify("a");
+    manager.clearDiagnostics();
+    EXPECT_EQ(*manager.pictureOf("a"), normal);
+    EXPECT_EQ(displays.window("HDMI-1")->shown.back(), normal);
+    scheduler.advance(6); // the cancelled identification task draws nothing more
+    EXPECT_EQ(displays.window("HDMI-1")->shown.back(), normal);
+}
+
+struct SceneCollector final : SceneSink {
+    void sceneChanged(const OutputScene& scene, const SceneSurfaces&, double) override { scenes.push_back(scene); }
+    std::vector<OutputScene> scenes;
+};
+
+TEST_F(ManagerFixture, ProgramPreviewAndMirrorsFollowTheSelectedOutput) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
+                               screenOn("b", destination::Display{"HDMI-2"})}));
+    auto mirror = std::make_shared<SceneCollector>();
+    manager.addMirror(mirror);
+    manager.showProgramPreview();
+    const FakeWindowRecord* preview = displays.window("");
+    ASSERT_NE(preview, nullptr);
+    EXPECT_EQ(preview->title, "Program preview");
+    const SceneLayer toB = colorLayer();
+    OutputScene scene;
+    scene.layers = {toB};
+    manager.apply(scene, {}, {}, {{toB.id, {"b"}}}, {}, std::nullopt);
+    EXPECT_TRUE(preview->shown.back().layers.empty()); // "a" is the program and doesn't get it
+    manager.selectProgramOutput("b");
+    EXPECT_EQ(idsOf(preview->shown.back()), std::vector{toB.id});
+    EXPECT_EQ(mirror->scenes.back(), preview->shown.back());
+    manager.identify("b"); // the preview shows what the program screen shows
+    EXPECT_EQ(preview->shown.back(), displays.window("HDMI-2")->shown.back());
+    manager.removeMirror(mirror);
+    const std::size_t seen = mirror->scenes.size();
+    manager.apply(scene, {}, {}, {}, {}, std::nullopt);
+    EXPECT_EQ(mirror->scenes.size(), seen);
+}
+
+TEST_F(ManagerFixture, AWindowThatFellBackKeepsItsPictureAndSaysWhy) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    displays.windows.back()->failure = "drawn in software";
+    scheduler.advance(1.1); // the health timer sees it
+    ASSERT_FALSE(reported.empty());
+    EXPECT_TRUE(reported.back()[0].isConnected);
+    EXPECT_EQ(reported.back()[0].detail, std::optional<std::string>("drawn in software"));
+}
+
+TEST_F(ManagerFixture, BadInputsNeverStopTheOtherScreens) {
+    // A screen on a display id that doesn't exist, and a scene of 200 layers.
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
+                               screenOn("gone", destination::Display{"no-such-display"})}));
+    OutputScene scene;
+    for (int layer = 0; layer < 200; ++layer) scene.layers.push_back(colorLayer());
+    manager.apply(scene, {}, {}, {}, {}, std::nullopt);
+    EXPECT_EQ(displays.window("HDMI-1")->shown.back().layers.size(), 200u);
+    EXPECT_EQ(manager.identify("gone"), std::nullopt); // no window: nothing to show, nothing breaks
+    EXPECT_EQ(manager.setTestPattern("not-a-screen", OutputTestPattern::grid), std::nullopt);
+    scheduler.runDue();
+    EXPECT_EQ(reported.back()[1].detail, std::optional<std::string>("The selected display is disconnected."));
+}
+
 TEST_F(ManagerFixture, StagePictureIsDrawnAtMostOnceASecond) {
     manager.configure(setupOf({screenOn("s", destination::Display{"HDMI-2"}, ScreenRole::stage)}));
     ConfidenceState confidence;

@@ -18,6 +18,7 @@ struct FakeWindowRecord {
     std::string title;
     std::vector<OutputScene> shown;
     bool isOpen = true;
+    std::optional<std::string> failure; // what the window says went wrong
 };
 
 class FakeOutputDisplays final : public OutputDisplays {

@@ -14,6 +14,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velarion::testing {
@@ -58,6 +59,31 @@ public:
         programSelection_ = destination;
     }
     std::set<SceneID> programLayerIDs() const override;
+    OutputScene programScene() const override { return applied.empty() ? OutputScene{} : applied.back().scene; }
+
+    // The operator's tools: each call is kept; `refusal` is the answer.
+    std::optional<std::string> identify(const std::string& screenID) override {
+        identified.push_back(screenID);
+        return refusal;
+    }
+    std::optional<std::string> setTestPattern(const std::string& screenID,
+                                              std::optional<OutputTestPattern> pattern) override {
+        patterns.emplace_back(screenID, pattern);
+        return refusal;
+    }
+    void setTestWindowVisible(const std::string& screenID, bool visible) override {
+        if (visible) visibleTestWindows.insert(screenID);
+        else visibleTestWindows.erase(screenID);
+    }
+    bool testWindowIsVisible(const std::string& screenID) const override {
+        return visibleTestWindows.contains(screenID);
+    }
+    void showProgramPreview() override { ++programPreviews; }
+    void addMirror(const std::weak_ptr<SceneSink>& sink) override { mirrors.push_back(sink); }
+    void removeMirror(const std::shared_ptr<SceneSink>& sink) override {
+        std::erase_if(mirrors, [&](const std::weak_ptr<SceneSink>& mirror) { return mirror.lock() == sink; });
+    }
+    std::vector<DisplayInfo> availableDisplays() const override { return displays; }
 
     // Stores the health and calls the engine's callback, if it set one.
     void emitHealth(std::vector<OutputHealth> health);
@@ -76,6 +102,13 @@ public:
 
     std::vector<OutputHealth> reportedHealth;
     std::optional<std::string> programID = "_program";
+    std::optional<std::string> refusal;
+    std::vector<std::string> identified;
+    std::vector<std::pair<std::string, std::optional<OutputTestPattern>>> patterns;
+    std::set<std::string> visibleTestWindows;
+    int programPreviews = 0;
+    std::vector<std::weak_ptr<SceneSink>> mirrors;
+    std::vector<DisplayInfo> displays;
     std::string programName = "Program";
 
 private:
