@@ -54,6 +54,7 @@ public:
     void show(const OutputScene& scene, const SceneSurfaces&, double) override {
         benchmark::DoNotOptimize(scene.layers.data());
     }
+    std::optional<std::string> failure() const override { return std::nullopt; }
 };
 
 class FourDisplays final : public OutputDisplays {
