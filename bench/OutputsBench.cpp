@@ -55,6 +55,7 @@ public:
         benchmark::DoNotOptimize(scene.layers.data());
     }
     std::optional<std::string> failure() const override { return std::nullopt; }
+    bool isClosed() const override { return false; }
 };
 
 class FourDisplays final : public OutputDisplays {

@@ -50,7 +50,8 @@ void ScreenOutputManager::rebuild() {
         if (!display) continue;
         if (isTestWindow(display->id)) {
             if (requestedTestWindowIDs_.contains(screen.id) ||
-                (!setup_.usesLogicalScreens && setup_.audienceWindowForTesting))
+                (!setup_.usesLogicalScreens && setup_.audienceWindowForTesting &&
+                 !dismissedTestWindowIDs_.contains(screen.id)))
                 wanted.emplace(screen.id, std::nullopt);
             continue;
         }
@@ -63,7 +64,8 @@ void ScreenOutputManager::rebuild() {
     // picture doesn't blink.
     for (auto window = windows_.begin(); window != windows_.end();) {
         const auto want = wanted.find(window->first);
-        if (want != wanted.end() && want->second == windowDisplayIDs_[window->first]) {
+        if (want != wanted.end() && want->second == windowDisplayIDs_[window->first] &&
+            !window->second->isClosed()) {
             ++window;
             continue;
         }
@@ -129,6 +131,18 @@ void ScreenOutputManager::updateHealth(std::vector<OutputHealth> health) {
 
 void ScreenOutputManager::healthTick() {
     if (closed_) return;
+    // Ordinary windows the operator closed: the test window's row turns
+    // red, and the preview opens anew when asked again.
+    bool testWindowClosed = false;
+    for (const auto& [screenID, window] : windows_) {
+        if (!windowDisplayIDs_[screenID] && window->isClosed()) {
+            requestedTestWindowIDs_.erase(screenID);
+            dismissedTestWindowIDs_.insert(screenID);
+            testWindowClosed = true;
+        }
+    }
+    if (programPreviewWindow_ && programPreviewWindow_->isClosed()) programPreviewWindow_.reset();
+    if (testWindowClosed) rebuild();
     updateHealth(feedHealth());
     std::weak_ptr<int> life = life_;
     healthTimer_ = scheduler_.after(healthSeconds, [this, life] {
@@ -341,8 +355,13 @@ std::optional<std::string> ScreenOutputManager::setTestPattern(const std::string
 }
 
 void ScreenOutputManager::setTestWindowVisible(const std::string& screenID, bool visible) {
-    if (visible) requestedTestWindowIDs_.insert(screenID);
-    else requestedTestWindowIDs_.erase(screenID);
+    if (visible) {
+        requestedTestWindowIDs_.insert(screenID);
+        dismissedTestWindowIDs_.erase(screenID);
+    } else {
+        requestedTestWindowIDs_.erase(screenID);
+        dismissedTestWindowIDs_.insert(screenID);
+    }
     if (!closed_) rebuild();
 }
 
@@ -352,6 +371,7 @@ bool ScreenOutputManager::testWindowIsVisible(const std::string& screenID) const
 
 void ScreenOutputManager::showProgramPreview() {
     if (closed_) return;
+    if (programPreviewWindow_ && programPreviewWindow_->isClosed()) programPreviewWindow_.reset();
     if (!programPreviewWindow_) programPreviewWindow_ = displays_.open(std::nullopt, programPreviewTitle);
     programPreviewWindow_->show(programScene(), sceneSurfaces(), scheduler_.now());
 }

@@ -137,6 +137,7 @@ private:
     std::map<std::string, std::unique_ptr<OutputWindow>> windows_; // by screen id
     std::map<std::string, std::optional<std::string>> windowDisplayIDs_; // none: test window
     std::set<std::string> requestedTestWindowIDs_;
+    std::set<std::string> dismissedTestWindowIDs_; // the old form's window, closed
     std::unique_ptr<OutputWindow> programPreviewWindow_;
 
     OutputScene lastScene_;

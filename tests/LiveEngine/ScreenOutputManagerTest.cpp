@@ -94,7 +94,12 @@ TEST_F(ManagerFixture, HealthTableSaysWhyEachScreenHasNoPicture) {
     EXPECT_EQ(displays.openCount(), 2);
     manager.setTestWindowVisible("e", true);
     EXPECT_TRUE(manager.testWindowIsVisible("e"));
-    EXPECT_NE(displays.window(""), nullptr);
+    ASSERT_NE(displays.window(""), nullptr);
+    // The operator closes it with its close button: the row turns red within the second.
+    displays.windows.back()->closedByOperator = true;
+    scheduler.advance(1.1);
+    EXPECT_FALSE(manager.testWindowIsVisible("e"));
+    EXPECT_EQ(reported.back()[4].detail, std::optional<std::string>("Test window is closed. Open it from the Program menu."));
 }
 
 TEST_F(ManagerFixture, EachScreenShowsOnlyItsRoutedLayersOfItsKinds) {

@@ -12,6 +12,7 @@ public:
     ~FakeWindow() override { record_->isOpen = false; }
     void show(const OutputScene& scene, const SceneSurfaces&, double) override { record_->shown.push_back(scene); }
     std::optional<std::string> failure() const override { return record_->failure; }
+    bool isClosed() const override { return record_->closedByOperator; }
 
 private:
     std::shared_ptr<FakeWindowRecord> record_;

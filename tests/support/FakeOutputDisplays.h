@@ -19,6 +19,7 @@ struct FakeWindowRecord {
     std::vector<OutputScene> shown;
     bool isOpen = true;
     std::optional<std::string> failure; // what the window says went wrong
+    bool closedByOperator = false;
 };
 
 class FakeOutputDisplays final : public OutputDisplays {

@@ -53,6 +53,10 @@ protected:
         owner_.widthPixels_ = static_cast<int>(std::lround(event->size().width() * ratio));
         owner_.heightPixels_ = static_cast<int>(std::lround(event->size().height() * ratio));
     }
+    bool event(QEvent* event) override {
+        if (event->type() == QEvent::Close) owner_.closed_.store(true);
+        return QWindow::event(event);
+    }
     void exposeEvent(QExposeEvent*) override {
         if (surfaceType() == QWindow::RasterSurface) paintLatest();
     }

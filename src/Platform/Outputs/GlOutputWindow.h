@@ -49,6 +49,7 @@ public:
 
     void show(const OutputScene& scene, const SceneSurfaces& surfaces, double nowSeconds) override;
     std::optional<std::string> failure() const override;
+    bool isClosed() const override { return closed_.load(); }
 
     void setFrameObserver(FrameObserver observer);
     void setVideoFrames(VideoFrameLookup lookup);
@@ -86,6 +87,7 @@ private:
     std::optional<std::string> failure_;
     std::atomic<bool> readBack_{false};
     std::atomic<bool> stopping_{false};
+    std::atomic<bool> closed_{false};
     std::atomic<std::uint64_t> framesDrawn_{0};
     std::thread thread_;
 };
