@@ -13,8 +13,8 @@
 #include <cstddef>
 #include <optional>
 #include <set>
+#include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace velarion::testing {
@@ -61,29 +61,17 @@ public:
     std::set<SceneID> programLayerIDs() const override;
     OutputScene programScene() const override { return applied.empty() ? OutputScene{} : applied.back().scene; }
 
-    // The operator's tools: each call is kept; `refusal` is the answer.
-    std::optional<std::string> identify(const std::string& screenID) override {
-        identified.push_back(screenID);
+    // The operator's tools: `refusal` is every answer.
+    std::optional<std::string> identify(const std::string&) override { return refusal; }
+    std::optional<std::string> setTestPattern(const std::string&, std::optional<OutputTestPattern>) override {
         return refusal;
     }
-    std::optional<std::string> setTestPattern(const std::string& screenID,
-                                              std::optional<OutputTestPattern> pattern) override {
-        patterns.emplace_back(screenID, pattern);
-        return refusal;
-    }
-    void setTestWindowVisible(const std::string& screenID, bool visible) override {
-        if (visible) visibleTestWindows.insert(screenID);
-        else visibleTestWindows.erase(screenID);
-    }
-    bool testWindowIsVisible(const std::string& screenID) const override {
-        return visibleTestWindows.contains(screenID);
-    }
-    void showProgramPreview() override { ++programPreviews; }
+    void setTestWindowVisible(const std::string& id, bool on) override { testWindows[id] = on; }
+    bool testWindowIsVisible(const std::string& id) const override { return testWindows.count(id) && testWindows.at(id); }
+    void showProgramPreview() override {}
     void addMirror(const std::weak_ptr<SceneSink>& sink) override { mirrors.push_back(sink); }
-    void removeMirror(const std::shared_ptr<SceneSink>& sink) override {
-        std::erase_if(mirrors, [&](const std::weak_ptr<SceneSink>& mirror) { return mirror.lock() == sink; });
-    }
-    std::vector<DisplayInfo> availableDisplays() const override { return displays; }
+    void removeMirror(const std::shared_ptr<SceneSink>&) override { mirrors.clear(); }
+    std::vector<DisplayInfo> availableDisplays() const override { return {}; }
 
     // Stores the health and calls the engine's callback, if it set one.
     void emitHealth(std::vector<OutputHealth> health);
@@ -103,12 +91,8 @@ public:
     std::vector<OutputHealth> reportedHealth;
     std::optional<std::string> programID = "_program";
     std::optional<std::string> refusal;
-    std::vector<std::string> identified;
-    std::vector<std::pair<std::string, std::optional<OutputTestPattern>>> patterns;
-    std::set<std::string> visibleTestWindows;
-    int programPreviews = 0;
+    std::map<std::string, bool> testWindows;
     std::vector<std::weak_ptr<SceneSink>> mirrors;
-    std::vector<DisplayInfo> displays;
     std::string programName = "Program";
 
 private:

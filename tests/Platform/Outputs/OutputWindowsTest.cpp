@@ -119,25 +119,6 @@ TEST(GlOutput, DissolveKeepsAdvancingWhileTheMainLoopIsBlocked) {
     EXPECT_LT(whileBlocked.back(), 0.8f);
 }
 
-TEST(GlOutput, SoftwareDrawingPutsThePictureOnTheScreen) {
-    // The way a window draws when OpenGL fails: the CPU compositor on the
-    // render thread, put on the window by the main loop.
-    QScreen* screen = QGuiApplication::primaryScreen();
-    GlOutputWindow window(screen, "Software", steadySeconds, GlOutputWindow::Drawing::software);
-    const StillImage still = generatedStill(64, 36);
-    OutputScene scene;
-    scene.layers = {stillLayer(still)};
-    window.show(scene, {}, steadySeconds());
-    const std::uint8_t* corner = still.bgra().data();
-    const QRgb expected = qRgb(corner[2], corner[1], corner[0]);
-    const auto shown = [&] {
-        const QImage shot = screen->grabWindow(0).toImage().convertToFormat(QImage::Format_ARGB32);
-        return !shot.isNull() && channelDifference(shot.pixel(2, 2), expected) <= parityLevels;
-    };
-    EXPECT_TRUE(spinUntil(shown, 5));
-    EXPECT_EQ(window.failure(), std::nullopt); // asked for, not fallen back to
-}
-
 TEST(GlOutput, TheManagerPutsTheIdentificationPictureOnTheDisplayQtReports) {
     RealTimeScheduler scheduler;
     QtOutputDisplays displays([&scheduler] { return scheduler.now(); });
