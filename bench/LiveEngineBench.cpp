@@ -61,6 +61,17 @@ public:
     std::optional<std::string> programOutputSelection() const override { return std::nullopt; }
     void selectProgramOutput(const std::optional<std::string>&) override {}
     std::set<SceneID> programLayerIDs() const override { return programLayers_; }
+    OutputScene programScene() const override { return {}; }
+    std::optional<std::string> identify(const std::string&) override { return std::nullopt; }
+    std::optional<std::string> setTestPattern(const std::string&, std::optional<OutputTestPattern>) override {
+        return std::nullopt;
+    }
+    void setTestWindowVisible(const std::string&, bool) override {}
+    bool testWindowIsVisible(const std::string&) const override { return false; }
+    void showProgramPreview() override {}
+    void addMirror(const std::weak_ptr<SceneSink>&) override {}
+    void removeMirror(const std::shared_ptr<SceneSink>&) override {}
+    std::vector<DisplayInfo> availableDisplays() const override { return {}; }
 
     std::uint64_t applyCount = 0;
 

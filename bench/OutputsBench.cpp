@@ -54,6 +54,8 @@ public:
     void show(const OutputScene& scene, const SceneSurfaces&, double) override {
         benchmark::DoNotOptimize(scene.layers.data());
     }
+    std::optional<std::string> failure() const override { return std::nullopt; }
+    bool isClosed() const override { return false; }
 };
 
 class FourDisplays final : public OutputDisplays {

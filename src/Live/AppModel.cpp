@@ -106,6 +106,8 @@ void AppModel::load(const Show& show, const ShowPackage& package) {
     caches_ = {};
 
     outputManager_ = ports_.outputs.make();
+    std::erase_if(mirrors_, [](const std::weak_ptr<SceneSink>& sink) { return sink.expired(); });
+    for (const auto& mirror : mirrors_) outputManager_->addMirror(mirror);
     engine_ = std::make_unique<LiveEngine>(
         *show_, package,
         EnginePorts{ports_.scheduler, *outputManager_, ports_.players, ports_.images, ports_.cards,

@@ -288,6 +288,25 @@ public:
     void setOperatorViewFollowsLive(bool follows) { operatorViewFollowsLive_ = follows; }
     PictureCaches& caches() { return caches_; }
 
+    // ---- Screens: the operator's tests and the program preview ----
+    static constexpr const char* openTestWindowOffer = "Open audience test window";
+    // Each refusal (Safe Slide or Panic) goes to the status line.
+    void identifyScreen(const std::string& screenID);
+    void setTestPattern(const std::string& screenID, std::optional<OutputTestPattern> pattern);
+    void setTestWindowVisible(const std::string& screenID, bool visible);
+    bool testWindowIsVisible(const std::string& screenID) const;
+    void showProgramPreview();
+    // The destination the program preview follows; none follows the first.
+    void selectProgramOutput(const std::optional<std::string>& destination);
+    // The preview offers `openTestWindowOffer` while no audience test window
+    // is open; taking it adds the test window to the setup when it has none.
+    bool offersTestWindow() const;
+    void openAudienceTestWindow();
+    // Mirrors of the program picture; kept across shows, held weakly.
+    void addMirror(const std::weak_ptr<SceneSink>& sink);
+    void removeMirror(const std::shared_ptr<SceneSink>& sink);
+    std::vector<DisplayInfo> availableDisplays() const;
+
     // ---- The agent's grants and connection ----
     bool agentMayRun() const { return agentMayRun_; }
     void setAgentMayRun(bool may);
@@ -362,6 +381,7 @@ private:
     // The engine holds a reference to its manager: declared after it, so
     // destroyed first.
     std::unique_ptr<OutputManager> outputManager_;
+    std::vector<std::weak_ptr<SceneSink>> mirrors_;
     std::unique_ptr<LiveEngine> engine_;
     EditHistory history_{historyLimit};
     bool isDirty_ = false;

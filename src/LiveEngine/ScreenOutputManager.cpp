@@ -50,7 +50,8 @@ void ScreenOutputManager::rebuild() {
         if (!display) continue;
         if (isTestWindow(display->id)) {
             if (requestedTestWindowIDs_.contains(screen.id) ||
-                (!setup_.usesLogicalScreens && setup_.audienceWindowForTesting))
+                (!setup_.usesLogicalScreens && setup_.audienceWindowForTesting &&
+                 !dismissedTestWindowIDs_.contains(screen.id)))
                 wanted.emplace(screen.id, std::nullopt);
             continue;
         }
@@ -63,7 +64,8 @@ void ScreenOutputManager::rebuild() {
     // picture doesn't blink.
     for (auto window = windows_.begin(); window != windows_.end();) {
         const auto want = wanted.find(window->first);
-        if (want != wanted.end() && want->second == windowDisplayIDs_[window->first]) {
+        if (want != wanted.end() && want->second == windowDisplayIDs_[window->first] &&
+            !window->second->isClosed()) {
             ++window;
             continue;
         }
@@ -102,8 +104,14 @@ std::vector<OutputHealth> ScreenOutputManager::feedHealth() const {
         } else {
             const auto& display = std::get<destination::Display>(screen.destination);
             const bool repeated = !isTestWindow(display.id) && !takenDisplays.insert(display.id).second;
+            const auto window = windows_.find(screen.id);
             if (repeated) row.detail = assignedTwiceDetail;
-            else if (windows_.contains(screen.id)) row.isConnected = true;
+            else if (window != windows_.end()) {
+                // A window that fell back to a slower way of drawing still
+                // shows the picture, and says why it fell back.
+                row.isConnected = true;
+                row.detail = window->second->failure();
+            }
             else if (isTestWindow(display.id)) row.detail = testWindowClosedDetail;
             else row.detail = disconnectedDetail;
         }
@@ -123,6 +131,18 @@ void ScreenOutputManager::updateHealth(std::vector<OutputHealth> health) {
 
 void ScreenOutputManager::healthTick() {
     if (closed_) return;
+    // Ordinary windows the operator closed: the test window's row turns
+    // red, and the preview opens anew when asked again.
+    bool testWindowClosed = false;
+    for (const auto& [screenID, window] : windows_) {
+        if (!windowDisplayIDs_[screenID] && window->isClosed()) {
+            requestedTestWindowIDs_.erase(screenID);
+            dismissedTestWindowIDs_.insert(screenID);
+            testWindowClosed = true;
+        }
+    }
+    if (programPreviewWindow_ && programPreviewWindow_->isClosed()) programPreviewWindow_.reset();
+    if (testWindowClosed) rebuild();
     updateHealth(feedHealth());
     std::weak_ptr<int> life = life_;
     healthTimer_ = scheduler_.after(healthSeconds, [this, life] {
@@ -132,6 +152,14 @@ void ScreenOutputManager::healthTick() {
 
 void ScreenOutputManager::clearDiagnostics() {
     feedErrors_.clear();
+    // Safe Slide, Panic and a full clear end screen tests and identification.
+    for (auto& [id, task] : identificationTasks_) task.cancel();
+    identificationTasks_.clear();
+    const bool shownDiagnostics = !overrides_.empty() || !patternScenes_.empty();
+    overrides_.clear();
+    testPatterns_.clear();
+    patternScenes_.clear();
+    if (shownDiagnostics && !closed_) drawAll();
     updateHealth(feedHealth());
 }
 
@@ -140,6 +168,7 @@ void ScreenOutputManager::closeAll() {
     closed_ = true;
     windows_.clear();
     windowDisplayIDs_.clear();
+    programPreviewWindow_.reset();
     healthTimer_.cancel();
     stageRetry_.cancel();
     for (auto& [id, task] : identificationTasks_) task.cancel();
@@ -206,24 +235,34 @@ SceneSurfaces ScreenOutputManager::sceneSurfaces() const {
     return surfaces;
 }
 
-void ScreenOutputManager::drawScreen(const LogicalScreen& screen) {
+void ScreenOutputManager::drawWindow(const LogicalScreen& screen, const SceneSurfaces& surfaces, double now) {
     const auto window = windows_.find(screen.id);
-    if (window == windows_.end()) return;
-    window->second->show(*pictureOf(screen.id), sceneSurfaces(), scheduler_.now());
+    if (window != windows_.end()) window->second->show(*pictureOf(screen.id), surfaces, now);
+}
+
+void ScreenOutputManager::drawProgram(const SceneSurfaces& surfaces, double now) {
+    std::erase_if(mirrors_, [](const std::weak_ptr<SceneSink>& sink) { return sink.expired(); });
+    if (mirrors_.empty() && !programPreviewWindow_) return;
+    const OutputScene program = programScene();
+    if (programPreviewWindow_) programPreviewWindow_->show(program, surfaces, now);
+    for (const auto& mirror : mirrors_)
+        if (const auto sink = mirror.lock()) sink->sceneChanged(program, surfaces, now);
+}
+
+// One screen's picture changed: its window, and the program picture when
+// that screen is the program output.
+void ScreenOutputManager::drawScreen(const LogicalScreen& screen) {
+    const SceneSurfaces surfaces = sceneSurfaces();
+    const double now = scheduler_.now();
+    drawWindow(screen, surfaces, now);
+    if (programOutputID() == screen.id) drawProgram(surfaces, now);
 }
 
 void ScreenOutputManager::drawAll() {
     const SceneSurfaces surfaces = sceneSurfaces();
     const double now = scheduler_.now();
-    for (const LogicalScreen& screen : screens_) {
-        const auto window = windows_.find(screen.id);
-        if (window != windows_.end()) window->second->show(*pictureOf(screen.id), surfaces, now);
-    }
-    std::erase_if(mirrors_, [](const std::weak_ptr<SceneSink>& sink) { return sink.expired(); });
-    if (mirrors_.empty()) return;
-    const OutputScene program = programScene();
-    for (const auto& mirror : mirrors_)
-        if (const auto sink = mirror.lock()) sink->sceneChanged(program, surfaces, now);
+    for (const LogicalScreen& screen : screens_) drawWindow(screen, surfaces, now);
+    drawProgram(surfaces, now);
 }
 
 void ScreenOutputManager::updateStage(const ConfidenceState& confidence, const std::optional<TimerState>& timer,
@@ -316,13 +355,25 @@ std::optional<std::string> ScreenOutputManager::setTestPattern(const std::string
 }
 
 void ScreenOutputManager::setTestWindowVisible(const std::string& screenID, bool visible) {
-    if (visible) requestedTestWindowIDs_.insert(screenID);
-    else requestedTestWindowIDs_.erase(screenID);
+    if (visible) {
+        requestedTestWindowIDs_.insert(screenID);
+        dismissedTestWindowIDs_.erase(screenID);
+    } else {
+        requestedTestWindowIDs_.erase(screenID);
+        dismissedTestWindowIDs_.insert(screenID);
+    }
     if (!closed_) rebuild();
 }
 
 bool ScreenOutputManager::testWindowIsVisible(const std::string& screenID) const {
     return windows_.contains(screenID) && !windowDisplayIDs_.at(screenID);
+}
+
+void ScreenOutputManager::showProgramPreview() {
+    if (closed_) return;
+    if (programPreviewWindow_ && programPreviewWindow_->isClosed()) programPreviewWindow_.reset();
+    if (!programPreviewWindow_) programPreviewWindow_ = displays_.open(std::nullopt, programPreviewTitle);
+    programPreviewWindow_->show(programScene(), sceneSurfaces(), scheduler_.now());
 }
 
 void ScreenOutputManager::addMirror(const std::weak_ptr<SceneSink>& sink) {

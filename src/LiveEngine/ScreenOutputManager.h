@@ -47,6 +47,7 @@ public:
     static constexpr const char* patternRefusal = "Screen tests are unavailable while Safe Slide or Panic is active.";
     static constexpr const char* missingSourceName = "The selected picture source is missing.";
     static constexpr const char* noOutputName = "Composition preview — no output";
+    static constexpr const char* programPreviewTitle = "Program preview";
     static constexpr double identifySeconds = 5;
     static constexpr double healthSeconds = 1;
     static constexpr int stageWidthPixels = 1280;
@@ -74,19 +75,22 @@ public:
     std::optional<std::string> programOutputSelection() const override { return programOutputSelection_; }
     void selectProgramOutput(const std::optional<std::string>& destination) override;
     std::set<SceneID> programLayerIDs() const override;
-
-    // The operator's tools.
-    std::optional<std::string> identify(const std::string& screenID);
-    std::optional<std::string> setTestPattern(const std::string& screenID, std::optional<OutputTestPattern> pattern);
-    void setTestWindowVisible(const std::string& screenID, bool visible);
-    bool testWindowIsVisible(const std::string& screenID) const;
-    void addMirror(const std::weak_ptr<SceneSink>& sink);
-    void removeMirror(const std::shared_ptr<SceneSink>& sink);
-    std::vector<DisplayInfo> availableDisplays() const { return displays_.displays(); }
-
     // What the program preview shows: the program output's picture, or the
     // whole composition when there is no output.
-    OutputScene programScene() const;
+    OutputScene programScene() const override;
+
+    // The operator's tools.
+    std::optional<std::string> identify(const std::string& screenID) override;
+    std::optional<std::string> setTestPattern(const std::string& screenID,
+                                              std::optional<OutputTestPattern> pattern) override;
+    void setTestWindowVisible(const std::string& screenID, bool visible) override;
+    bool testWindowIsVisible(const std::string& screenID) const override;
+    void showProgramPreview() override;
+    void addMirror(const std::weak_ptr<SceneSink>& sink) override;
+    void removeMirror(const std::shared_ptr<SceneSink>& sink) override;
+    std::vector<DisplayInfo> availableDisplays() const override { return displays_.displays(); }
+
+    bool programPreviewIsOpen() const { return programPreviewWindow_ != nullptr; }
     // A screen's picture as it stands; none for a screen not in the setup.
     std::optional<OutputScene> pictureOf(const std::string& screenID) const;
     // Screen ids with a window open now.
@@ -115,6 +119,8 @@ private:
     void healthTick();
     void drawAll();
     void drawScreen(const LogicalScreen& screen);
+    void drawWindow(const LogicalScreen& screen, const SceneSurfaces& surfaces, double now);
+    void drawProgram(const SceneSurfaces& surfaces, double now);
     void renderStageIfNeeded();
     OutputScene pictureScene(const StillImage& still) const;
     const LogicalScreen* screenNamed(const std::string& screenID) const;
@@ -131,6 +137,8 @@ private:
     std::map<std::string, std::unique_ptr<OutputWindow>> windows_; // by screen id
     std::map<std::string, std::optional<std::string>> windowDisplayIDs_; // none: test window
     std::set<std::string> requestedTestWindowIDs_;
+    std::set<std::string> dismissedTestWindowIDs_; // the old form's window, closed
+    std::unique_ptr<OutputWindow> programPreviewWindow_;
 
     OutputScene lastScene_;
     VideoSurfaces lastSurfaces_;

@@ -6,6 +6,7 @@
 #include "LiveAgentKit/AgentFailure.h"
 #include "LiveModel/ShowEdit.h"
 
+#include <algorithm>
 #include <fstream>
 
 namespace velarion::testing {
@@ -234,6 +235,43 @@ TEST_F(AppModelLifecycleTest, TheAgentMakesOpensAndSavesShowsInItsOwnWords) {
     app.agentNote("Agent checked the screens");
     EXPECT_TRUE(engineLogged("Agent checked the screens"));
     EXPECT_FALSE(app.agentRedo());
+}
+
+} // namespace
+} // namespace velarion::testing
+
+namespace velarion::testing {
+namespace {
+
+struct NullSink final : SceneSink {
+    void sceneChanged(const OutputScene&, const SceneSurfaces&, double) override {}
+};
+
+TEST_F(AppModelFixture, ScreenToolsReachTheShowsOutputsAndRefusalsReachTheStatus) {
+    AppModel& app = start();
+    const auto mirror = std::make_shared<NullSink>();
+    app.addMirror(mirror);
+    app.newShow(ShowTemplate::blank, "Screens");
+    RecordingOutputManager& first = *outputs.latest;
+    EXPECT_EQ(first.mirrors.size(), 1u);
+
+    first.refusal = "Screen tests are unavailable while Safe Slide or Panic is active.";
+    app.setTestPattern("a", OutputTestPattern::grid);
+    EXPECT_EQ(app.status(), "Screen tests are unavailable while Safe Slide or Panic is active.");
+    app.selectProgramOutput("b");
+    EXPECT_EQ(first.programOutputSelection(), std::optional<std::string>("b"));
+
+    // No test window in the setup: the preview's offer adds one and opens it.
+    EXPECT_TRUE(app.offersTestWindow());
+    app.openAudienceTestWindow();
+    const auto screens = app.show()->outputs.effectiveScreens();
+    EXPECT_TRUE(std::any_of(screens.begin(), screens.end(),
+                            [](const LogicalScreen& screen) { return screen.id == "test-window"; }));
+    EXPECT_TRUE(app.testWindowIsVisible("test-window"));
+    EXPECT_FALSE(app.offersTestWindow());
+
+    app.newShow(ShowTemplate::blank, "Next"); // the mirror follows the next show's outputs
+    EXPECT_EQ(outputs.latest->mirrors.size(), 1u);
 }
 
 } // namespace

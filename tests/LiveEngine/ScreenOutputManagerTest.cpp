@@ -94,7 +94,12 @@ TEST_F(ManagerFixture, HealthTableSaysWhyEachScreenHasNoPicture) {
     EXPECT_EQ(displays.openCount(), 2);
     manager.setTestWindowVisible("e", true);
     EXPECT_TRUE(manager.testWindowIsVisible("e"));
-    EXPECT_NE(displays.window(""), nullptr);
+    ASSERT_NE(displays.window(""), nullptr);
+    // The operator closes it with its close button: the row turns red within the second.
+    displays.windows.back()->closedByOperator = true;
+    scheduler.advance(1.1);
+    EXPECT_FALSE(manager.testWindowIsVisible("e"));
+    EXPECT_EQ(reported.back()[4].detail, std::optional<std::string>("Test window is closed. Open it from the Program menu."));
 }
 
 TEST_F(ManagerFixture, EachScreenShowsOnlyItsRoutedLayersOfItsKinds) {
@@ -166,6 +171,64 @@ TEST_F(ManagerFixture, IdentifyAndPatternsRefuseUnderSafeSlideOrPanic) {
     EXPECT_NE(*manager.pictureOf("a"), normal);
     manager.setTestPattern("a", std::nullopt);
     EXPECT_EQ(*manager.pictureOf("a"), normal);
+}
+
+TEST_F(ManagerFixture, PanicSafeSlideAndClearEndTestsAndIdentification) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    const OutputScene normal = *manager.pictureOf("a");
+    manager.setTestPattern("a", OutputTestPattern::colorBars);
+    manager.identify("a");
+    manager.clearDiagnostics();
+    EXPECT_EQ(*manager.pictureOf("a"), normal);
+    EXPECT_EQ(displays.window("HDMI-1")->shown.back(), normal);
+    scheduler.advance(6); // the cancelled identification task draws nothing more
+    EXPECT_EQ(displays.window("HDMI-1")->shown.back(), normal);
+}
+
+struct SceneCollector final : SceneSink {
+    void sceneChanged(const OutputScene& scene, const SceneSurfaces&, double) override { scenes.push_back(scene); }
+    std::vector<OutputScene> scenes;
+};
+
+TEST_F(ManagerFixture, ProgramPreviewAndMirrorsFollowTheSelectedOutput) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
+                               screenOn("b", destination::Display{"HDMI-2"})}));
+    auto mirror = std::make_shared<SceneCollector>();
+    manager.addMirror(mirror);
+    manager.showProgramPreview();
+    const FakeWindowRecord* preview = displays.window("");
+    ASSERT_NE(preview, nullptr);
+    EXPECT_EQ(preview->title, "Program preview");
+    const SceneLayer toB = colorLayer();
+    OutputScene scene;
+    scene.layers = {toB};
+    manager.apply(scene, {}, {}, {{toB.id, {"b"}}}, {}, std::nullopt);
+    EXPECT_TRUE(preview->shown.back().layers.empty()); // "a" is the program and doesn't get it
+    manager.selectProgramOutput("b");
+    EXPECT_EQ(idsOf(preview->shown.back()), std::vector{toB.id});
+    EXPECT_EQ(mirror->scenes.back(), preview->shown.back());
+    manager.identify("b"); // the preview shows what the program screen shows
+    EXPECT_EQ(preview->shown.back(), displays.window("HDMI-2")->shown.back());
+}
+
+TEST_F(ManagerFixture, AWindowThatFellBackKeepsItsPictureAndSaysWhy) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    displays.windows.back()->failure = "drawn in software";
+    scheduler.advance(1.1); // the health timer sees it
+    ASSERT_FALSE(reported.empty());
+    EXPECT_TRUE(reported.back()[0].isConnected);
+    EXPECT_EQ(reported.back()[0].detail, std::optional<std::string>("drawn in software"));
+}
+
+TEST_F(ManagerFixture, TwoHundredLayersAndToolsOnScreensWithoutWindowsAreHarmless) {
+    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
+                               screenOn("gone", destination::Display{"no-such-display"})}));
+    OutputScene scene;
+    for (int layer = 0; layer < 200; ++layer) scene.layers.push_back(colorLayer());
+    manager.apply(scene, {}, {}, {}, {}, std::nullopt);
+    EXPECT_EQ(manager.identify("gone"), std::nullopt);
+    EXPECT_EQ(manager.setTestPattern("not-a-screen", OutputTestPattern::grid), std::nullopt);
+    EXPECT_EQ(displays.window("HDMI-1")->shown.back().layers.size(), 200u);
 }
 
 TEST_F(ManagerFixture, StagePictureIsDrawnAtMostOnceASecond) {

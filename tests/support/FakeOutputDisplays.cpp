@@ -11,6 +11,8 @@ public:
     explicit FakeWindow(std::shared_ptr<FakeWindowRecord> record) : record_(std::move(record)) {}
     ~FakeWindow() override { record_->isOpen = false; }
     void show(const OutputScene& scene, const SceneSurfaces&, double) override { record_->shown.push_back(scene); }
+    std::optional<std::string> failure() const override { return record_->failure; }
+    bool isClosed() const override { return record_->closedByOperator; }
 
 private:
     std::shared_ptr<FakeWindowRecord> record_;

@@ -18,6 +18,8 @@ struct FakeWindowRecord {
     std::string title;
     std::vector<OutputScene> shown;
     bool isOpen = true;
+    std::optional<std::string> failure; // what the window says went wrong
+    bool closedByOperator = false;
 };
 
 class FakeOutputDisplays final : public OutputDisplays {

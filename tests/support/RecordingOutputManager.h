@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <optional>
 #include <set>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -57,6 +58,19 @@ public:
         programSelection_ = destination;
     }
     std::set<SceneID> programLayerIDs() const override;
+    OutputScene programScene() const override { return applied.empty() ? OutputScene{} : applied.back().scene; }
+
+    // The operator's tools: `refusal` is every answer.
+    std::optional<std::string> identify(const std::string&) override { return refusal; }
+    std::optional<std::string> setTestPattern(const std::string&, std::optional<OutputTestPattern>) override {
+        return refusal;
+    }
+    void setTestWindowVisible(const std::string& id, bool on) override { testWindows[id] = on; }
+    bool testWindowIsVisible(const std::string& id) const override { return testWindows.count(id) && testWindows.at(id); }
+    void showProgramPreview() override {}
+    void addMirror(const std::weak_ptr<SceneSink>& sink) override { mirrors.push_back(sink); }
+    void removeMirror(const std::shared_ptr<SceneSink>&) override { mirrors.clear(); }
+    std::vector<DisplayInfo> availableDisplays() const override { return {}; }
 
     // Stores the health and calls the engine's callback, if it set one.
     void emitHealth(std::vector<OutputHealth> health);
@@ -74,6 +88,9 @@ public:
 
     std::vector<OutputHealth> reportedHealth;
     std::optional<std::string> programID = "_program";
+    std::optional<std::string> refusal;
+    std::map<std::string, bool> testWindows;
+    std::vector<std::weak_ptr<SceneSink>> mirrors;
     std::string programName = "Program";
 
 private:

@@ -12,6 +12,10 @@
 // - OutputWindow::show hands over a whole scene as a value, with the moment
 //   of the change on the Scheduler's clock; the window draws the latest one
 //   by itself and never calls back. Destroying the window closes it.
+// - OutputWindow::failure is a sentence when the window could not draw as
+//   it should (no graphics context, a shader the driver refused) and fell
+//   back to a slower way that still shows the picture; any thread may have
+//   set it, the manager reads it on the main thread. `isClosed` likewise.
 // - Ownership: the manager owns its windows; the displays object outlives
 //   every manager that uses it.
 
@@ -31,6 +35,9 @@ class OutputWindow {
 public:
     virtual ~OutputWindow() = default;
     virtual void show(const OutputScene& scene, const SceneSurfaces& surfaces, double nowSeconds) = 0;
+    virtual std::optional<std::string> failure() const = 0;
+    // The operator closed it (an ordinary window's close button).
+    virtual bool isClosed() const = 0;
 };
 
 class OutputDisplays {

@@ -18,14 +18,22 @@
 // - Program output: the destination the operator's program view follows,
 //   its readable name, and the operator's own pick when there is one.
 //   `programLayerIDs` are the layers of the last scene that reach it.
+// - The operator's screen tools: `identify` and `setTestPattern` answer a
+//   refusal sentence when they can't act now (Safe Slide or Panic), else
+//   none; `clearDiagnostics` ends both. Test windows open and close on
+//   request; `showProgramPreview` opens a window of `programScene`. Mirrors
+//   get the program scene after each change and are held weakly.
 // - Ownership: given to the engine at construction and outlives it; the
 //   health callback is cleared by the engine's shutdown.
 
+#include "LiveEngine/DisplayInfo.h"
 #include "LiveEngine/OutputHealth.h"
 #include "LiveEngine/StageInfo.h"
+#include "LiveEngine/ports/SceneSink.h"
 #include "LiveEngine/ports/VideoSurface.h"
 #include "LiveModel/LayerKind.h"
 #include "LiveModel/OutputSetup.h"
+#include "LiveModel/OutputTestPattern.h"
 #include "ShowStage/OutputScene.h"
 
 #include <functional>
@@ -70,6 +78,17 @@ public:
     virtual std::optional<std::string> programOutputSelection() const = 0;
     virtual void selectProgramOutput(const std::optional<std::string>& destination) = 0;
     virtual std::set<SceneID> programLayerIDs() const = 0;
+    virtual OutputScene programScene() const = 0;
+
+    virtual std::optional<std::string> identify(const std::string& screenID) = 0;
+    virtual std::optional<std::string> setTestPattern(const std::string& screenID,
+                                                      std::optional<OutputTestPattern> pattern) = 0;
+    virtual void setTestWindowVisible(const std::string& screenID, bool visible) = 0;
+    virtual bool testWindowIsVisible(const std::string& screenID) const = 0;
+    virtual void showProgramPreview() = 0;
+    virtual void addMirror(const std::weak_ptr<SceneSink>& sink) = 0;
+    virtual void removeMirror(const std::shared_ptr<SceneSink>& sink) = 0;
+    virtual std::vector<DisplayInfo> availableDisplays() const = 0;
 };
 
 } // namespace velarion

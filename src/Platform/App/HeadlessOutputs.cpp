@@ -26,6 +26,21 @@ void HeadlessOutputs::apply(const OutputScene& scene, const LayerKinds&, const V
     if (closed_) return;
     scene_ = scene;
     ++scenesApplied_;
+    std::erase_if(mirrors_, [](const std::weak_ptr<SceneSink>& sink) { return sink.expired(); });
+    for (const auto& mirror : mirrors_)
+        if (const auto sink = mirror.lock()) sink->sceneChanged(scene_, {}, scheduler_.now());
+}
+
+void HeadlessOutputs::addMirror(const std::weak_ptr<SceneSink>& sink) {
+    mirrors_.push_back(sink);
+    if (const auto live = sink.lock()) live->sceneChanged(scene_, {}, scheduler_.now());
+}
+
+void HeadlessOutputs::removeMirror(const std::shared_ptr<SceneSink>& sink) {
+    std::erase_if(mirrors_, [&](const std::weak_ptr<SceneSink>& mirror) {
+        const auto live = mirror.lock();
+        return !live || live == sink;
+    });
 }
 
 void HeadlessOutputs::configure(const OutputSetup& setup) {
@@ -51,6 +66,7 @@ void HeadlessOutputs::configure(const OutputSetup& setup) {
 void HeadlessOutputs::closeAll() {
     closed_ = true;
     scene_ = OutputScene{};
+    mirrors_.clear();
 }
 
 } // namespace velarion

@@ -37,6 +37,20 @@ public:
     std::optional<std::string> programOutputSelection() const override { return selection_; }
     void selectProgramOutput(const std::optional<std::string>& destination) override { selection_ = destination; }
     std::set<SceneID> programLayerIDs() const override { return {}; }
+    OutputScene programScene() const override { return scene_; }
+
+    // No window to show a test on: the tools say so.
+    std::optional<std::string> identify(const std::string&) override { return headlessDetail; }
+    std::optional<std::string> setTestPattern(const std::string&, std::optional<OutputTestPattern>) override {
+        return headlessDetail;
+    }
+    void setTestWindowVisible(const std::string&, bool) override {}
+    bool testWindowIsVisible(const std::string&) const override { return false; }
+    void showProgramPreview() override {}
+    // Mirrors (a snapshot, a CPU preview) still get every scene.
+    void addMirror(const std::weak_ptr<SceneSink>& sink) override;
+    void removeMirror(const std::shared_ptr<SceneSink>& sink) override;
+    std::vector<DisplayInfo> availableDisplays() const override { return {}; }
 
     const OutputScene& lastScene() const { return scene_; }
     std::size_t scenesApplied() const { return scenesApplied_; }
@@ -49,6 +63,7 @@ private:
     std::vector<OutputHealth> health_;
     HealthCallback onHealth_;
     std::optional<std::string> selection_;
+    std::vector<std::weak_ptr<SceneSink>> mirrors_;
     bool closed_ = false;
 };
 

@@ -9,6 +9,9 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
 
 namespace velarion {
 
@@ -49,6 +52,44 @@ inline void blendOver(Byte* d, const Byte* s, std::uint32_t opacity) {
     blendPixel(d, times255(s[0], opacity), times255(s[1], opacity), times255(s[2], opacity),
                times255(s[3], opacity));
 }
+
+#if defined(__x86_64__)
+// Eight pixels at a time, with the SSE2 loop's exact rounding; returns how
+// many pixels it did. Built for AVX2 and called only where the processor has it.
+#define VELARION_AVX2 __attribute__((target("avx2"), always_inline)) inline
+VELARION_AVX2 __m256i timesAvx2(__m256i value, __m256i by) {
+    const __m256i t = _mm256_add_epi16(_mm256_mullo_epi16(value, by), _mm256_set1_epi16(128));
+    return _mm256_srli_epi16(_mm256_add_epi16(t, _mm256_srli_epi16(t, 8)), 8);
+}
+
+VELARION_AVX2 __m256i blendHalfAvx2(__m256i source, __m256i target, __m256i factor) {
+    const __m256i alphaLanes = _mm256_setr_epi8(6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15,
+                                                6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15);
+    source = timesAvx2(source, factor);
+    const __m256i alpha = _mm256_shuffle_epi8(source, alphaLanes);
+    return _mm256_add_epi16(source, timesAvx2(target, _mm256_sub_epi16(_mm256_set1_epi16(255), alpha)));
+}
+#undef VELARION_AVX2
+
+__attribute__((target("avx2"))) int blendWordsAvx2(std::uint32_t* to, const std::uint32_t* from, int count,
+                                                   std::uint32_t opacity) {
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i factor = _mm256_set1_epi16(static_cast<short>(opacity));
+    int i = 0;
+    for (; i + 8 <= count; i += 8) {
+        const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + i));
+        const __m256i target = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(to + i));
+        // Unpacking works within each 128-bit half and packing puts the
+        // halves back the same way, so pixel order is kept.
+        const __m256i low =
+            blendHalfAvx2(_mm256_unpacklo_epi8(source, zero), _mm256_unpacklo_epi8(target, zero), factor);
+        const __m256i high =
+            blendHalfAvx2(_mm256_unpackhi_epi8(source, zero), _mm256_unpackhi_epi8(target, zero), factor);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + i), _mm256_packus_epi16(low, high));
+    }
+    return i;
+}
+#endif
 
 struct Picture {
     const Byte* pixels = nullptr;
@@ -323,8 +364,13 @@ private:
         return (all >> 24) == 255;
     }
 
+
     static void blendWords(std::uint32_t* to, const std::uint32_t* from, int count, std::uint32_t opacity) {
         int i = 0;
+#if defined(__x86_64__)
+        static const bool hasAvx2 = __builtin_cpu_supports("avx2");
+        if (hasAvx2) i = blendWordsAvx2(to, from, count, opacity);
+#endif
 #if defined(__SSE2__)
         // Four pixels at a time in 16-bit lanes: the same exact rounding as
         // timesPixel, so every pixel gets the same value either way.

@@ -3,7 +3,9 @@
 #include "Platform/Outputs/GlSceneDrawer.h"
 #include "ShowStage/SceneRenderer.h"
 
+#include <QBackingStore>
 #include <QGuiApplication>
+#include <QPainter>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QResizeEvent>
@@ -15,10 +17,34 @@
 
 namespace velarion {
 
-// The window itself: tells the render thread its size in pixels.
+// The window itself: tells the render thread its size in pixels, and in
+// software drawing puts the render thread's latest frame on the screen.
 class GlOutputWindow::Surface final : public QWindow {
 public:
     explicit Surface(GlOutputWindow& owner) : owner_(owner) { setSurfaceType(QWindow::OpenGLSurface); }
+
+    // Render thread: keeps only the newest frame; one paint is queued at a time.
+    void present(std::shared_ptr<const RasterImage> frame) {
+        {
+            std::lock_guard guard(frameLock_);
+            latest_ = std::move(frame);
+            if (paintQueued_) return;
+            paintQueued_ = true;
+        }
+        QMetaObject::invokeMethod(this, [this] { paintLatest(); }, Qt::QueuedConnection);
+    }
+
+    // Main thread: an OpenGL window can't take raster frames; it is made
+    // again as a raster window in the same place.
+    void becomeRaster() {
+        if (surfaceType() == QWindow::RasterSurface) return;
+        const bool fullScreen = visibility() == QWindow::FullScreen;
+        destroy();
+        setSurfaceType(QWindow::RasterSurface);
+        setFormat(QSurfaceFormat());
+        if (fullScreen) showFullScreen();
+        else show();
+    }
 
 protected:
     void resizeEvent(QResizeEvent* event) override {
@@ -27,13 +53,48 @@ protected:
         owner_.widthPixels_ = static_cast<int>(std::lround(event->size().width() * ratio));
         owner_.heightPixels_ = static_cast<int>(std::lround(event->size().height() * ratio));
     }
+    bool event(QEvent* event) override {
+        if (event->type() == QEvent::Close) owner_.closed_.store(true);
+        return QWindow::event(event);
+    }
+    void exposeEvent(QExposeEvent*) override {
+        if (surfaceType() == QWindow::RasterSurface) paintLatest();
+    }
 
 private:
+    void paintLatest() {
+        std::shared_ptr<const RasterImage> frame;
+        {
+            std::lock_guard guard(frameLock_);
+            paintQueued_ = false;
+            frame = latest_;
+        }
+        if (!frame || !isExposed() || surfaceType() != QWindow::RasterSurface) return;
+        if (!store_) store_ = std::make_unique<QBackingStore>(this);
+        const QRect area(QPoint(), size());
+        store_->resize(area.size());
+        store_->beginPaint(area);
+        {
+            const QImage image(frame->bgra.data(), frame->width, frame->height, frame->width * 4,
+                               QImage::Format_ARGB32_Premultiplied);
+            QPainter painter(store_->paintDevice());
+            painter.setCompositionMode(QPainter::CompositionMode_Source);
+            painter.drawImage(area, image);
+        }
+        store_->endPaint();
+        store_->flush(area);
+    }
+
     GlOutputWindow& owner_;
+    std::mutex frameLock_;
+    std::shared_ptr<const RasterImage> latest_;
+    bool paintQueued_ = false;
+    std::unique_ptr<QBackingStore> store_;
 };
 
-GlOutputWindow::GlOutputWindow(QScreen* screen, const std::string& title, Clock clock)
-    : clock_(std::move(clock)), window_(std::make_unique<Surface>(*this)) {
+GlOutputWindow::GlOutputWindow(QScreen* screen, const std::string& title, Clock clock, Drawing drawing)
+    : clock_(std::move(clock)), drawing_(drawing), window_(std::make_unique<Surface>(*this)) {
+    if (drawing_ == Drawing::software) window_->setSurfaceType(QWindow::RasterSurface);
     QSurfaceFormat format = QSurfaceFormat::defaultFormat();
     format.setSwapInterval(1);
     format.setVersion(3, 3);
@@ -91,12 +152,42 @@ RasterImage GlOutputWindow::lastReadBack() const {
     return readBackImage_;
 }
 
+std::optional<std::string> GlOutputWindow::failure() const {
+    std::lock_guard guard(lock_);
+    return failure_;
+}
+
+// Render thread, with no context current.
+void GlOutputWindow::fallBack(const char* why) {
+    std::fprintf(stderr, "velarion: %s; output window drawn in software\n", why);
+    {
+        std::lock_guard guard(lock_);
+        failure_ = fallbackSentence;
+    }
+    Surface* surface = window_.get();
+    QMetaObject::invokeMethod(surface, [surface] { surface->becomeRaster(); }, Qt::QueuedConnection);
+}
+
+void GlOutputWindow::presentSoftware(const SceneFrame& frame, int width, int height,
+                                     const VideoFrameLookup& videoFrames) {
+    auto image = std::make_shared<RasterImage>(width, height);
+    CpuCompositor::draw(frame, *image, videoFrames);
+    if (readBack_.load()) {
+        std::lock_guard guard(lock_);
+        readBackImage_ = *image;
+    }
+    window_->present(std::move(image));
+}
+
 void GlOutputWindow::run() {
+    bool software = drawing_ == Drawing::software;
     QOpenGLContext context;
-    context.setFormat(window_->requestedFormat());
-    if (!context.create()) {
-        std::fprintf(stderr, "velarion: no OpenGL context for an output window\n");
-        return;
+    if (!software) {
+        context.setFormat(window_->requestedFormat());
+        if (!context.create()) {
+            fallBack("no OpenGL context");
+            software = true;
+        }
     }
     GlSceneDrawer drawer;
     int width = 0, height = 0;
@@ -126,25 +217,38 @@ void GlOutputWindow::run() {
         // description, so none may be skipped.
         for (const Pending& pending : taken) renderer.apply(pending.scene, pending.surfaces, pending.atSeconds);
         taken.clear();
-        if (!context.makeCurrent(window_.get()) || width <= 0 || height <= 0) {
+        if (width <= 0 || height <= 0 || (!software && !context.makeCurrent(window_.get()))) {
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
             continue;
         }
         const double at = clock_();
         renderer.drawList(at, frame);
-        drawer.draw(frame, width, height, videoFrames);
-        if (readBack_.load()) {
-            RasterImage image(width, height);
-            context.functions()->glReadPixels(0, 0, width, height, GL_BGRA, GL_UNSIGNED_BYTE, image.bgra.data());
-            // GL rows run bottom up.
-            const std::size_t stride = static_cast<std::size_t>(width) * 4;
-            for (int row = 0; row < height / 2; ++row)
-                std::swap_ranges(image.bgra.begin() + row * stride, image.bgra.begin() + (row + 1) * stride,
-                                 image.bgra.begin() + (height - 1 - row) * stride);
-            std::lock_guard guard(lock_);
-            readBackImage_ = std::move(image);
+        if (!software) {
+            drawer.draw(frame, width, height, videoFrames);
+            if (drawer.failed()) {
+                drawer.release();
+                context.doneCurrent();
+                fallBack("the output shaders failed");
+                software = true;
+            }
         }
-        context.swapBuffers(window_.get());
+        if (software) {
+            presentSoftware(frame, width, height, videoFrames);
+        } else {
+            if (readBack_.load()) {
+                RasterImage image(width, height);
+                context.functions()->glReadPixels(0, 0, width, height, GL_BGRA, GL_UNSIGNED_BYTE,
+                                                  image.bgra.data());
+                // GL rows run bottom up.
+                const std::size_t stride = static_cast<std::size_t>(width) * 4;
+                for (int row = 0; row < height / 2; ++row)
+                    std::swap_ranges(image.bgra.begin() + row * stride, image.bgra.begin() + (row + 1) * stride,
+                                     image.bgra.begin() + (height - 1 - row) * stride);
+                std::lock_guard guard(lock_);
+                readBackImage_ = std::move(image);
+            }
+            context.swapBuffers(window_.get());
+        }
         renderer.collectFinished(at);
         framesDrawn_.fetch_add(1);
         if (observer) observer(at, frame);
@@ -156,7 +260,7 @@ void GlOutputWindow::run() {
             wake_.wait_for(guard, std::chrono::duration<double>(wait), [this] { return stopping_.load(); });
         }
     }
-    if (context.makeCurrent(window_.get())) drawer.release();
+    if (!software && context.makeCurrent(window_.get())) drawer.release();
     context.doneCurrent();
 }
 

@@ -26,6 +26,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -37,13 +38,18 @@ class GlOutputWindow final : public OutputWindow {
 public:
     using Clock = std::function<double()>;
     using FrameObserver = std::function<void(double atSeconds, const SceneFrame& frame)>;
+    enum class Drawing { openGL, software };
+    static constexpr const char* fallbackSentence =
+        "Graphics acceleration failed on this screen; its picture is drawn in software.";
 
     // On `screen` full screen and frameless; with none, an ordinary window
     // of 960 by 540 titled `title`.
-    GlOutputWindow(QScreen* screen, const std::string& title, Clock clock);
+    GlOutputWindow(QScreen* screen, const std::string& title, Clock clock, Drawing drawing = Drawing::openGL);
     ~GlOutputWindow() override;
 
     void show(const OutputScene& scene, const SceneSurfaces& surfaces, double nowSeconds) override;
+    std::optional<std::string> failure() const override;
+    bool isClosed() const override { return closed_.load(); }
 
     void setFrameObserver(FrameObserver observer);
     void setVideoFrames(VideoFrameLookup lookup);
@@ -62,8 +68,11 @@ private:
     };
     class Surface;
     void run();
+    void fallBack(const char* why);
+    void presentSoftware(const SceneFrame& frame, int width, int height, const VideoFrameLookup& videoFrames);
 
     Clock clock_;
+    Drawing drawing_;
     std::unique_ptr<Surface> window_;
     double refreshSeconds_ = 1.0 / 60;
 
@@ -75,8 +84,10 @@ private:
     FrameObserver observer_;
     VideoFrameLookup videoFrames_;
     RasterImage readBackImage_;
+    std::optional<std::string> failure_;
     std::atomic<bool> readBack_{false};
     std::atomic<bool> stopping_{false};
+    std::atomic<bool> closed_{false};
     std::atomic<std::uint64_t> framesDrawn_{0};
     std::thread thread_;
 };

@@ -24,6 +24,8 @@ class GlSceneDrawer {
 public:
     void draw(const SceneFrame& frame, int widthPixels, int heightPixels, const VideoFrameLookup& videoFrames = {});
     void release();
+    // The driver refused the shaders: nothing can be drawn with this context.
+    bool failed() const { return ready_ && program_ == 0; }
 
 private:
     struct Texture {

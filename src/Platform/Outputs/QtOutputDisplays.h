@@ -26,7 +26,7 @@ public:
     std::unique_ptr<OutputWindow> open(const std::optional<DisplayInfo>& display, const std::string& title) override;
 
     // True when Qt runs on a platform that can show windows (not offscreen
-    // or minimal) and OpenGL works there.
+    // or minimal); without OpenGL the windows draw in software.
     static bool canOpenWindows();
 
 private:

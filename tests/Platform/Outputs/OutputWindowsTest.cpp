@@ -152,6 +152,16 @@ TEST(GlOutput, TheManagerPutsTheIdentificationPictureOnTheDisplayQtReports) {
         return !shot.isNull() && channelDifference(shot.pixel(6, 6), expected) <= parityLevels;
     };
     EXPECT_TRUE(spinUntil(shown, 5));
+    // Without OpenGL (run again with QT_XCB_GL_INTEGRATION=none) the window
+    // draws in software, and its health row says so within the second.
+    QOpenGLContext probe;
+    const std::optional<std::string> why =
+        probe.create() ? std::nullopt : std::optional<std::string>(GlOutputWindow::fallbackSentence);
+    EXPECT_TRUE(spinUntil([&] {
+        scheduler.runFor(0.01);
+        return manager.health().front().detail == why;
+    }, 3));
+    EXPECT_TRUE(manager.health().front().isConnected);
     manager.closeAll();
     EXPECT_TRUE(manager.openWindowIDs().empty());
 }
