@@ -12,6 +12,8 @@
 #include "Platform/App/ProcessControl.h"
 #include "Platform/App/QtScheduler.h"
 #include "Platform/MIDI/RtMidiInput.h"
+#include "Platform/NDI/NDIDiscovery.h"
+#include "Platform/NDI/NDIFeeds.h"
 #include "Platform/Outputs/QtOutputDisplays.h"
 #include "Platform/Outputs/ScreenOutputManagers.h"
 #include "Platform/Pictures/BackdropLoopService.h"
@@ -108,6 +110,9 @@ struct HeadlessApplication::Parts {
     OutputManagers& chooseOutputs() {
         if (QtOutputDisplays::canOpenWindows()) {
             screenOutputs = std::make_unique<ScreenOutputManagers>(scheduler, [this] { return coverIsActive(); });
+            screenOutputs->prepareManager = [this](ScreenOutputManager& manager) {
+                manager.setFeedFactories(ndiFeedFactories([this] { return scheduler.now(); }));
+            };
             return *screenOutputs;
         }
         headlessOutputs = std::make_unique<HeadlessOutputManagers>(scheduler);
@@ -184,6 +189,7 @@ HeadlessApplication::HeadlessApplication(HeadlessOptions options)
     }
     parts.agentHost = std::make_shared<AppModelAgentHost>(*parts.model, &parts.devices,
                                                           [&parts] { return parts.displays(); });
+    parts.agentHost->setNDISources(std::make_shared<NDIDiscovery>());
     parts.agent = std::make_unique<AgentControl>(*parts.model, parts.scheduler, parts.agentHost);
     parts.devices.setOnChange([&parts] {
         if (LiveEngine* engine = parts.model->engine()) engine->audioDevicesChanged();
