@@ -14,6 +14,7 @@
 #include "Platform/MIDI/RtMidiInput.h"
 #include "Platform/NDI/NDIDiscovery.h"
 #include "Platform/NDI/NDIFeeds.h"
+#include "Platform/NDI/NDIInputSurface.h"
 #include "Platform/Outputs/QtOutputDisplays.h"
 #include "Platform/Outputs/ScreenOutputManagers.h"
 #include "Platform/Pictures/BackdropLoopService.h"
@@ -181,6 +182,9 @@ struct HeadlessApplication::Parts {
 HeadlessApplication::HeadlessApplication(HeadlessOptions options)
     : options_(std::move(options)), parts_(std::make_unique<Parts>()) {
     Parts& parts = *parts_;
+    parts.players.setNetworkInputs([&parts](const SceneID& id, const NDISource& source) {
+        return std::make_shared<NDIInputSurface>(parts.scheduler, id, source);
+    });
     parts.model = std::make_unique<AppModel>(parts.ports());
     parts.model->onChange = [&parts] { parts.printStatus(); };
     if (options_.agentGrants) {
