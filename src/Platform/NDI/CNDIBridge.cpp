@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstring>
@@ -63,6 +64,18 @@ bool bind(void* handle, F& slot, const char* symbol, std::string& missing) {
     }
     slot = reinterpret_cast<F>(address);
     return true;
+}
+
+// Straight colour by alpha and premultiplied colour: the rounded c×255/a,
+// limited to 255, and 0 where alpha is 0.
+const std::vector<std::uint8_t>& straightTable() {
+    static const std::vector<std::uint8_t> table = [] {
+        std::vector<std::uint8_t> values(256 * 256, 0);
+        for (unsigned a = 1; a < 256; ++a)
+            for (unsigned c = 0; c < 256; ++c) values[a * 256 + c] = static_cast<std::uint8_t>(std::min(255u, (c * 255 + a / 2) / a));
+        return values;
+    }();
+    return table;
 }
 
 } // namespace
@@ -231,16 +244,18 @@ int vela_ndi_send_video(vela_ndi_sender* sender, const std::uint8_t* pixels, int
     if (alpha == 1) {
         const std::size_t bytes = static_cast<std::size_t>(width) * 4 * static_cast<std::size_t>(height);
         if (sender->scratch.size() < bytes) sender->scratch.resize(bytes);
+        const auto& table = straightTable();
         for (int y = 0; y < height; ++y) {
             const std::uint8_t* in = pixels + static_cast<std::ptrdiff_t>(y) * stride;
             std::uint8_t* out = sender->scratch.data() + static_cast<std::size_t>(y) * width * 4;
             for (int x = 0; x < width; ++x, in += 4, out += 4) {
                 const unsigned a = in[3];
-                for (int c = 0; c < 3; ++c) {
-                    const unsigned value = a == 0 ? 0 : (in[c] * 255u + a / 2) / a;
-                    out[c] = static_cast<std::uint8_t>(value > 255 ? 255 : value);
+                if (a == 255) {
+                    std::memcpy(out, in, 4);
+                    continue;
                 }
-                out[3] = static_cast<std::uint8_t>(a);
+                const std::uint8_t* row = table.data() + a * 256;
+                out[0] = row[in[0]], out[1] = row[in[1]], out[2] = row[in[2]], out[3] = static_cast<std::uint8_t>(a);
             }
         }
         frame.p_data = sender->scratch.data();
