@@ -43,13 +43,14 @@ void ScreenOutputManager::rebuildFeeds() {
             auto runner = std::make_unique<FeedRunner>(feed, std::move(sender), feedFactories_.makeFeedCompositor(feed),
                                                        feedFactories_.clock);
             feedErrors_.erase(id);
-            runner->start();
             feedRunners_.emplace(id, std::move(runner));
         } catch (const NDIError& error) {
             feedErrors_[id] = error.what();
         }
     }
+    // A new feed's first picture is already of the scene, never a black one.
     applyFeeds();
+    for (const auto& [id, runner] : feedRunners_) runner->start();
 }
 
 void ScreenOutputManager::applyFeeds() {
