@@ -2,7 +2,10 @@
 // system's level, and its going and coming back with another picture size.
 #include "NDITestSupport.h"
 
+#include "Platform/NDI/NDIDiscovery.h"
 #include "Platform/NDI/NDIReceiver.h"
+
+#include <algorithm>
 
 #include <gtest/gtest.h>
 #include <thread>
@@ -26,6 +29,13 @@ TEST(NDIInput, AReceiverFollowsItsSourceAwayAndBackWithANewPictureSize) {
     const auto announced = sender->readLine();
     ASSERT_TRUE(announced && announced->rfind("sending ", 0) == 0) << sender->transcript();
     const std::string source = announced->substr(8);
+
+    NDIDiscovery discovery;
+    const std::vector<NDISource> found = discovery.sources(2);
+    EXPECT_TRUE(std::any_of(found.begin(), found.end(),
+                            [&](const NDISource& listed) { return listed.name == source && listed.url; }));
+    EXPECT_EQ(NDIDiscovery::waitMilliseconds(9), 5000u);
+    EXPECT_EQ(NDIDiscovery::waitMilliseconds(-1), 0u);
 
     NDIReceiver receiver(NDISource{source, std::nullopt});
     NDIReceiverStatus status = waitFor(receiver, NDIConnectionPhase::connected);
