@@ -26,10 +26,11 @@ void ScreenOutputManager::rebuildFeeds() {
     if (!feedFactories_.makeFeedSender || !feedFactories_.makeFeedCompositor) return;
     const std::vector<NetworkFeed> wanted = setup_.effectiveFeeds();
     std::vector<std::string> retiring;
-    for (const auto& [id, runner] : feedRunners_) {
+    for (const auto& entry : feedRunners_) {
+        const NetworkFeed& running = entry.second->feed();
         const bool same = std::any_of(wanted.begin(), wanted.end(),
-                                      [&](const NetworkFeed& feed) { return feed == runner->feed(); });
-        if (!same) retiring.push_back(id);
+                                      [&](const NetworkFeed& feed) { return feed == running; });
+        if (!same) retiring.push_back(entry.first);
     }
     for (const std::string& id : retiring) retireFeed(id);
     for (const NetworkFeed& feed : wanted) {
