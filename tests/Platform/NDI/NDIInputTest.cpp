@@ -2,10 +2,14 @@
 // system's level, and its going and coming back with another picture size.
 #include "NDITestSupport.h"
 
+#include "PrivateSoundServer.h"
+
+#include "Platform/NDI/NDIAudioPlayback.h"
 #include "Platform/NDI/NDIDiscovery.h"
 #include "Platform/NDI/NDIReceiver.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <gtest/gtest.h>
 #include <thread>
@@ -75,6 +79,40 @@ TEST(NDIInput, ASourceThatNeverAppearsIsUnavailableAfterThreeSeconds) {
     EXPECT_EQ(receiver.status().phase, NDIConnectionPhase::disconnected);
     EXPECT_EQ(receiver.status().message, NDIReceiver::unavailableWords);
     EXPECT_THROW(NDIReceiver(NDISource{}), NDIError);
+}
+
+double rmsOf(const std::vector<float>& stereo, int channel) {
+    double sum = 0;
+    for (std::size_t i = static_cast<std::size_t>(channel); i < stereo.size(); i += 2) sum += stereo[i] * stereo[i];
+    return stereo.empty() ? 0 : std::sqrt(sum / static_cast<double>(stereo.size() / 2));
+}
+
+TEST(NDIInput, SoundIsHeardOnTheChosenOutputAtTheCuesLevel) {
+    std::string whyNot;
+    const auto server = PrivateSoundServer::start(whyNot);
+    if (!server) GTEST_SKIP() << "No sound server could start here: " << whyNot;
+    NDIAudioPlayback playback(std::string("Headphones"), 0.5);
+    auto house = server->record("House");
+    auto headphones = server->record("Headphones");
+    // A full-scale 440 Hz tone in 10 ms frames, as a receiver hands them on.
+    NDIAudioFrame frame;
+    frame.sampleRate = 48000, frame.channels = 2, frame.samplesPerChannel = 480;
+    frame.samples.resize(960);
+    for (int block = 0; block < 150; ++block) {
+        for (int i = 0; i < 480; ++i)
+            frame.samples[i] = frame.samples[480 + i] =
+                static_cast<float>(std::sin(2 * M_PI * 440 * (block * 480 + i) / 48000.0));
+        playback.append(frame);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(playback.lastError(), std::nullopt);
+    const auto heard = headphones->stop();
+    ASSERT_GT(heard.size(), 48000u);
+    // The peak, which a late frame on a busy machine doesn't lower: the tone at half level.
+    float peak = 0;
+    for (const float sample : heard) peak = std::max(peak, std::abs(sample));
+    EXPECT_NEAR(peak, 0.5, 0.03);
+    EXPECT_LT(rmsOf(house->stop(), 0), 0.001);
 }
 
 } // namespace
