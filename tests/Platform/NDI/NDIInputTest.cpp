@@ -108,10 +108,15 @@ TEST(NDIInput, SoundIsHeardOnTheChosenOutputAtTheCuesLevel) {
     EXPECT_EQ(playback.lastError(), std::nullopt);
     const auto heard = headphones->stop();
     ASSERT_GT(heard.size(), 48000u);
-    // The peak, which a late frame on a busy machine doesn't lower: the tone at half level.
-    float peak = 0;
-    for (const float sample : heard) peak = std::max(peak, std::abs(sample));
-    EXPECT_NEAR(peak, 0.5, 0.03);
+    // The tone's level where it sounds: a late frame on a busy machine leaves
+    // gaps and clicks, which neither this nor a 90th percentile notices.
+    std::vector<float> sounding;
+    for (const float sample : heard)
+        if (std::abs(sample) > 0.01f) sounding.push_back(std::abs(sample));
+    ASSERT_GT(sounding.size(), 24000u);
+    auto at = sounding.begin() + static_cast<long>(sounding.size() * 9 / 10);
+    std::nth_element(sounding.begin(), at, sounding.end());
+    EXPECT_NEAR(*at, 0.5 * 0.9877, 0.03) << "half level";
     EXPECT_LT(rmsOf(house->stop(), 0), 0.001);
 }
 
