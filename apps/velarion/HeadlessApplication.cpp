@@ -11,6 +11,9 @@
 #include "Platform/App/ProcessControl.h"
 #include "Platform/App/QtScheduler.h"
 #include "Platform/MIDI/RtMidiInput.h"
+#include "Platform/NDI/NDIDiscovery.h"
+#include "Platform/NDI/NDIFeeds.h"
+#include "Platform/NDI/NDIInputSurface.h"
 #include "Platform/Outputs/QtOutputDisplays.h"
 #include "Platform/Outputs/ScreenOutputManagers.h"
 #include "Platform/Pictures/BackdropLoopService.h"
@@ -108,6 +111,9 @@ struct HeadlessApplication::Parts {
     OutputManagers& chooseOutputs() {
         if (QtOutputDisplays::canOpenWindows()) {
             screenOutputs = std::make_unique<ScreenOutputManagers>(scheduler, [this] { return coverIsActive(); });
+            screenOutputs->prepareManager = [this](ScreenOutputManager& manager) {
+                manager.setFeedFactories(ndiFeedFactories([this] { return scheduler.now(); }));
+            };
             return *screenOutputs;
         }
         headlessOutputs = std::make_unique<HeadlessOutputManagers>(scheduler);
@@ -176,6 +182,9 @@ struct HeadlessApplication::Parts {
 HeadlessApplication::HeadlessApplication(HeadlessOptions options)
     : options_(std::move(options)), parts_(std::make_unique<Parts>()) {
     Parts& parts = *parts_;
+    parts.players.setNetworkInputs([&parts](const SceneID& id, const NDISource& source) {
+        return std::make_shared<NDIInputSurface>(parts.scheduler, id, source);
+    });
     parts.model = std::make_unique<AppModel>(parts.ports(), AppOptions{static_cast<bool>(options_.snapshot)});
     parts.model->onChange = [&parts] { parts.printStatus(); };
     if (options_.agentGrants) {
@@ -184,6 +193,7 @@ HeadlessApplication::HeadlessApplication(HeadlessOptions options)
     }
     parts.agentHost = std::make_shared<AppModelAgentHost>(*parts.model, &parts.devices,
                                                           [&parts] { return parts.displays(); });
+    parts.agentHost->setNDISources(std::make_shared<NDIDiscovery>());
     parts.agent = std::make_unique<AgentControl>(*parts.model, parts.scheduler, parts.agentHost);
     parts.devices.setOnChange([&parts] {
         if (LiveEngine* engine = parts.model->engine()) engine->audioDevicesChanged();

@@ -42,8 +42,12 @@ public:
     void agentNote(const std::string& text) override { model_.agentNote(text); }
     void agentQuit(bool restart) override { model_.agentQuit(restart); }
     void agentDrawSlides(const MediaItem& item, SlidesDrawn done) override;
+    std::shared_ptr<NDISourceFinder> agentNDISources() override { return ndiSources_; }
+    // What discovers NDI sources on this computer; none answers an empty list.
+    void setNDISources(std::shared_ptr<NDISourceFinder> finder) { ndiSources_ = std::move(finder); }
 
 private:
+    std::shared_ptr<NDISourceFinder> ndiSources_;
     AppModel& model_;
     const AudioDevices* devices_;
     std::function<std::vector<DisplayInfo>()> displays_;

@@ -17,6 +17,7 @@
 // Implementations: AppModel in the application; FakeAgentHost in tests.
 
 #include "LiveAgent/DisplayInfo.h"
+#include "LiveEngine/ports/NDISourceFinder.h"
 #include "LiveEngine/ReadyItem.h"
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveEngine/EngineCommand.h"
@@ -93,6 +94,10 @@ public:
     // platform's, so it lives behind the host.
     using SlidesDrawn = std::function<void(std::optional<MediaItem> item, const std::string& failure)>;
     virtual void agentDrawSlides(const MediaItem& item, SlidesDrawn done) = 0;
+
+    // What finds NDI sources on the local network, or none on a host that
+    // can't look. list_ndi_sources waits on it off the main loop.
+    virtual std::shared_ptr<NDISourceFinder> agentNDISources() { return nullptr; }
 };
 
 } // namespace velarion

@@ -167,6 +167,8 @@ JSONValue getShow(AgentCall& call, const JSONValue& arguments);
 JSONValue getState(AgentCall& call, const JSONValue& arguments);
 JSONValue readyCheck(AgentCall& call, const JSONValue& arguments);
 JSONValue listDisplays(AgentCall& call, const JSONValue& arguments);
+JSONValue listNDISources(AgentCall& call, const JSONValue& arguments);
+JSONValue addNDISource(AgentCall& call, const JSONValue& arguments);
 JSONValue launchApp(AgentCall& call, const JSONValue& arguments);
 // Running.
 JSONValue go(AgentCall& call, const JSONValue& arguments);

@@ -189,6 +189,10 @@ private:
     // Kinds begun here.
     void beginImage(Run& run);
     void beginVideo(Run& run);
+    // A video cue of a live NDI source (LiveEngineNetworkInput.cpp).
+    void beginNetworkInput(Run& run, const NDISource& source);
+    void endNetworkInput(Run& run, double fadeSeconds);
+    void tickNetworkInput(Run& run);
     void videoPrepared(const Uuid& runID, const VideoPreparation& result);
     void videoEnded(const Uuid& runID);
     void watchVideoEnd(const std::shared_ptr<VideoSurface>& surface, const Uuid& runID);

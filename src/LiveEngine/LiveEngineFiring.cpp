@@ -164,7 +164,8 @@ void LiveEngine::finish(const Uuid& runIDRef, bool clearVisual, double fadeSecon
     Run& run = found->second;
     run.cancelTasks();
     if (clearVisual) stack_.clear(runID, fadeSeconds);
-    if (run.video) {
+    if (run.networkInput) endNetworkInput(run, fadeSeconds);
+    else if (run.video) {
         std::shared_ptr<VideoSurface> surface = run.video;
         if (fadeSeconds > 0) after(fadeSeconds, [surface] { surface->pause(); });
         else surface->pause();
@@ -302,6 +303,7 @@ void LiveEngine::tick() {
         if (run == nullptr || run->isPaused() || run->waitingUntil) continue;
         if (std::holds_alternative<PlaylistCue>(run->cue.kind)) tickPlaylist(*run);
         else if (std::holds_alternative<AudioCue>(run->cue.kind) && run->audio) tickAudio(*run);
+        else if (run->networkInput) tickNetworkInput(*run);
         else if (std::holds_alternative<VideoCue>(run->cue.kind) && run->video) tickVideo(*run);
     }
 

@@ -157,9 +157,7 @@ void LiveEngine::beginVideo(Run& run) {
     const auto& video = std::get<VideoCue>(run.cue.kind);
     const MediaItem* item = index_.media(video.mediaID);
     if (item == nullptr) return fail(run.id, "the video is missing");
-    // Receiving a network source isn't built yet: such a cue fails like any
-    // other that can't play, so it neither hangs nor holds its follower.
-    if (item->ndiSource) return fail(run.id, "NDI input isn't available in this version");
+    if (item->ndiSource) return beginNetworkInput(run, *item->ndiSource);
     const std::filesystem::path path = mediaPath(*item);
     if (!ports_.players.fileExists(path)) return fail(run.id, "the video is missing");
 

@@ -7,6 +7,7 @@
 #include "Identity/Uuid.h"
 #include "LiveEngine/ports/Scheduler.h"
 #include "LiveEngine/ports/SoundFilePlayer.h"
+#include "LiveEngine/ports/NetworkInput.h"
 #include "LiveEngine/ports/VideoSurface.h"
 #include "LiveModel/Cue.h"
 
@@ -48,6 +49,8 @@ struct Run {
     std::optional<double> waitingUntil; // set during the pre-wait
     std::optional<double> preWaitLeftSeconds; // a pre-wait held by a pause
     std::shared_ptr<VideoSurface> video;
+    std::shared_ptr<NetworkInput> networkInput; // the same surface, for a live NDI source
+    std::optional<NDIConnectionPhase> networkPhase; // last logged
     std::optional<AudioPlayback> audio;
     bool simulated = false;
     std::optional<double> durationSeconds;

@@ -37,6 +37,7 @@ void ScreenOutputManager::configure(const OutputSetup& setup) {
     if (closed_) return;
     setup_ = setup;
     screens_ = setup_.effectiveScreens();
+    rebuildFeeds();
     rebuild();
     if (!healthTimer_.refersToTask()) healthTick();
 }
@@ -98,9 +99,7 @@ std::vector<OutputHealth> ScreenOutputManager::feedHealth() const {
             row.isPlaceholder = true;
             row.detail = placeholderDetail;
         } else if (const auto* feed = std::get_if<destination::Ndi>(&screen.destination)) {
-            // Feeds have no sender yet; an error a sender reported stands first.
-            const auto error = feedErrors_.find(feed->feedID.text());
-            row.detail = error != feedErrors_.end() ? error->second : senderUnavailableDetail;
+            feedRow(row, feed->feedID);
         } else {
             const auto& display = std::get<destination::Display>(screen.destination);
             const bool repeated = !isTestWindow(display.id) && !takenDisplays.insert(display.id).second;
@@ -166,6 +165,7 @@ void ScreenOutputManager::clearDiagnostics() {
 void ScreenOutputManager::closeAll() {
     if (closed_) return;
     closed_ = true;
+    closeFeeds();
     windows_.clear();
     windowDisplayIDs_.clear();
     programPreviewWindow_.reset();
@@ -187,6 +187,8 @@ void ScreenOutputManager::apply(const OutputScene& scene, const LayerKinds& kind
     lastLyricParts_ = lyricParts;
     lastLyricLayerID_ = lyricLayerID;
     drawAll();
+    applyFeeds();
+    updateSoundTaps();
 }
 
 OutputScene ScreenOutputManager::routedScene(const OutputScene& scene, const LayerRoutes& routes,

@@ -15,10 +15,17 @@
 //   scene. An identification lasts 5 seconds; a new one restarts them.
 // - `identify` and `setTestPattern` answer a refusal sentence while Safe
 //   Slide or Panic is active (as `coverIsActive` says), else none.
-// - Network feeds are not sent yet: an NDI screen reports its sender as
-//   unavailable, and `feedHealth` is where their rows join.
+// - Network feeds: one FeedRunner per feed, made by the factories given to
+//   `setFeedFactories` (none: every NDI screen reports its sender as
+//   unavailable). A changed or removed feed is retired, its sender closed
+//   off the main thread; a new sender of the same name starts only once the
+//   old one has gone. Video sound of feeds that send sound is mixed and sent
+//   every 20 ms while any surface is tapped.
 // - Ownership: the displays, pictures and scheduler outlive the manager.
 
+#include "LiveEngine/FeedRunner.h"
+#include "LiveEngine/NDISoundMix.h"
+#include "LiveEngine/ports/NetworkFeeds.h"
 #include "LiveEngine/ports/OutputDisplays.h"
 #include "LiveEngine/ports/OutputManager.h"
 #include "LiveEngine/ports/SceneSink.h"
@@ -42,6 +49,9 @@ public:
     static constexpr const char* testWindowClosedDetail = "Test window is closed. Open it from the Program menu.";
     static constexpr const char* senderUnavailableDetail =
         "The NDI sender is unavailable. Check the runtime and output name.";
+    static constexpr const char* missingFeedDetail = "The selected NDI configuration is missing.";
+    static constexpr const char* invalidFeedFormatDetail = "Invalid picture size or frame rate.";
+    static constexpr double soundSeconds = 0.02;
     static constexpr const char* identifyRefusal =
         "Screen identification is unavailable while Safe Slide or Panic is active.";
     static constexpr const char* patternRefusal = "Screen tests are unavailable while Safe Slide or Panic is active.";
@@ -75,6 +85,13 @@ public:
     std::optional<std::string> programOutputSelection() const override { return programOutputSelection_; }
     void selectProgramOutput(const std::optional<std::string>& destination) override;
     std::set<SceneID> programLayerIDs() const override;
+
+    // How network feeds are made; before the first `configure`.
+    void setFeedFactories(FeedFactories factories) { feedFactories_ = std::move(factories); }
+    // Feed ids with a runner now, and names whose sender is still closing.
+    std::vector<std::string> runningFeedIDs() const;
+    std::size_t closingFeedCount() const { return closingFeedTokens_.size(); }
+
     // What the program preview shows: the program output's picture, or the
     // whole composition when there is no output.
     OutputScene programScene() const override;
@@ -126,6 +143,15 @@ private:
     const LogicalScreen* screenNamed(const std::string& screenID) const;
     SceneSurfaces sceneSurfaces() const;
 
+    // Network feeds (ScreenOutputManagerFeeds.cpp).
+    void rebuildFeeds();
+    void applyFeeds();
+    void retireFeed(const std::string& feedID);
+    void closeFeeds();
+    void feedRow(OutputHealth& row, const Uuid& feedID) const;
+    void updateSoundTaps();
+    void sendSound();
+
     Scheduler& scheduler_;
     OutputDisplays& displays_;
     ScreenPictures& pictures_;
@@ -161,6 +187,12 @@ private:
     TaskHandle stageRetry_;
     int stageRenders_ = 0;
 
+    FeedFactories feedFactories_;
+    std::map<std::string, std::unique_ptr<FeedRunner>> feedRunners_; // by feed id
+    std::set<std::string> closingFeedTokens_; // sender names still closing
+    std::shared_ptr<NDISoundMix> soundMix_ = std::make_shared<NDISoundMix>();
+    TaskHandle soundTimer_;
+    std::map<SceneID, std::weak_ptr<VideoSurface>> tappedSurfaces_;
     std::map<std::string, std::string> feedErrors_;
     std::vector<OutputHealth> health_;
     HealthCallback onHealthChange_;

@@ -168,7 +168,7 @@ TEST_F(Firing, EachCueThatCantPlaySaysWhyAndStopsItsChain) {
              show.library.edit(show.library.size() - 1).ndiSource = NDISourceReference{"STUDIO (Camera 1)", {}};
              return VideoCue{camera};
          },
-         "NDI input isn't available in this version"},
+         MediaPlayers::noNetworkInputs},
         {[&] { return PlaylistCue{}; }, "it has no songs"},
         {[&] { return PlaylistCue{{Uuid::random(), Uuid::random()}}; }, "none of its songs can play"},
         {[&] {
@@ -192,6 +192,80 @@ TEST_F(Firing, EachCueThatCantPlaySaysWhyAndStopsItsChain) {
         engine->shutdown();
         engine.reset();
     }
+}
+
+// A live source as the engine sees it: state set by the test.
+class FakeNetworkInput final : public NetworkInput {
+public:
+    explicit FakeNetworkInput(SceneID id) : id_(std::move(id)) {}
+    NDIReceiverStatus status;
+    double level = -1;
+    bool playing = false;
+    std::optional<std::string> device;
+
+    NDIReceiverStatus receiverStatus() const override { return status; }
+    bool hasFrameToShow() const override { return true; }
+    const SceneID& id() const override { return id_; }
+    const std::filesystem::path& path() const override { return path_; }
+    const std::optional<VideoSurfaceInfo>& info() const override { return info_; }
+    void prepare(double, std::function<void(VideoPreparation)>) override {}
+    void play() override { playing = true; }
+    void pause() override { playing = false; }
+    bool isPlaying() const override { return playing; }
+    void seek(double, std::function<void()>) override {}
+    double currentSeconds() const override { return 0; }
+    void setVolume(double value, bool) override { level = value; }
+    double volume() const override { return level; }
+    bool isMuted() const override { return false; }
+    bool loops() const override { return false; }
+    void setLoops(bool) override {}
+    void setOnEnd(std::function<void()>) override {}
+    std::optional<std::string> audioOutputDeviceUID() const override { return device; }
+    void setAudioOutputDeviceUID(const std::optional<std::string>& uid) override { device = uid; }
+    void setAudioSink(VideoAudioSink) override {}
+
+private:
+    SceneID id_;
+    std::filesystem::path path_;
+    std::optional<VideoSurfaceInfo> info_;
+};
+
+TEST_F(Firing, ANetworkSourcePlaysLikeAVideoUntilStoppedAndLogsWhenItGoesAndReturns) {
+    std::shared_ptr<FakeNetworkInput> input;
+    players.setNetworkInputs([&](const SceneID& id, const NDISource& source) {
+        EXPECT_EQ(source.name, "STUDIO (Camera 1)");
+        return input = std::make_shared<FakeNetworkInput>(id);
+    });
+    const Uuid camera = addItem("Camera", MediaKind::video);
+    show.library.edit(0).ndiSource = NDISourceReference{"STUDIO (Camera 1)", {}};
+    VideoCue cue{camera};
+    cue.level = 0.5;
+    add("Camera", cue);
+    start();
+    go();
+    scheduler.advance(0.2);
+    ASSERT_TRUE(input);
+    EXPECT_TRUE(input->playing);
+    EXPECT_DOUBLE_EQ(input->level, 0.5);
+    ASSERT_EQ(outputs.lastScene().layers.size(), 1u);
+    EXPECT_EQ(outputs.lastScene().layers[0].content, SceneContent{SceneVideoContent{input->id()}});
+
+    input->status.phase = NDIConnectionPhase::disconnected;
+    input->status.message = "The NDI source is unavailable. Waiting for it to return…";
+    scheduler.advance(30);
+    EXPECT_TRUE(logged("Camera: The NDI source is unavailable. Waiting for it to return…"));
+    input->status.phase = NDIConnectionPhase::connected;
+    input->status.message = "Receiving NDI video and audio.";
+    scheduler.advance(0.2);
+    EXPECT_TRUE(logged("Camera: Receiving NDI video and audio."));
+    EXPECT_EQ(runningNames(), std::vector<std::string>{"Camera"}) << "a live source has no end";
+
+    perform(command::Clear{ClearTarget::everything, 1});
+    scheduler.advance(0.5);
+    EXPECT_TRUE(input->playing) << "the sound fades out with the picture";
+    scheduler.advance(1);
+    EXPECT_FALSE(input->playing);
+    EXPECT_TRUE(logged("NDI input stopped."));
 }
 
 TEST_F(Firing, HistoryKeepsFourHundredAndPublishesTwoHundred) {

@@ -77,7 +77,7 @@ TEST_F(ManagerFixture, HealthTableSaysWhyEachScreenHasNoPicture) {
         {false, false, "The selected display is disconnected.", OutputHealth::Role::audience},
         {false, true, "Placeholder — preview only; no signal is sent.", OutputHealth::Role::audience},
         {false, false, "Test window is closed. Open it from the Program menu.", OutputHealth::Role::audience},
-        {false, false, "The NDI sender is unavailable. Check the runtime and output name.", OutputHealth::Role::feed},
+        {false, false, "The selected NDI configuration is missing.", OutputHealth::Role::feed},
         {true, false, std::nullopt, OutputHealth::Role::confidence},
     };
     ASSERT_EQ(reported.size(), 1u);

@@ -115,6 +115,7 @@ public:
     void agentQuit(bool restart) override { quits.push_back(restart); }
 
     // Draws at once, unless `holdsDrawings`: then `finishDrawings` does.
+    std::shared_ptr<NDISourceFinder> agentNDISources() override { return ndiSources; }
     void agentDrawSlides(const MediaItem& item, SlidesDrawn done) override {
         ++slideDrawings;
         if (drawingFails) return done(std::nullopt, "The disk is full.");
@@ -157,6 +158,7 @@ public:
     int slideDrawings = 0;
 
     std::vector<std::string> notes;
+    std::shared_ptr<NDISourceFinder> ndiSources;
     std::vector<bool> quits;
 
 private:

@@ -19,8 +19,13 @@
 // - `makeVideoSurface` never fails: a bad file fails its `prepare`.
 // - `fileExists` tells whether a media file is there, so that a cue whose
 //   file is gone fails with the operator's words before any player is made.
+// - `makeNetworkInput` plays a live NDI source as a surface, through the
+//   factory the application gives `setNetworkInputs`; it throws NDIError
+//   with the operator's words when the source or the runtime isn't there.
 // - Ownership: the caller owns what it is given; the factory keeps nothing.
 
+#include "LiveEngine/ports/NetworkFeeds.h"
+#include "LiveEngine/ports/NetworkInput.h"
 #include "LiveEngine/ports/SoundFilePlayer.h"
 #include "LiveEngine/ports/VideoSurface.h"
 
@@ -43,6 +48,14 @@ public:
     virtual std::shared_ptr<SoundFilePlayer> openSoundData(std::vector<std::uint8_t> bytes) = 0;
     virtual std::shared_ptr<VideoSurface> makeVideoSurface(const SceneID& id,
                                                            const std::filesystem::path& path) = 0;
+
+    static constexpr const char* noNetworkInputs = "NDI input isn't available on this computer.";
+    using NetworkInputs = std::function<std::shared_ptr<NetworkInput>(const SceneID& id, const NDISource& source)>;
+    void setNetworkInputs(NetworkInputs factory) { networkInputs_ = std::move(factory); }
+    std::shared_ptr<NetworkInput> makeNetworkInput(const SceneID& id, const NDISource& source) const;
+
+private:
+    NetworkInputs networkInputs_;
 };
 
 } // namespace velarion

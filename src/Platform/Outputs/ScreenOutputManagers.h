@@ -28,10 +28,14 @@ public:
         // Each manager watches the displays for itself.
         auto& displays = displays_.emplace_back(
             std::make_unique<QtOutputDisplays>([this] { return scheduler_.now(); }));
-        return std::make_unique<ScreenOutputManager>(scheduler_, *displays, pictures_, coverIsActive_);
+        auto manager = std::make_unique<ScreenOutputManager>(scheduler_, *displays, pictures_, coverIsActive_);
+        if (prepareManager) prepareManager(*manager);
+        return manager;
     }
 
     std::vector<DisplayInfo> displays() const { return QtOutputDisplays::connected(); }
+    // Finishes each new manager, e.g. with the network feeds' factories.
+    std::function<void(ScreenOutputManager&)> prepareManager;
 
 private:
     Scheduler& scheduler_;
