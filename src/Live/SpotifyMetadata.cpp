@@ -98,14 +98,11 @@ SpotifyMetadataResolver::SpotifyMetadataResolver(WebRequests& web, std::function
 
 void SpotifyMetadataResolver::resolve(const std::vector<SpotifyMetadataRequest>& requests) {
     for (const SpotifyMetadataRequest& request : requests) {
-        if (std::find(pending_.begin(), pending_.end(), request.cueID) != pending_.end()) continue;
         const auto address = spotifyMetadata::oEmbedAddress(base_, request.reference);
-        if (!address) continue;
-        pending_.push_back(request.cueID);
+        if (!address || !asked_.emplace(request.cueID, request.reference).second) continue;
         std::weak_ptr<int> life = life_;
         web_.get(*address, [this, life, request](WebAnswer answer) {
             if (life.expired()) return;
-            std::erase(pending_, request.cueID);
             answered(request, answer);
         });
     }

@@ -18,6 +18,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
+#include <utility>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,7 +55,7 @@ public:
     SpotifyMetadataResolver(WebRequests& web, std::function<const Show*()> show,
                             std::function<bool(const ShowEdit&)> edit, std::function<void(const std::string&)> note,
                             std::string base = spotifyMetadata::baseAddress());
-    // Asks for every request not already asked for.
+    // Asks for every request not asked for before: a failure is said once.
     void resolve(const std::vector<SpotifyMetadataRequest>& requests);
 
 private:
@@ -63,7 +65,7 @@ private:
     std::function<bool(const ShowEdit&)> edit_;
     std::function<void(const std::string&)> note_;
     std::string base_;
-    std::vector<Uuid> pending_;
+    std::set<std::pair<Uuid, std::string>> asked_; // each cue and song once a session
     std::shared_ptr<int> life_ = std::make_shared<int>(0);
 };
 
