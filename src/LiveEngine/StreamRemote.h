@@ -117,11 +117,6 @@ struct StreamRemote {
     using DisplayName = std::function<std::string(StreamApp)>;
     using IsLive = std::function<bool()>;
 
-    // How often a start asks the app while it confirms, and how long it
-    // waits for the song and then for the position.
-    static constexpr double confirmPollSeconds = 0.2;
-    static constexpr double songConfirmSeconds = 8.0;
-    static constexpr double positionConfirmSeconds = 6.0;
     static constexpr double positionToleranceSeconds = 1.5;
     static constexpr int rampStepsPerSecond = 20;
 
@@ -130,6 +125,11 @@ struct StreamRemote {
     Sleep sleep = [](double seconds, const StreamCancel& cancel) { return cancel.waitFor(seconds); };
     Now now = steadySeconds;
     DisplayName displayName = defaultDisplayName;
+    // How often a start asks the app while it confirms, and how long it
+    // waits for the song and then for the position.
+    double confirmPollSeconds = 0.2;
+    double songConfirmSeconds = 8.0;
+    double positionConfirmSeconds = 6.0;
 
     static double steadySeconds();
     static std::string defaultDisplayName(StreamApp app);

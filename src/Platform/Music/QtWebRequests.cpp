@@ -16,7 +16,8 @@ QtWebRequests::~QtWebRequests() {
 }
 
 void QtWebRequests::get(const std::string& address, std::function<void(WebAnswer)> done) {
-    QNetworkRequest request(QUrl(QString::fromStdString(address)));
+    // As written: the query keeps its percent-encoding.
+    QNetworkRequest request(QUrl::fromEncoded(QByteArray::fromStdString(address), QUrl::StrictMode));
     request.setTransferTimeout(timeoutMilliseconds_);
     request.setHeader(QNetworkRequest::UserAgentHeader, "Velarion");
     QNetworkReply* reply = manager_.get(request);
