@@ -5,6 +5,7 @@
 #include "Live/AgentControl.h"
 #include "Live/AppModel.h"
 #include "Live/AppModelAgentHost.h"
+#include "Live/SpotifyMetadata.h"
 #include "Live/ThreadShowWriter.h"
 #include "Platform/App/FreedesktopServices.h"
 #include "Platform/App/HeadlessOutputManagers.h"
@@ -14,6 +15,8 @@
 #include "Platform/NDI/NDIDiscovery.h"
 #include "Platform/NDI/NDIFeeds.h"
 #include "Platform/NDI/NDIInputSurface.h"
+#include "Platform/Music/MprisRemote.h"
+#include "Platform/Music/QtWebRequests.h"
 #include "Platform/Outputs/QtOutputDisplays.h"
 #include "Platform/Outputs/ScreenOutputManagers.h"
 #include "Platform/Pictures/BackdropLoopService.h"
@@ -97,6 +100,13 @@ struct HeadlessApplication::Parts {
     ProcessControl application{{"--headless"}};
     Preferences preferences{Preferences::standardFile()};
     BackdropLoopService backdrops{scheduler};
+    // The music apps, driven off the main loop one call at a time.
+    MprisRemote mpris{preferences.value(preferenceKeys::musicPlayer)};
+    StreamQueue streamQueue;
+    ThreadStreamTasks streamTasks;
+    EngineStreams streams{streamQueue.serial(mpris.remote()), streamTasks};
+    QtWebRequests web;
+    std::unique_ptr<SpotifyMetadataResolver> spotifyNames;
     std::unique_ptr<AppModel> model;
     std::shared_ptr<AppModelAgentHost> agentHost;
     std::unique_ptr<AgentControl> agent;
@@ -131,7 +141,7 @@ struct HeadlessApplication::Parts {
     }
 
     AppPorts ports() {
-        return AppPorts{scheduler, players, images, cards, slides, &devices, outputs, slidePages, desktop,
+        AppPorts made{scheduler, players, images, cards, slides, &devices, outputs, slidePages, desktop,
                         folders, writer, application, preferences,
                         [this](BuiltInBackdrop backdrop) { return backdrops.readyURL(backdrop); },
                         [this](BuiltInBackdrop backdrop,
@@ -139,6 +149,20 @@ struct HeadlessApplication::Parts {
                             backdrops.prepare(backdrop, std::move(done));
                         },
                         [this] { return std::make_unique<RtMidiInput>(scheduler); }};
+        made.streams = &streams;
+        made.musicApps = [this] {
+            // What the apps were last seen as, and a fresh look for next time.
+            streamTasks.launch([this](const StreamCancel&) {
+                streams.remote.isAppRunning(StreamApp::spotify);
+                streams.remote.isAppRunning(StreamApp::music);
+            }, {});
+            return mpris.presence();
+        };
+        return made;
+    }
+    void nameSpotifyCues() {
+        if (!spotifyNames || !model || !model->show()) return;
+        spotifyNames->resolve(spotifyMetadata::requests(*model->show()));
     }
 
     // New lines of the show log since the last call, oldest first.
@@ -186,7 +210,16 @@ HeadlessApplication::HeadlessApplication(HeadlessOptions options)
         return std::make_shared<NDIInputSurface>(parts.scheduler, id, source);
     });
     parts.model = std::make_unique<AppModel>(parts.ports(), AppOptions{static_cast<bool>(options_.snapshot)});
-    parts.model->onChange = [&parts] { parts.printStatus(); };
+    parts.spotifyNames = std::make_unique<SpotifyMetadataResolver>(
+        parts.web, [&parts] { return parts.model && parts.model->show() ? &*parts.model->show() : nullptr; },
+        [&parts](const ShowEdit& change) { return parts.model->edit(change); },
+        [&parts](const std::string& sentence) {
+            if (LiveEngine* engine = parts.model->engine()) engine->warn(sentence);
+        });
+    parts.model->onChange = [&parts] {
+        parts.printStatus();
+        parts.nameSpotifyCues();
+    };
     if (options_.agentGrants) {
         parts.model->setAgentMayRun(options_.agentGrants->run);
         parts.model->setAgentMayEdit(options_.agentGrants->edit);

@@ -111,10 +111,11 @@ void AppModel::load(const Show& show, const ShowPackage& package) {
     engine_ = std::make_unique<LiveEngine>(
         *show_, package,
         EnginePorts{ports_.scheduler, *outputManager_, ports_.players, ports_.images, ports_.cards,
-                    ports_.slides, ports_.devices},
+                    ports_.slides, ports_.devices, ports_.streams},
         controlsMusicApps_);
     engine_->backdropReadyURL = ports_.backdropReady;
     engine_->prepareBackdropLoop = ports_.prepareBackdrop;
+    engine_->onProviderWillStart = ports_.onProviderWillStart;
 
     if (!options_.isSnapshotRun) {
         session_.opened(package.url());

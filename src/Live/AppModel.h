@@ -44,6 +44,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <utility>
 #include <memory>
 #include <optional>
 #include <set>
@@ -74,6 +75,13 @@ struct AppPorts {
     LiveEngine::PrepareBackdrop prepareBackdrop = {};
     // The computer's MIDI input; without one MIDI control listens to nothing.
     MIDIControlCenter::MakeInput makeMIDIInput = {};
+    // The music apps, handed to each new engine; without them stream cues
+    // are simulated. `musicApps` tells the Ready check what is known of the
+    // apps now, without blocking; `onProviderWillStart` is given to each
+    // engine (the audition gives way with it).
+    EngineStreams* streams = nullptr;
+    std::function<std::pair<ReadyMusicApp, ReadyMusicApp>()> musicApps = {};
+    std::function<void(StreamApp)> onProviderWillStart = {};
 };
 
 struct AppOptions {

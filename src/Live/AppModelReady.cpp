@@ -1,6 +1,8 @@
 #include "Live/AppModel.h"
 #include "Live/MIDIControlCenter.h"
 
+#include <tuple>
+
 namespace velarion {
 
 namespace {
@@ -26,8 +28,9 @@ ReadyCheckInputs AppModel::readyInputs() const {
     for (MIDIAction action : {MIDIAction::go, MIDIAction::stopAll, MIDIAction::panic, MIDIAction::pauseResume})
         if (midi.trigger(action)) inputs.midi.boundActions.emplace_back(midiAction::name(action));
     for (const MIDISourceInfo& source : midi_->sources()) inputs.midi.sources.push_back(source.name);
-    // Nothing here asks the music apps or the displays yet: the apps stay
-    // `unknown` and no display is the main one.
+    // The music apps as last seen (`unknown` until something asked); no
+    // display is the main one yet.
+    if (ports_.musicApps) std::tie(inputs.spotify, inputs.music) = ports_.musicApps();
     inputs.ndi = {false, ndiMissing};
     return inputs;
 }

@@ -49,6 +49,9 @@ inline const PreferenceKey<double> railWidth{"live.railWidth", 440};
 inline const PreferenceKey<std::string> railOrder{"live.railOrder", "program,preview,timer"};
 // The MIDI settings as one JSON object, kept as it is until MIDI reads it.
 inline const PreferenceKey<nlohmann::json> midi{"live.midi", nlohmann::json::object()};
+// The operator's music player for `music` cues: an MPRIS bus name or its last
+// part ("rhythmbox"); empty for the first player running other than Spotify.
+inline const PreferenceKey<std::string> musicPlayer{"live.musicPlayer", ""};
 } // namespace preferenceKeys
 
 class Preferences {

@@ -29,6 +29,7 @@
 #include "LiveEngine/ports/OutputManager.h"
 #include "LiveEngine/ports/Scheduler.h"
 #include "LiveEngine/ports/SlidePictures.h"
+#include "LiveEngine/ports/StreamTasks.h"
 #include "LiveEngine/ports/TextCards.h"
 #include "LiveModel/Show.h"
 #include "LiveModel/ShowPackage.h"
@@ -47,6 +48,13 @@
 
 namespace velarion {
 
+// The music apps: how they are driven, and where that work runs off the
+// main thread. Without it every stream cue is simulated.
+struct EngineStreams {
+    StreamRemote remote;
+    StreamTasks& tasks;
+};
+
 struct EnginePorts {
     Scheduler& scheduler;
     OutputManager& outputs;
@@ -57,6 +65,7 @@ struct EnginePorts {
     // The sound outputs, when known: a run whose device goes away is logged,
     // and moved back when it returns. Without it nothing is checked.
     AudioDevices* devices = nullptr;
+    EngineStreams* streams = nullptr;
 };
 
 class LiveEngine {
@@ -88,6 +97,11 @@ public:
         BuiltInBackdrop, std::function<void(std::optional<std::filesystem::path>)>)>;
     BackdropReady backdropReadyURL;
     PrepareBackdrop prepareBackdropLoop;
+    // Called just before a music app is told to play; the application stops
+    // its own audition of that app with it.
+    std::function<void(StreamApp)> onProviderWillStart;
+    // Music-app status is asked every this many ticks.
+    static constexpr std::uint64_t streamPollTicks = 5;
     ~LiveEngine();
     LiveEngine(const LiveEngine&) = delete;
     LiveEngine& operator=(const LiveEngine&) = delete;
@@ -291,6 +305,27 @@ private:
     void advancePlaylist(const Uuid& runID, double fadeSeconds);
     void skipTrack();
 
+    // Music apps.
+    void beginStream(Run& run);
+    void streamStartEnded(const Uuid& runID, const std::optional<StreamError>& error);
+    void scheduleStreamStop(Run& run, const StreamTrackCue& track, double elapsedSeconds);
+    // Ramps the app from `from` to `to` over `seconds` as its one fade, then
+    // pauses it when `pausesAfter`; `done` runs on the main loop after.
+    void fadeStream(StreamApp app, int from, int to, double seconds, bool pausesAfter,
+                    std::function<void()> done = {});
+    void sendStream(StreamApp app, StreamCommand command);
+    void pollStream(Run& run);
+    void stopStream(Run& run, double fadeSeconds);
+    void setStreamLevel(int level, const Run& run);
+    void rampStreams(double seconds);
+    int currentStreamLevel(const Run& run) const;
+    bool drivesApp(const Run& run) const { return run.stream && !run.simulated; }
+    // Runs `work` off the main thread; what it posts back runs on the main
+    // loop while the engine lives.
+    using PostBack = std::function<void(std::function<void()>)>;
+    using StreamWork = std::function<void(const StreamRemote&, const StreamCancel&, const PostBack&)>;
+    StreamCancel launchStreamWork(StreamWork work);
+
     // Panic, the safe slide, pause and seek.
     void panic();
     void setHolding(bool on);
@@ -400,6 +435,7 @@ private:
     };
     std::map<SceneID, VideoRamp> videoRamps_;
     std::map<SceneID, Uuid> videoRampTokens_;
+    std::map<StreamApp, StreamCancel> streamFades_;
     std::mt19937 shuffler_{std::random_device{}()};
     std::uint64_t stateVersion_ = 0;
 

@@ -141,8 +141,9 @@ void LiveEngine::begin(const Uuid& runID) {
     case CueKindCase::clear: beginClear(*run); break;
     case CueKindCase::timer: beginTimer(*run); break;
     case CueKindCase::message: beginMessage(*run); break;
-    // Music apps start through their own part of the engine; until then
-    // their runs stand without media.
+    case CueKindCase::spotifyTrack:
+    case CueKindCase::spotifyPlaylist:
+    case CueKindCase::musicTrack: beginStream(*run); break;
     default: break;
     }
 }
@@ -214,6 +215,7 @@ void LiveEngine::stop(const Uuid& runIDRef, double fadeSeconds) {
         else player->stop();
     }
     if (run->video) rampVideo(run->video, 0, fadeSeconds);
+    stopStream(*run, fadeSeconds);
     finish(runID, true, fadeSeconds, false);
 }
 
@@ -224,6 +226,11 @@ void LiveEngine::stopEverything(double fadeSeconds) {
         run.cancelTasks();
         for (const AudioPlayback* playback : run.allAudio()) playback->player->stop();
         if (run.video) run.video->pause();
+        if (drivesApp(run)) {
+            if (auto fade = streamFades_.find(*run.stream); fade != streamFades_.end()) fade->second.cancel();
+            streamFades_.erase(*run.stream);
+            sendStream(*run.stream, streamCommand::Pause{});
+        }
     }
     for (auto& [id, surface] : backdropSurfaces_) surface->pause();
     backdropSurfaces_.clear();
@@ -305,6 +312,7 @@ void LiveEngine::tick() {
         else if (std::holds_alternative<AudioCue>(run->cue.kind) && run->audio) tickAudio(*run);
         else if (run->networkInput) tickNetworkInput(*run);
         else if (std::holds_alternative<VideoCue>(run->cue.kind) && run->video) tickVideo(*run);
+        else if (drivesApp(*run) && tickCount_ % streamPollTicks == 0) pollStream(*run);
     }
 
     tickTimer();

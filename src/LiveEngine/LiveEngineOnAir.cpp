@@ -34,6 +34,10 @@ void LiveEngine::panic() {
         for (const AudioPlayback* playback : run->allAudio())
             playback->player->setVolume(0, panicFadeSeconds);
         if (run->video) rampVideo(run->video, 0, panicFadeSeconds);
+        if (drivesApp(*run)) {
+            const int from = currentStreamLevel(*run);
+            fadeStream(*run->stream, from, 0, from > 0 ? panicFadeSeconds : 0, true);
+        }
     }
     stack_.clearAll(panicFadeSeconds);
     panicTask_ = after(panicFadeSeconds, [this] {
@@ -81,6 +85,7 @@ void LiveEngine::pause(const Uuid& runID) {
     for (AudioPlayback& tail : run->audioTails) tail.isPaused = true;
     for (const AudioPlayback* playback : run->allAudio()) playback->player->pause();
     if (run->video) run->video->pause();
+    if (drivesApp(*run)) sendStream(*run->stream, streamCommand::Pause{});
 }
 
 void LiveEngine::resume(const Uuid& runID) {
@@ -98,6 +103,7 @@ void LiveEngine::resume(const Uuid& runID) {
     for (AudioPlayback& tail : run->audioTails) tail.isPaused = false;
     for (const AudioPlayback* playback : run->allAudio()) playback->player->play();
     if (run->video) run->video->play();
+    if (drivesApp(*run) && run->streamConfirmed) sendStream(*run->stream, streamCommand::Resume{});
 }
 
 void LiveEngine::pauseAll() {
@@ -125,6 +131,8 @@ void LiveEngine::seek(const Uuid& runID, double seconds) {
         if (const auto& info = run->video->info()) position = std::min(position, info->durationSeconds);
         run->video->seek(position);
     }
+    if (const auto* track = streamTrackOf(run->cue.kind); track && drivesApp(*run))
+        sendStream(*run->stream, streamCommand::Seek{StreamRemote::absolutePosition(offset, track->startAt)});
     log(HistoryEntry::Kind::mode, run->cue.name + " moved to " + TimeText::duration(offset));
 }
 

@@ -177,6 +177,13 @@ void LiveEngine::skipTrack() {
         log(HistoryEntry::Kind::mode, "Skipped to the next song");
         return;
     }
+    for (auto id = runOrder_.rbegin(); id != runOrder_.rend(); ++id) {
+        const Run* run = findRun(*id);
+        if (run == nullptr || !std::holds_alternative<StreamPlaylistCue>(run->cue.kind) || !drivesApp(*run)) continue;
+        sendStream(*run->stream, streamCommand::Next{});
+        log(HistoryEntry::Kind::mode, "Skipped to the next song");
+        return;
+    }
 }
 
 } // namespace velarion

@@ -200,7 +200,29 @@ RunningCue LiveEngine::runningCue(const Run& run) const {
 std::optional<NowPlayingMusic> LiveEngine::nowPlaying() const {
     for (auto id = runOrder_.rbegin(); id != runOrder_.rend(); ++id) {
         const Run* run = findRun(*id);
-        if (run == nullptr || !run->audio || !isMusic(*run)) continue;
+        if (run == nullptr || !isMusic(*run)) continue;
+        if (run->stream) {
+            NowPlayingMusic music;
+            music.source = *run->stream == StreamApp::spotify ? NowPlayingMusic::Source::spotify
+                                                                : NowPlayingMusic::Source::music;
+            if (const auto* track = streamTrackOf(run->cue.kind)) {
+                music.title = track->title;
+                music.artist = track->artist;
+            } else if (const auto* list = std::get_if<StreamPlaylistCue>(&run->cue.kind)) {
+                music.title = list->title;
+                music.isPlaylist = true;
+            }
+            if (run->streamStatus) {
+                music.positionSeconds = run->streamStatus->position;
+                music.durationSeconds = run->streamStatus->duration;
+            } else {
+                music.positionSeconds = run->wallElapsed(ports_.scheduler.now());
+            }
+            music.isSimulated = run->simulated;
+            music.isPlaying = !run->isPaused();
+            return music;
+        }
+        if (!run->audio) continue;
         NowPlayingMusic music;
         music.source = NowPlayingMusic::Source::file;
         std::optional<Uuid> song = cueKind::mediaID(run->cue.kind);

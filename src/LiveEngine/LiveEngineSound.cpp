@@ -42,6 +42,7 @@ void LiveEngine::rampMusic(double seconds) {
                                         seconds > 0 ? seconds : 0);
         }
     }
+    rampStreams(seconds);
 }
 
 void LiveEngine::handOffMusic(const Run& run, double fadeInSeconds) {

@@ -96,6 +96,14 @@ void LiveEngine::updateRun(const Uuid& runID, const Cue& old, const Show& oldSho
             run->audio->player->setLoopCount(audio->loops && !crossfades ? -1 : 0);
         if (run->audio && crossfades && !crossfaded) crossfadeAudioLoop(runID);
     }
+    if (const auto* track = streamTrackOf(cue.kind)) {
+        const auto* was = streamTrackOf(old.kind);
+        if (!was || was->level != track->level) setStreamLevel(track->level, *run);
+    }
+    if (const auto* list = std::get_if<StreamPlaylistCue>(&cue.kind)) {
+        const auto* was = std::get_if<StreamPlaylistCue>(&old.kind);
+        if (!was || was->level != list->level) setStreamLevel(list->level, *run);
+    }
     if (const auto* playlist = std::get_if<PlaylistCue>(&cue.kind)) {
         const auto* was = std::get_if<PlaylistCue>(&old.kind);
         if (!was || was->mediaIDs != playlist->mediaIDs || was->shuffle != playlist->shuffle)

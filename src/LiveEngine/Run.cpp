@@ -19,6 +19,8 @@ std::vector<const AudioPlayback*> Run::allAudio() const {
 void Run::cancelTasks() {
     loopTask.cancel();
     loopTask = {};
+    if (streamStartup) streamStartup->cancel();
+    streamStartup.reset();
     for (const TaskHandle& task : tasks) task.cancel();
     tasks.clear();
 }

@@ -5,6 +5,7 @@
 // Times are the Scheduler's monotonic seconds.
 
 #include "Identity/Uuid.h"
+#include "LiveEngine/StreamRemote.h"
 #include "LiveEngine/ports/Scheduler.h"
 #include "LiveEngine/ports/SoundFilePlayer.h"
 #include "LiveEngine/ports/NetworkInput.h"
@@ -73,6 +74,12 @@ struct Run {
     std::optional<double> songWaitingFadeSeconds; // the song at playlistIndex waits for its player
     std::optional<SoundAhead> soundAhead;
     std::vector<AudioPlayback> audioTails;
+    // A music app the run drives, its last status, and its start in the app.
+    std::optional<StreamApp> stream;
+    std::optional<StreamStatus> streamStatus;
+    std::optional<StreamCancel> streamStartup;
+    bool streamConfirmed = false; // the app plays the cue's song, at its level
+    bool streamPollPending = false;
 
     bool isPaused() const { return pausedAt.has_value(); }
     // Seconds the cue has really played: paused time and the pre-wait left

@@ -60,8 +60,9 @@ protected:
 
     void start() {
         engine = std::make_unique<LiveEngine>(show, ShowPackage("/shows/Test.velarion"),
-                                              EnginePorts{scheduler, outputs, players, images, cards, slides, devices},
-                                              false);
+                                              EnginePorts{scheduler, outputs, players, images, cards, slides, devices,
+                                                          streams},
+                                              streams != nullptr);
         scheduler.runDue();
     }
     void perform(const EngineCommand& command) { engine->perform(command); }
@@ -105,6 +106,7 @@ protected:
     FakeTextCards cards;
     FakeSlidePictures slides;
     AudioDevices* devices = nullptr;
+    EngineStreams* streams = nullptr; // set: stream cues drive these apps
     Show show;
     ShowBuilder build{show};
     std::unique_ptr<LiveEngine> engine;

@@ -1,0 +1,119 @@
+// The music apps: what a status poll costs the main thread (the app's
+// answer is taken off the clock, as it comes from a worker), and the time
+// from GO to a confirmed start against the stand-in MPRIS player on a
+// private bus and sound server.
+
+#include "ChildProcess.h"
+#include "FakePictures.h"
+#include "FakePlayers.h"
+#include "FakeStreamApp.h"
+#include "PrivateSoundServer.h"
+#include "RecordingOutputManager.h"
+#include "ShowBuilder.h"
+#include "TempFolder.h"
+#include "VirtualScheduler.h"
+
+#include "LiveEngine/LiveEngine.h"
+#include "Platform/Music/MprisRemote.h"
+
+#include <QCoreApplication>
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+namespace velarion {
+namespace {
+
+// Keeps the work for the benchmark to run off the clock.
+class DeferredTasks final : public StreamTasks {
+public:
+    void launch(Work work, StreamCancel cancel) override { waiting.emplace_back(std::move(work), cancel); }
+    void runAll() {
+        auto now = std::move(waiting);
+        waiting.clear();
+        for (auto& [work, cancel] : now) work(cancel);
+    }
+    std::vector<std::pair<Work, StreamCancel>> waiting;
+};
+
+void BM_StatusPollOnTheMainThread(benchmark::State& state) {
+    Show show;
+    show.sections.push_back(Section{Uuid::random(), "Main", std::nullopt, std::nullopt, {}});
+    testing::ShowBuilder build{show};
+    StreamTrackCue song;
+    song.reference = "spotify:track:song";
+    song.level = 70;
+    build.add("Song", SpotifyTrack{song});
+    testing::VirtualScheduler scheduler;
+    testing::RecordingOutputManager outputs;
+    testing::FakeMediaPlayers players{scheduler};
+    testing::FakeImageLoader images;
+    testing::FakeTextCards cards;
+    testing::FakeSlidePictures slides;
+    testing::FakeStreamApp app;
+    DeferredTasks tasks;
+    EngineStreams streams{app.remote(), tasks};
+    LiveEngine engine(show, ShowPackage("/shows/Bench.velarion"),
+                      EnginePorts{scheduler, outputs, players, images, cards, slides, nullptr, &streams}, true);
+    scheduler.runDue();
+    engine.perform(command::Go{});
+    tasks.runAll();
+    scheduler.runDue();
+    for (auto _ : state) {
+        scheduler.advance(LiveEngine::tickSeconds * LiveEngine::streamPollTicks); // one poll
+        state.PauseTiming();
+        tasks.runAll(); // the app's answer, on a worker in the application
+        state.ResumeTiming();
+        scheduler.runDue(); // the answer back on the main loop
+    }
+    if (!engine.runs().begin()->second.streamStatus) state.SkipWithError("no status arrived");
+    engine.shutdown();
+}
+BENCHMARK(BM_StatusPollOnTheMainThread)->Unit(benchmark::kMicrosecond);
+
+void BM_GoToConfirmedStartAgainstTheStandIn(benchmark::State& state) {
+    std::string whyNot;
+    auto sound = testing::PrivateSoundServer::start(whyNot);
+    if (!sound) return state.SkipWithError(whyNot.c_str());
+    testing::TempFolder folder("velarion-bench-bus");
+    const std::string address = "unix:path=" + (folder / "bus").string();
+    std::ofstream(folder / "bus.conf") << "<busconfig><type>session</type><listen>" << address
+                                       << "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow "
+                                          "send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
+                                          "<allow own=\"*\"/></policy></busconfig>";
+    testing::ChildProcess daemon("/usr/bin/dbus-daemon",
+                                 {"--nofork", "--nopidfile", "--config-file=" + (folder / "bus.conf").string()});
+    for (int i = 0; i < 100 && !std::filesystem::exists(folder / "bus"); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+    testing::ChildProcess player(VELARION_MPRIS_STANDIN, {"--name", "spotify", "--identity", "Spotify",
+                                                          "--app-name", "Spotify", "--ignores-volume"});
+    if (player.readLine(10) != "ready") return state.SkipWithError("the stand-in player didn't start");
+    MprisRemote mpris;
+    StreamQueue queue;
+    const StreamRemote remote = queue.serial(mpris.remote());
+    int song = 0;
+    for (auto _ : state) {
+        const std::string reference = "spotify:track:f" + std::to_string(400 + (++song % 50) * 10);
+        if (auto error = remote.startTrack(StreamApp::spotify, reference, 0, 50, 0, {}, {}))
+            return state.SkipWithError(error->message.c_str());
+        state.PauseTiming();
+        remote.command(StreamApp::spotify, streamCommand::Pause{});
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BM_GoToConfirmedStartAgainstTheStandIn)->Unit(benchmark::kMillisecond)->Iterations(20);
+
+} // namespace
+} // namespace velarion
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

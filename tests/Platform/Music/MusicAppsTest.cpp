@@ -1,0 +1,211 @@
+// The music apps for real: MprisRemote over a private session bus against
+// the stand-in player, which plays a tone per song into a private sound
+// server whose monitor is recorded; and oEmbed from a local HTTP server.
+
+#include "ChildProcess.h"
+#include "PrivateSoundServer.h"
+#include "ScopedEnvironment.h"
+#include "TempFolder.h"
+
+#include "Live/SpotifyMetadata.h"
+#include "LiveEngine/ports/StreamTasks.h"
+#include "Platform/Music/MprisRemote.h"
+#include "Platform/Music/QtWebRequests.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <fstream>
+#include <thread>
+
+namespace velarion::testing {
+namespace {
+
+// The strength of one tone in a stereo recording (Goertzel), 0 to about 0.5.
+double toneLevel(const std::vector<float>& stereo, double hertz) {
+    const double w = 2 * M_PI * hertz / PrivateSoundServer::sampleRate;
+    double s1 = 0, s2 = 0;
+    const std::size_t frames = stereo.size() / 2;
+    for (std::size_t i = 0; i < frames; ++i) {
+        const double s = stereo[2 * i] + 2 * std::cos(w) * s1 - s2;
+        s2 = s1;
+        s1 = s;
+    }
+    const double power = s1 * s1 + s2 * s2 - 2 * std::cos(w) * s1 * s2;
+    return frames == 0 ? 0 : 2 * std::sqrt(std::max(power, 0.0)) / static_cast<double>(frames);
+}
+
+class MusicApps : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        std::string whyNot;
+        sound = PrivateSoundServer::start(whyNot).release();
+        if (sound == nullptr) skipReason = whyNot;
+        folder = new TempFolder("velarion-music-bus");
+        const std::string address = "unix:path=" + (*folder / "bus").string();
+        std::ofstream(*folder / "bus.conf")
+            << "<busconfig><type>session</type><listen>" << address
+            << "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\" "
+               "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>";
+        daemon = new ChildProcess("/usr/bin/dbus-daemon",
+                                  {"--nofork", "--nopidfile", "--config-file=" + (*folder / "bus.conf").string()});
+        for (int i = 0; i < 100 && !std::filesystem::exists(*folder / "bus"); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+    }
+    static void TearDownTestSuite() {
+        delete daemon;
+        delete folder;
+        delete sound;
+    }
+    void SetUp() override {
+        if (sound == nullptr) GTEST_SKIP() << skipReason;
+    }
+
+    // A stand-in player; answers once it owns its name.
+    std::unique_ptr<ChildProcess> standIn(const std::vector<std::string>& arguments) {
+        auto player = std::make_unique<ChildProcess>(VELARION_MPRIS_STANDIN, arguments);
+        EXPECT_EQ(player->readLine(10), "ready");
+        return player;
+    }
+    static std::unique_ptr<ChildProcess> spotify(std::vector<std::string> more = {}) {
+        std::vector<std::string> arguments = {"--name", "spotify", "--identity", "Spotify", "--app-name", "Spotify",
+                                              "--ignores-volume"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        auto player = std::make_unique<ChildProcess>(VELARION_MPRIS_STANDIN, arguments);
+        EXPECT_EQ(player->readLine(10), "ready");
+        return player;
+    }
+    static StreamRemote quick(StreamRemote remote) {
+        remote.songConfirmSeconds = 1;
+        remote.positionConfirmSeconds = 1;
+        return remote;
+    }
+
+    static inline PrivateSoundServer* sound = nullptr;
+    static inline TempFolder* folder = nullptr;
+    static inline ChildProcess* daemon = nullptr;
+    static inline std::string skipReason;
+};
+
+TEST_F(MusicApps, AWrongSongOrPositionIsNeverHeardAndTheRightOneOnlyOnceConfirmed) {
+    MprisRemote mpris;
+    StreamQueue queue;
+    const StreamRemote remote = quick(queue.serial(mpris.remote()));
+    auto recording = sound->record("Speakers");
+    const struct {
+        std::vector<std::string> misbehaviour;
+        double startAt;
+        std::string error;
+    } cases[] = {
+        {{"--plays-instead", "spotify:track:f880"}, 0,
+         "Spotify did not confirm the selected song. Its volume remains at zero."},
+        {{"--seek-off", "3"}, 30,
+         "Spotify did not confirm the start position at 30.00 seconds. Its volume remains at zero."},
+    };
+    for (const auto& c : cases) {
+        auto player = spotify(c.misbehaviour);
+        const auto error = remote.startTrack(StreamApp::spotify, "spotify:track:f660", c.startAt, 80, 0, {}, {});
+        EXPECT_EQ(error ? error->message : "", c.error);
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    }
+    auto player = spotify();
+    EXPECT_FALSE(remote.startTrack(StreamApp::spotify, "spotify:track:f440", 12, 80, 0, {}, {}));
+    const StreamStatusReply reply = remote.status(StreamApp::spotify);
+    ASSERT_TRUE(reply.status);
+    EXPECT_EQ(reply.status->reference, "spotify:track:f440");
+    EXPECT_NEAR(reply.status->position, 12, 1.5);
+    EXPECT_EQ(reply.status->duration, 215);
+    EXPECT_EQ(reply.status->volume, 80);
+    std::this_thread::sleep_for(std::chrono::milliseconds(2500)); // the monitor's delay
+    const std::vector<float> heard = recording->stop();
+    EXPECT_GT(toneLevel(heard, 440), 0.02) << "the confirmed song is heard";
+    EXPECT_LT(toneLevel(heard, 880), 0.002) << "the wrong song is not";
+    EXPECT_LT(toneLevel(heard, 660), 0.002) << "nor the right song at the wrong position";
+}
+
+TEST_F(MusicApps, TheMusicPlayerFadesAlongAStraightLineUnderItsOwnName) {
+    MprisRemote mpris("rhythmbox");
+    StreamQueue queue;
+    const StreamRemote remote = queue.serial(mpris.remote());
+    EXPECT_EQ(remote.requireRunning(StreamApp::music)->message, "Music player isn't running");
+    auto player = standIn({"--name", "rhythmbox", "--identity", "Rhythmbox", "--app-name", "Rhythmbox"});
+    auto other = standIn({"--name", "vlc", "--identity", "VLC", "--app-name", "VLC"});
+    ASSERT_TRUE(remote.isAppRunning(StreamApp::music));
+    EXPECT_EQ(remote.displayName(StreamApp::music), "Rhythmbox");
+    ASSERT_FALSE(remote.ramp(StreamApp::music, 0, 100, 0.5, {}));
+    for (int step = 1; step <= 10; ++step) EXPECT_EQ(player->readLine(5), "volume " + std::to_string(step * 10));
+}
+
+TEST_F(MusicApps, AnAppThatHangsFailsWithinItsBoundAndTheQueueGoesOn) {
+    MprisRemote mpris("vlc", 0.5);
+    StreamQueue queue;
+    const StreamRemote remote = queue.serial(mpris.remote());
+    auto hanging = spotify({"--hang"});
+    auto player = standIn({"--name", "vlc", "--identity", "VLC", "--app-name", "VLC"});
+    std::optional<StreamError> hung;
+    std::thread waiting([&] { hung = remote.command(StreamApp::spotify, streamCommand::Pause{}); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(remote.status(StreamApp::music).error) << "answered after the hung call's bound";
+    waiting.join();
+    ASSERT_TRUE(hung);
+    EXPECT_EQ(hung->message, "Spotify didn't answer within 0.5 seconds");
+}
+
+TEST_F(MusicApps, OEmbedNamesComeFromALocalServer) {
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    QByteArray asked;
+    QObject::connect(&server, &QTcpServer::newConnection, [&] {
+        QTcpSocket* client = server.nextPendingConnection();
+        QObject::connect(client, &QTcpSocket::readyRead, [&, client] {
+            asked += client->readAll();
+            if (!asked.contains("\r\n\r\n")) return;
+            const QByteArray body = R"({"title":"Stand-in Song","type":"rich"})";
+            client->write("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " +
+                          QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
+            client->disconnectFromHost();
+        });
+    });
+    const std::string base = "http://127.0.0.1:" + std::to_string(server.serverPort());
+    const ScopedEnvironment override("VELARION_SPOTIFY_OEMBED_BASE", base + "/");
+    QtWebRequests web(5);
+    std::vector<WebAnswer> answers;
+    web.get(*spotifyMetadata::oEmbedAddress(spotifyMetadata::baseAddress(), "spotify:track:abc"),
+            [&](WebAnswer answer) { answers.push_back(answer); });
+    QTcpServer gone; // a port nobody listens on any more
+    ASSERT_TRUE(gone.listen(QHostAddress::LocalHost));
+    const std::string nobody = "http://127.0.0.1:" + std::to_string(gone.serverPort()) + "/oembed";
+    gone.close();
+    web.get(nobody, [&](WebAnswer answer) { answers.push_back(answer); });
+    QEventLoop loop;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (answers.size() == 2) loop.quit();
+    });
+    poll.start(10);
+    QTimer::singleShot(8000, &loop, &QEventLoop::quit);
+    loop.exec();
+    ASSERT_EQ(answers.size(), 2u);
+    std::sort(answers.begin(), answers.end(), [](const auto& a, const auto& b) { return a.status > b.status; });
+    EXPECT_TRUE(asked.startsWith("GET /oembed?url=https%3A%2F%2Fopen.spotify.com%2Ftrack%2Fabc "));
+    EXPECT_EQ(spotifyMetadata::parseTitle(answers[0].body), "Stand-in Song");
+    EXPECT_FALSE(answers[1].error.empty()) << "no server: a reason, no title";
+}
+
+} // namespace
+} // namespace velarion::testing
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
