@@ -42,6 +42,9 @@ public:
     void agentNote(const std::string& text) override { model_.agentNote(text); }
     void agentQuit(bool restart) override { model_.agentQuit(restart); }
     void agentDrawSlides(const MediaItem& item, SlidesDrawn done) override;
+    void agentImportMedia(const std::vector<std::filesystem::path>& files, MediaImported done) override {
+        model_.agentImportMedia(files, std::move(done));
+    }
 
 private:
     AppModel& model_;

@@ -21,6 +21,7 @@
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveEngine/EngineCommand.h"
 #include "LiveEngine/EngineState.h"
+#include "LiveEngine/MediaImporter.h"
 #include "LiveEngine/ports/AudioDevices.h"
 #include "LiveModel/MediaItem.h"
 #include "LiveModel/Show.h"
@@ -93,6 +94,15 @@ public:
     // platform's, so it lives behind the host.
     using SlidesDrawn = std::function<void(std::optional<MediaItem> item, const std::string& failure)>;
     virtual void agentDrawSlides(const MediaItem& item, SlidesDrawn done) = 0;
+
+    // Copies the files into the open package off the main loop, by the
+    // application's import path (decks become page pictures), then runs
+    // `done` once on the main loop: with the result, whose items are not in
+    // the show yet, or with none and one sentence (no show, another import
+    // running, the show closed meanwhile). A double may run `done` before
+    // returning.
+    using MediaImported = std::function<void(std::optional<ImportResult> result, const std::string& failure)>;
+    virtual void agentImportMedia(const std::vector<std::filesystem::path>& files, MediaImported done) = 0;
 };
 
 } // namespace velarion

@@ -115,6 +115,12 @@ public:
     void agentQuit(bool restart) override { quits.push_back(restart); }
 
     // Draws at once, unless `holdsDrawings`: then `finishDrawings` does.
+    // Copies for real, on the test's thread, into the open package.
+    void agentImportMedia(const std::vector<std::filesystem::path>& files, MediaImported done) override {
+        if (!openPackage) return done(std::nullopt, "No show is open.");
+        const std::atomic<bool> cancelled{false};
+        done(mediaImporter::importFiles(files, *openPackage, {}, cancelled), "");
+    }
     void agentDrawSlides(const MediaItem& item, SlidesDrawn done) override {
         ++slideDrawings;
         if (drawingFails) return done(std::nullopt, "The disk is full.");
