@@ -11,6 +11,9 @@
 #include "Platform/App/HeadlessOutputManagers.h"
 #include "Platform/App/ProcessControl.h"
 #include "Platform/App/QtScheduler.h"
+#include "Platform/Import/DeckImporter.h"
+#include "Platform/Import/LibreOfficeExporter.h"
+#include "Platform/Import/MediaInspection.h"
 #include "Platform/MIDI/RtMidiInput.h"
 #include "Platform/Outputs/QtOutputDisplays.h"
 #include "Platform/Outputs/ScreenOutputManagers.h"
@@ -94,6 +97,9 @@ struct HeadlessApplication::Parts {
     ProcessControl application{{"--headless"}};
     Preferences preferences{Preferences::standardFile()};
     BackdropLoopService backdrops{scheduler};
+    LibreOfficeExporter presentationExporter;
+    DeckImporter decks{&presentationExporter};
+    MediaInspection inspection{scheduler};
     std::unique_ptr<AppModel> model;
     std::shared_ptr<AppModelAgentHost> agentHost;
     std::unique_ptr<AgentControl> agent;
@@ -132,7 +138,8 @@ struct HeadlessApplication::Parts {
                                std::function<void(std::optional<std::filesystem::path>)> done) {
                             backdrops.prepare(backdrop, std::move(done));
                         },
-                        [this] { return std::make_unique<RtMidiInput>(scheduler); }};
+                        [this] { return std::make_unique<RtMidiInput>(scheduler); },
+                        MediaImportTools{&inspection, &decks}};
     }
 
     // New lines of the show log since the last call, oldest first.

@@ -73,10 +73,10 @@ struct AppPorts {
     // Built-in backdrop loops, handed to each new engine; optional.
     LiveEngine::BackdropReady backdropReady = {};
     LiveEngine::PrepareBackdrop prepareBackdrop = {};
-    // Durations and decks for imports; without them files still import.
-    MediaImportTools importTools = {};
     // The computer's MIDI input; without one MIDI control listens to nothing.
     MIDIControlCenter::MakeInput makeMIDIInput = {};
+    // Durations and decks for imports; without them files still import.
+    MediaImportTools importTools = {};
 };
 
 struct AppOptions {
