@@ -74,3 +74,42 @@ TEST(PowerPointNotes, NotesFollowShownSlidesWithoutFieldsOrEntities) {
 
 } // namespace
 } // namespace velarion
+
+#include "FakePlayers.h"
+#include "VirtualScheduler.h"
+
+#include "LiveEngine/MediaPreviewPlayer.h"
+
+namespace velarion::testing {
+namespace {
+
+TEST(PreviewSeekQueue, TwentySeeksDuringOneRunThatSeekAndTheLastOnly) {
+    PreviewSeekQueue queue;
+    EXPECT_EQ(queue.request({1, false}), (PreviewSeekQueue::Request{1, false}));
+    for (int wish = 2; wish <= 21; ++wish) EXPECT_EQ(queue.request({double(wish), wish == 21}), std::nullopt);
+    EXPECT_EQ(queue.finished(), (PreviewSeekQueue::Request{21, true}));
+    EXPECT_TRUE(queue.isSeeking);
+    EXPECT_EQ(queue.finished(), std::nullopt);
+    EXPECT_FALSE(queue.isSeeking);
+}
+
+TEST(MediaPreviewPlayerTest, AMissingFileSaysSoAndAStaleOpenIsDropped) {
+    VirtualScheduler scheduler;
+    FakeMediaPlayers players{scheduler};
+    MediaPreviewPlayer preview(players, scheduler, nullptr);
+    players.missingPaths.insert("/show/Media/Gone.mov");
+    preview.load("/show/Media/Gone.mov");
+    EXPECT_EQ(preview.error(), MediaPreviewPlayer::missingFile);
+
+    players.soundDurations = {{"/show/Media/A.wav", 12}, {"/show/Media/B.wav", 30}};
+    preview.load("/show/Media/A.wav", 12);
+    preview.load("/show/Media/B.wav");
+    scheduler.runDue();
+    EXPECT_TRUE(players.sound("/show/Media/A.wav") == nullptr || players.sound("/show/Media/A.wav")->isStopped());
+    EXPECT_EQ(preview.duration(), 30);
+    EXPECT_FALSE(preview.soundEnabled());
+    EXPECT_EQ(players.sound("/show/Media/B.wav")->volume(), 0); // silent until a device is chosen
+}
+
+} // namespace
+} // namespace velarion::testing
