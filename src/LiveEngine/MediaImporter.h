@@ -12,7 +12,9 @@
 // - Nothing half-copied stays in the package: a file is filled under a hidden
 //   temporary name in its folder and linked to its final name only when
 //   whole, so a failure, a cancel or a crash leaves at most a hidden
-//   ".importing" file, which `removeLeftovers` clears.
+//   ".importing" file, which `removeLeftovers` clears. The batch's copies
+//   are flushed to the disk before `importFiles` returns, so the show never
+//   names a file that a power cut could leave short.
 // - `cancelled` turning true stops the batch between two chunks of a copy;
 //   the items finished so far come back, the rest are left out.
 
