@@ -44,7 +44,15 @@ void AppModel::finishImport(const Uuid& requestID, const Uuid& showID, ImportRes
                             const std::optional<CueInsertionPoint>& at) {
     // Another show, or a newer import: files already copied stay as unused
     // media in the package they went to.
-    if (!show_ || show_->id != showID || importRequestID_ != requestID) return;
+    if (!show_ || show_->id != showID || importRequestID_ != requestID) {
+        // Opening or closing a show ended the import's bookkeeping; its
+        // last progress goes too unless a newer import reports its own.
+        if (!isImporting_ && importProgress_) {
+            importProgress_.reset();
+            changed();
+        }
+        return;
+    }
     importProgress_.reset();
     importTask_ = {};
     struct End {

@@ -60,6 +60,7 @@ TEST_F(AppModelImportTest, AnImportFinishingAfterAnotherShowOpenedAddsNothing) {
     }
     EXPECT_TRUE(app.show()->library.empty());
     EXPECT_FALSE(app.isImporting());
+    EXPECT_FALSE(app.importProgress());
 }
 
 } // namespace
