@@ -11,6 +11,9 @@
 #include "Platform/App/HeadlessOutputManagers.h"
 #include "Platform/App/ProcessControl.h"
 #include "Platform/App/QtScheduler.h"
+#include "Platform/Import/DeckImporter.h"
+#include "Platform/Import/LibreOfficeExporter.h"
+#include "Platform/Import/MediaInspection.h"
 #include "Platform/MIDI/RtMidiInput.h"
 #include "Platform/NDI/NDIDiscovery.h"
 #include "Platform/NDI/NDIFeeds.h"
@@ -107,6 +110,9 @@ struct HeadlessApplication::Parts {
     EngineStreams streams{streamQueue.serial(mpris.remote()), streamTasks};
     QtWebRequests web;
     std::unique_ptr<SpotifyMetadataResolver> spotifyNames;
+    LibreOfficeExporter presentationExporter;
+    DeckImporter decks{&presentationExporter};
+    MediaInspection inspection{scheduler};
     std::unique_ptr<AppModel> model;
     std::shared_ptr<AppModelAgentHost> agentHost;
     std::unique_ptr<AgentControl> agent;
@@ -150,6 +156,7 @@ struct HeadlessApplication::Parts {
                         },
                         [this] { return std::make_unique<RtMidiInput>(scheduler); }};
         made.streams = &streams;
+        made.importTools = MediaImportTools{&inspection, &decks};
         made.musicApps = [this] {
             // What the apps were last seen as, and a fresh look for next time.
             streamTasks.launch([this](const StreamCancel&) {

@@ -34,6 +34,7 @@
 #include "Live/ports/SlidePages.h"
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveEngine/LiveEngine.h"
+#include "LiveEngine/MediaImportQueue.h"
 #include "LiveModel/CueInsertionPoint.h"
 #include "LiveEngine/ReadyCheck.h"
 #include "LiveModel/EditHistory.h"
@@ -82,6 +83,8 @@ struct AppPorts {
     EngineStreams* streams = nullptr;
     std::function<std::pair<ReadyMusicApp, ReadyMusicApp>()> musicApps = {};
     std::function<void(StreamApp)> onProviderWillStart = {};
+    // Durations and decks for imports; without them files still import.
+    MediaImportTools importTools = {};
 };
 
 struct AppOptions {
@@ -265,6 +268,21 @@ public:
     std::optional<Uuid> beginImport(int fileCount);
     // Ends the import if it is still the running one.
     void endImport(const Uuid& requestID);
+    // Copies the files in off the main loop, then adds an item for each and,
+    // with `addCues`, a cue: at the end of the selection's place, or all at
+    // `at` as one undo step (AppModelImport.cpp).
+    void importFiles(const std::vector<std::filesystem::path>& files, bool addCues,
+                     const std::optional<CueInsertionPoint>& at = std::nullopt);
+    // Stops the running import; what was copied whole still comes in.
+    void cancelImport();
+    const std::optional<ImportProgress>& importProgress() const { return importProgress_; }
+    // "Some files couldn't be imported", until dismissed.
+    const std::optional<AppAlert>& importAlert() const { return importAlert_; }
+    void dismissImportAlert();
+    // The agent's import: the copy only, its result on the main loop, or
+    // none with the reason. The caller adds the items.
+    using MediaImported = std::function<void(std::optional<ImportResult> result, const std::string& failure)>;
+    void agentImportMedia(const std::vector<std::filesystem::path>& files, MediaImported done);
 
     // ---- MIDI control ----
     MIDIControlCenter& midi() { return *midi_; }
@@ -401,6 +419,14 @@ private:
     std::string status_;
     bool isImporting_ = false;
     std::optional<Uuid> importRequestID_;
+    std::optional<ImportProgress> importProgress_;
+    std::optional<AppAlert> importAlert_;
+    TaskHandle importTask_;
+    void finishImport(const Uuid& requestID, const Uuid& showID, ImportResult result, bool addCues,
+                      const std::optional<CueInsertionPoint>& at);
+    MediaImportQueue& importQueue();
+    // Made at the first import; its thread stops before the model goes.
+    std::unique_ptr<MediaImportQueue> importQueue_;
     bool agentMayRun_ = false;
     bool agentMayEdit_ = false;
     bool skipsQuitQuestion_ = false;

@@ -45,6 +45,9 @@ public:
     std::shared_ptr<NDISourceFinder> agentNDISources() override { return ndiSources_; }
     // What discovers NDI sources on this computer; none answers an empty list.
     void setNDISources(std::shared_ptr<NDISourceFinder> finder) { ndiSources_ = std::move(finder); }
+    void agentImportMedia(const std::vector<std::filesystem::path>& files, MediaImported done) override {
+        model_.agentImportMedia(files, std::move(done));
+    }
 
 private:
     std::shared_ptr<NDISourceFinder> ndiSources_;

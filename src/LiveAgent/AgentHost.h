@@ -22,6 +22,7 @@
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveEngine/EngineCommand.h"
 #include "LiveEngine/EngineState.h"
+#include "LiveEngine/MediaImporter.h"
 #include "LiveEngine/ports/AudioDevices.h"
 #include "LiveModel/MediaItem.h"
 #include "LiveModel/Show.h"
@@ -98,6 +99,14 @@ public:
     // What finds NDI sources on the local network, or none on a host that
     // can't look. list_ndi_sources waits on it off the main loop.
     virtual std::shared_ptr<NDISourceFinder> agentNDISources() { return nullptr; }
+    // Copies the files into the open package off the main loop, by the
+    // application's import path (decks become page pictures), then runs
+    // `done` once on the main loop: with the result, whose items are not in
+    // the show yet, or with none and one sentence (no show, another import
+    // running, the show closed meanwhile). A double may run `done` before
+    // returning.
+    using MediaImported = std::function<void(std::optional<ImportResult> result, const std::string& failure)>;
+    virtual void agentImportMedia(const std::vector<std::filesystem::path>& files, MediaImported done) = 0;
 };
 
 } // namespace velarion

@@ -55,7 +55,7 @@ constexpr std::array tools{
     NamedTool{"open_show", openShow},
     NamedTool{"save_show", saveShow},
     NamedTool{"set_title", setTitle},
-    NamedTool{"import_media", notBuiltYet},
+    NamedTool{"import_media", importMedia},
     NamedTool{"add_ndi_source", addNDISource},
     NamedTool{"set_network_feeds", setNetworkFeeds},
     NamedTool{"add_section", addSection},
@@ -150,6 +150,7 @@ private:
 struct AgentService::Deferred {
     std::optional<agentService::AfterDrawing> afterDrawing;
     std::function<JSONValue()> offMainLoop;
+    std::function<void(agentService::AgentCall::Finish)> afterHost;
 };
 
 namespace {
@@ -203,6 +204,18 @@ void AgentService::start(const AgentRequest& request, Reply reply, bool inlineWo
             worker_->post(std::move(work));
         return;
     }
+    if (deferred.afterHost && now.ok) {
+        deferred.afterHost([scheduler = &scheduler_, weakHost = host_, id, reply = std::move(reply)](
+                               std::function<JSONValue(agentService::AgentCall&)> build) {
+            reply(respond(id, [&]() -> JSONValue {
+                const std::shared_ptr<AgentHost> alive = weakHost.lock();
+                if (!alive) throw AgentFailure(notReady);
+                agentService::AgentCall call{*alive, *scheduler, weakHost};
+                return build(call);
+            }));
+        });
+        return;
+    }
     if (!deferred.afterDrawing || !now.ok) {
         reply(std::move(now));
         return;
@@ -246,6 +259,7 @@ JSONValue AgentService::run(std::string_view name, const JSONValue& arguments, D
     JSONValue result = function(call, arguments);
     deferred.afterDrawing = std::move(call.afterDrawing);
     deferred.offMainLoop = std::move(call.offMainLoop);
+    deferred.afterHost = std::move(call.afterHost);
     return result;
 }
 

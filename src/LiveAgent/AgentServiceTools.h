@@ -43,6 +43,10 @@ struct AgentCall {
     // captured and runs on a worker thread. The tool then returns null.
     std::optional<AfterDrawing> afterDrawing;
     std::function<JSONValue()> offMainLoop;
+    // Set by a tool that waits for the host: `afterHost` is given `finish`,
+    // which it calls once, on the main loop, with what builds the answer.
+    using Finish = std::function<void(std::function<JSONValue(AgentCall& call)> build)>;
+    std::function<void(Finish finish)> afterHost;
 
     // The open show as it stands now; refuses when none is open.
     Show show() const;
@@ -212,6 +216,8 @@ JSONValue updateSong(AgentCall& call, const JSONValue& arguments);
 // Screens and feeds.
 JSONValue setScreens(AgentCall& call, const JSONValue& arguments);
 JSONValue setNetworkFeeds(AgentCall& call, const JSONValue& arguments);
+// Media.
+JSONValue importMedia(AgentCall& call, const JSONValue& arguments);
 // Tools whose feature isn't in this build yet.
 JSONValue notBuiltYet(AgentCall& call, const JSONValue& arguments);
 

@@ -3,6 +3,9 @@
 // it was.
 
 #include "AgentServiceFixture.h"
+#include "TempFolder.h"
+
+#include <fstream>
 
 #include <future>
 
@@ -230,6 +233,32 @@ TEST_F(AgentBuilding, WholeShowToolsGoThroughTheHost) {
     EXPECT_EQ(host->current().holding.mediaID, logo);
     ok("set_safe_slide", R"({"image":""})");
     EXPECT_EQ(host->current().holding, (HoldingScreen{std::nullopt, "Back soon", ""}));
+}
+
+} // namespace
+} // namespace velarion::testing
+
+namespace velarion::testing {
+namespace {
+
+TEST_F(AgentBuilding, ImportMediaAddsItemsAndCuesAndReportsWhatFailed) {
+    TempFolder temp{"velarion-agent-import"};
+    host->load(show, ShowPackage(temp / "Gala.velarion"));
+    std::ofstream(temp / "Intro.mov") << "intro";
+    const std::size_t cuesBefore = host->current().allCues().size();
+
+    EXPECT_EQ(refusal("import_media", R"({"paths":[]})"), "Give one or more file paths.");
+    const std::string arguments =
+        R"({"paths":[")" + (temp / "Intro.mov").string() + R"(",")" + (temp / "x.txt").string() + R"("],"add_cues":true})";
+    const JSONValue result = ok("import_media", arguments);
+
+    ASSERT_EQ(host->current().library.size(), 1u);
+    const MediaItem& item = host->current().library[0];
+    EXPECT_EQ(item.fileName, "Video/Intro.mov");
+    EXPECT_EQ(textOf((*result["imported"]->arrayValue())[0]["id"]), item.id.text());
+    EXPECT_EQ(host->current().allCues().size(), cuesBefore + 1);
+    EXPECT_EQ(textOf((*result["failed"]->arrayValue())[0]["reason"]), "x.txt isn't a file Velarion can play.");
+    EXPECT_EQ(host->notes.back(), "Agent imported 1 file");
 }
 
 } // namespace

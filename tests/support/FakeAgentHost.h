@@ -116,6 +116,12 @@ public:
 
     // Draws at once, unless `holdsDrawings`: then `finishDrawings` does.
     std::shared_ptr<NDISourceFinder> agentNDISources() override { return ndiSources; }
+    // Copies for real, on the test's thread, into the open package.
+    void agentImportMedia(const std::vector<std::filesystem::path>& files, MediaImported done) override {
+        if (!openPackage) return done(std::nullopt, "No show is open.");
+        const std::atomic<bool> cancelled{false};
+        done(mediaImporter::importFiles(files, *openPackage, {}, cancelled), "");
+    }
     void agentDrawSlides(const MediaItem& item, SlidesDrawn done) override {
         ++slideDrawings;
         if (drawingFails) return done(std::nullopt, "The disk is full.");
