@@ -25,7 +25,7 @@ public:
     ~NDIInputSurface() override;
 
     // The latest picture, premultiplied BGRA; null before the first.
-    std::shared_ptr<const StillPixels> latestFrame() const;
+    std::shared_ptr<const StillPixels> latestFrame() const override;
     NDIReceiverStatus receiverStatus() const override { return receiver_.status(); }
     const std::optional<std::string>& soundError() const { return playback_.lastError(); }
 
