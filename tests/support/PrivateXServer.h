@@ -15,14 +15,6 @@ class PrivateXServer {
 public:
     // Each entry is one X screen, "WIDTHxHEIGHT".
     static std::unique_ptr<PrivateXServer> start(const std::vector<std::string>& screens, std::string& whyNot);
-    // Xorg with the dummy video driver: RandR outputs DUMMY0, DUMMY1, … that
-    // `xrandr` switches on and off as if displays were plugged in and out.
-    // Only DUMMY0 is on at first, at 640x360. Xorg must be allowed to run
-    // for this user (it is for root).
-    static std::unique_ptr<PrivateXServer> startWithDisplaysThatComeAndGo(std::string& whyNot);
-
-    // Runs xrandr on this server; true when it succeeded.
-    bool xrandr(const std::vector<std::string>& arguments) const;
     ~PrivateXServer();
     PrivateXServer(const PrivateXServer&) = delete;
     PrivateXServer& operator=(const PrivateXServer&) = delete;
@@ -34,7 +26,6 @@ private:
     static std::unique_ptr<PrivateXServer> launch(std::vector<std::string> command, std::string& whyNot);
     pid_t process_ = -1;
     std::string display_;
-    std::string folder_; // the configuration and log, removed at the end
 };
 
 } // namespace velarion::testing
