@@ -134,32 +134,5 @@ TEST_F(VelarionProcess, AKillLosesAtMostTheUnsavedBurstAndTheNextStartReopensThe
     EXPECT_EQ(again.wait(), 0);
 }
 
-// restart_app through the real process: the answer comes first, the process
-// quits in order, and a new one opens the same show with agent control up.
-TEST_F(VelarionProcess, RestartAppComesBackWithTheSameShow) {
-    Velarion app(home.path(), {"--headless", "--allow-agent=run", package.url().string()});
-    ASSERT_TRUE(app.waitForLine("Open: ")) << app.transcript();
-    const std::string socket = (home / "agent.sock").string();
-    const AgentResponse restarting = AgentSocketClient(socket).call("restart_app", JSONValue::Object{}, 5);
-    ASSERT_TRUE(restarting.ok) << restarting.error.value_or("");
-    EXPECT_EQ(app.wait(), 0) << app.transcript();
-
-    std::optional<AgentResponse> shown;
-    const auto deadline = Clock::now() + std::chrono::seconds(30);
-    while (!shown && Clock::now() < deadline) {
-        try {
-            shown = AgentSocketClient(socket).call("get_show", JSONValue::Object{}, 5);
-        } catch (const std::exception&) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(200));
-        }
-    }
-    ASSERT_TRUE(shown && shown->ok) << "the new process never answered";
-    EXPECT_EQ((*shown->result)["file"]->stringValue(), package.url().string());
-    AgentSocketClient last(socket);
-    const AgentResponse quitting = last.call("quit_app", JSONValue::Object{{"force", true}}, 5);
-    EXPECT_TRUE(quitting.ok) << quitting.error.value_or("");
-    EXPECT_TRUE(last.waitForHangUp(15)) << "the new process quits in its turn";
-}
-
 } // namespace
 } // namespace velarion::testing
