@@ -138,20 +138,6 @@ TEST_F(ManagerFixture, ADisplayThatGoesAndComesBackGetsItsPictureBack) {
     EXPECT_EQ(displays.window("HDMI-1"), first);
 }
 
-TEST_F(ManagerFixture, IdentifyLastsFiveSecondsFromTheLastRequest) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
-    const OutputScene normal = *manager.pictureOf("a");
-    EXPECT_EQ(manager.identify("a"), std::nullopt);
-    scheduler.advance(3);
-    EXPECT_EQ(manager.identify("a"), std::nullopt);
-    scheduler.advance(4); // 7 s after the first, 4 after the second
-    EXPECT_NE(*manager.pictureOf("a"), normal);
-    scheduler.advance(1.5);
-    EXPECT_EQ(*manager.pictureOf("a"), normal);
-    EXPECT_EQ(displays.window("HDMI-1")->shown.back(), normal);
-    EXPECT_EQ(pictures.identified, (std::vector<std::string>{"Screen a", "Screen a"}));
-}
-
 TEST_F(ManagerFixture, IdentifyAndPatternsRefuseUnderSafeSlideOrPanic) {
     manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
     const OutputScene normal = *manager.pictureOf("a");
@@ -166,24 +152,6 @@ TEST_F(ManagerFixture, IdentifyAndPatternsRefuseUnderSafeSlideOrPanic) {
     EXPECT_NE(*manager.pictureOf("a"), normal);
     manager.setTestPattern("a", std::nullopt);
     EXPECT_EQ(*manager.pictureOf("a"), normal);
-}
-
-TEST_F(ManagerFixture, StagePictureIsDrawnAtMostOnceASecond) {
-    manager.configure(setupOf({screenOn("s", destination::Display{"HDMI-2"}, ScreenRole::stage)}));
-    ConfidenceState confidence;
-    const double start = scheduler.wallNow();
-    for (int step = 0; step < 10; ++step) {
-        confidence.notes = "note " + std::to_string(step); // a change every 0.1 s
-        manager.updateStage(confidence, std::nullopt, std::nullopt, scheduler.wallNow());
-        scheduler.advance(0.1);
-    }
-    EXPECT_EQ(manager.stageRenders(), 1);
-    scheduler.advance(1);
-    EXPECT_EQ(manager.stageRenders(), 2); // the last change, drawn in the next second
-    EXPECT_EQ(pictures.stages.back().confidence.notes, "note 9");
-    manager.updateStage(confidence, std::nullopt, std::nullopt, start + 1.5);
-    EXPECT_EQ(manager.stageRenders(), 2); // nothing new in that second
-    EXPECT_EQ(displays.window("HDMI-2")->shown.back().layers.size(), 1u);
 }
 
 TEST_F(ManagerFixture, ProgramOutputNames) {
