@@ -19,10 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::TempFolder;
 
-constexpr std::array allBackdrops{BuiltInBackdrop::drift,  BuiltInBackdrop::ember,
-                                  BuiltInBackdrop::mono,   BuiltInBackdrop::dawn,
-                                  BuiltInBackdrop::forest, BuiltInBackdrop::ocean};
-
 // Every frame of a video file as BGRx bytes, decoded by GStreamer; none when
 // the file doesn't decode to the end.
 std::optional<std::vector<std::vector<std::uint8_t>>> decodeFrames(const fs::path& file, int width,

@@ -34,10 +34,6 @@ MadeSlide lyricSlide() {
     return slide;
 }
 
-QRgb pixel(const QImage& image, int x, int y) {
-    return image.convertToFormat(QImage::Format_ARGB32).pixel(x, y);
-}
-
 TEST(SlideMaker, PagesMatchTheirGoldens) {
     MadeSlide title = slideTemplate::makeSlide(SlideTemplate::title, "Annual Conference 2025",
                                                "Welcome, everyone");
