@@ -78,32 +78,6 @@ TEST_F(AppModelEditTest, ShowModeRefusesEditsWithABeepWhilePlaybackGoesOn) {
     EXPECT_EQ(app.show()->title, "Gala");
 }
 
-TEST_F(AppModelEditTest, TheStatusLineNotifiesOnlyWhenItsTextChanges) {
-    AppModel& app = start();
-    app.setStatus("Ready");
-    const int changes = changeCount;
-    app.setStatus("Ready");
-    EXPECT_EQ(changeCount, changes);
-    app.setStatus("");
-    EXPECT_FALSE(app.edit(edit::SetTitle{"No show", ""}));
-    EXPECT_EQ(app.agentEdit(edit::SetTitle{"No show", ""}), "That change was refused.");
-}
-
-TEST_F(AppModelEditTest, CuesMadeForLibraryItemsGoInBehindTheSelection) {
-    AppModel& app = start();
-    app.openShow(savePackage(showWithCues("Gala", {"One", "Two"}), "Gala"));
-    app.selectCue(cueNamed("One").id);
-
-    MediaItem video{Uuid::random(), MediaKind::video, "Opening", "Video/Opening.mov"};
-    ASSERT_TRUE(app.edit(edit::AddMedia{video}));
-    const Cue cue = AppModel::makeCue(video);
-    ASSERT_TRUE(app.add(cue));
-    EXPECT_EQ(app.status(), "Added Opening");
-    EXPECT_EQ(app.selectedCueID(), cue.id);
-    EXPECT_EQ(app.show()->number(cue.id), 2);
-    EXPECT_EQ(std::get<VideoCue>(app.show()->cue(cue.id)->kind), (VideoCue{video.id}));
-}
-
 TEST_F(AppModelEditTest, ASongBecomesADeckAndACueOrNothingWhenItsSlidesFail) {
     AppModel& app = start();
     app.newShow(ShowTemplate::blank, "Service");
@@ -157,37 +131,6 @@ TEST_F(AppModelEditTest, SlidesRedrawInTheBackgroundAndGoInAsOneStep) {
     EXPECT_FALSE(drawn);
     EXPECT_EQ(abandoned, "The show was closed before the slides' pictures were drawn.");
     EXPECT_FALSE(app.isDrawingPages());
-}
-
-TEST_F(AppModelEditTest, AnUndoBackToImportedPagesClosesTheSlideEditor) {
-    Show show = showWithCues("Talk", {});
-    MediaItem deck{Uuid::random(), MediaKind::deck, "Keynote", "Decks/Keynote.pdf"};
-    deck.deck = DeckInfo{};
-    deck.deck->pages = {"Decks/Keynote/1.png", "Decks/Keynote/2.png"};
-    deck.deck->source = "Keynote.pdf";
-    show.library.push_back(deck);
-    AppModel& app = start();
-    app.openShow(savePackage(show, "Talk"));
-    EXPECT_FALSE(app.openSlideEditor(deck.id)) << "imported pages have nothing to edit";
-
-    ASSERT_TRUE(app.updateSlides(deck.id, [](std::vector<MadeSlide>& slides) { slides[1].title = "Thanks"; }));
-    ASSERT_TRUE(app.openSlideEditor(deck.id));
-    const Uuid second = app.show()->media(deck.id)->deck->made->at(1).id;
-    app.selectSlide(deck.id, second);
-    EXPECT_EQ(app.slideEditors().at(deck.id).title, "Slides — Keynote");
-
-    // Renaming keeps the editor on its slide under the new name.
-    MediaItem renamed = *app.show()->media(deck.id);
-    renamed.name = "Opening talk";
-    app.edit(edit::UpdateMedia{renamed});
-    EXPECT_EQ(app.slideEditors().at(deck.id), (SlideEditor{second, "Slides — Opening talk"}));
-
-    app.undo();
-    EXPECT_EQ(app.status(), "Undone");
-    app.undo();
-    EXPECT_EQ(app.status(), "Undone — original imported pages restored; slide editor closed");
-    EXPECT_TRUE(app.slideEditors().empty());
-    EXPECT_FALSE(app.updateSlides(deck.id, [](std::vector<MadeSlide>&) {})) << "no change, no step";
 }
 
 } // namespace

@@ -53,10 +53,5 @@ TEST_F(AppModelMIDITest, ASavedButtonPlaysTheShowAndALearntOneIsKept) {
               MIDITrigger(midi::ControlChangeTrigger{1, 64}));
 }
 
-TEST_F(AppModelMIDITest, MIDITurnedOffStaysOffAtLaunch) {
-    startWithMIDI(R"({"live.midi": {"isEnabled": false, "bindings": []}})");
-    EXPECT_EQ(input, nullptr);
-}
-
 } // namespace
 } // namespace velarion::testing

@@ -55,24 +55,5 @@ TEST_F(AppModelRundownTest, AStepJumpsAWholeMomentAndSaysWhichWay) {
     EXPECT_FALSE(app.moveRundownCue(cueNamed("C").id, up));
 }
 
-TEST_F(AppModelRundownTest, StartTogetherFlipsBetweenWithPreviousAndGo) {
-    AppModel& app = openBundledShow();
-    ASSERT_TRUE(app.toggleStartTogether(cueNamed("B").id));
-    EXPECT_EQ(cueNamed("B").follow, Follow::manual);
-    ASSERT_TRUE(app.toggleStartTogether(cueNamed("C").id));
-    EXPECT_EQ(cueNamed("C").follow, Follow::withPrevious);
-    app.undo();
-    EXPECT_EQ(cueNamed("C").follow, Follow::manual);
-
-    // Nothing above the first cue; a disabled cue on either side can't join.
-    EXPECT_FALSE(app.toggleStartTogether(cueNamed("A").id));
-    Cue d = cueNamed("D");
-    d.isEnabled = false;
-    ASSERT_TRUE(app.edit(edit::UpdateCue{d}));
-    EXPECT_FALSE(app.toggleStartTogether(d.id));
-    app.setLocked(true);
-    EXPECT_FALSE(app.toggleStartTogether(cueNamed("C").id));
-}
-
 } // namespace
 } // namespace velarion::testing

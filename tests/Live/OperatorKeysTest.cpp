@@ -52,31 +52,5 @@ TEST(OperatorKeyboard, EscIsTheOnlyKeyOutsideTheMainWindowAndNothingPassesTheGat
     }
 }
 
-const Uuid runA = Uuid::random();
-const Uuid runB = Uuid::random();
-
-TEST(OperatorViewFollow, FollowsARunOnceAndComesBackWhenItEnds) {
-    using View = std::optional<CueOperatorView>;
-    OperatorViewFollow follow;
-    // Seen first: the page goes to the slides.
-    EXPECT_EQ(follow.update(runA, {runA}, CueOperatorView::slides), View(CueOperatorView::slides));
-    // The operator went back to cues; the same run leaves them alone.
-    EXPECT_EQ(follow.update(runA, {runA}, CueOperatorView::slides), std::nullopt);
-    // A run without a view is remembered but changes nothing.
-    EXPECT_EQ(follow.update(runB, {runA, runB}, std::nullopt), std::nullopt);
-    EXPECT_EQ(follow.observedRuns, (std::set<Uuid>{runA, runB}));
-    // The followed run ends: back to cues, and it is forgotten.
-    EXPECT_EQ(follow.update(runB, {runB}, std::nullopt), View(CueOperatorView::cues));
-    EXPECT_EQ(follow.followingRunID, std::nullopt);
-    EXPECT_EQ(follow.observedRuns, std::set<Uuid>{runB});
-    // A run asking for cues while another is followed takes the page there.
-    EXPECT_EQ(follow.update(runA, {runA, runB}, CueOperatorView::slides), View(CueOperatorView::slides));
-    const Uuid runC = Uuid::random();
-    EXPECT_EQ(follow.update(runC, {runA, runB, runC}, CueOperatorView::cues), View(CueOperatorView::cues));
-    EXPECT_EQ(follow.followingRunID, std::nullopt);
-    // An active run that isn't running is not considered.
-    EXPECT_EQ(follow.update(Uuid::random(), {runA}, CueOperatorView::slides), std::nullopt);
-}
-
 } // namespace
 } // namespace velarion

@@ -25,24 +25,6 @@ protected:
     }
 };
 
-TEST_F(PreferencesTest, AValueOfTheWrongTypeReadsAsAbsent) {
-    writeFile(R"({"live.agent.run": "yes", "live.agent.edit": true, "live.libraryWidth": 250,
-                  "live.railWidth": "wide", "live.recents": ["/a", 3], "live.midi": [1],
-                  "live.session.openShow": 7, "someone.else": {"kept": true}})");
-    Preferences preferences(preferencesFile());
-    EXPECT_FALSE(preferences.wasDamaged());
-    EXPECT_FALSE(preferences.stored(preferenceKeys::agentRun));
-    EXPECT_EQ(preferences.value(preferenceKeys::libraryWidth), 250) << "a whole number is a number";
-    EXPECT_EQ(preferences.value(preferenceKeys::railWidth), 440);
-    EXPECT_TRUE(preferences.value(preferenceKeys::recents).empty());
-    EXPECT_FALSE(preferences.stored(preferenceKeys::openShow));
-
-    ASSERT_TRUE(preferences.set(preferenceKeys::railWidth, 500));
-    const auto onDisk = nlohmann::json::parse(fileText());
-    EXPECT_EQ(onDisk["live.railWidth"], 500);
-    EXPECT_EQ(onDisk["someone.else"]["kept"], true) << "keys we don't know stay";
-}
-
 TEST_F(PreferencesTest, ADamagedFileReadsAsDefaultsAndStaysUntilAKeyIsSet) {
     const std::string damaged = R"({"live.agent.run": true, )";
     writeFile(damaged);

@@ -97,10 +97,5 @@ TEST(OperatorTextTest, SizesReadAsAFileManagerShowsThem) {
     EXPECT_EQ(fileByteCountText(1'250'000'000), "1.25 GB");
 }
 
-TEST(OperatorTextTest, LocationsCompareStandardized) {
-    EXPECT_EQ(standardized("/shows/sub/../Gala.velarion/"), fs::path("/shows/Gala.velarion"));
-    EXPECT_EQ(displayName("/shows/./Gala.velarion/"), "Gala");
-}
-
 } // namespace
 } // namespace velarion::testing

@@ -63,19 +63,6 @@ TEST_F(AgentBuilding, AddCueRefusalsChangeNothing) {
     EXPECT_TRUE(host->notes.empty());
 }
 
-TEST_F(AgentBuilding, AddCueGoesAfterItsCueEvenInAnotherSection) {
-    video("Intro", 0);
-    video("Speech", 1);
-    open();
-    const JSONValue added = ok("add_cue", R"({"type":"message","text":"Applause","section":"Awards","after":"Intro"})");
-    const Show& now = host->current();
-    EXPECT_EQ(now.sections[0].cues.size(), 2u);
-    EXPECT_EQ(now.sections[0].cues[1].name, "Speaker message");
-    EXPECT_EQ(textOf(added["number"]), "2");
-    ok("add_cue", R"({"type":"message","text":"Last","section":"awards"})");
-    EXPECT_EQ(host->current().sections[1].cues.back().name, "Speaker message");
-}
-
 TEST_F(AgentBuilding, UpdateCueKeepsItsTypeAndRefusesForeignSettings) {
     Cue& walkIn = video("Walk in");
     walkIn.notes = "House lights down";

@@ -70,48 +70,6 @@ TEST_F(AgentScreens, SetScreensRefusalsLeaveTheSetupUntouched) {
     EXPECT_TRUE(host->notes.empty());
 }
 
-TEST_F(AgentScreens, OneUndoTakesBackAWholeSetScreensChange) {
-    openLogical();
-    const OutputSetup before = host->current().outputs;
-    const JSONValue summary = ok("set_screens", R"({
-        "looks":[{"name":"Lyrics low","shows":["slides","messages"],"lyric_lines":2}],
-        "logical_screens":[
-            {"id":"main","name":"Left","destination":{"type":"display","id":"Projector"},"look_id":"Lyrics low"},
-            {"name":"Right","role":"audience","destination":{"type":"display","id":"eDP-1"},"shows":"backdrop"},
-            {"name":"Spare","destination":{"type":"placeholder"}}]})");
-    EXPECT_EQ(host->notes.back(), "Agent: updated outputs");
-    const OutputSetup& after = host->current().outputs;
-    ASSERT_EQ(after.screens.size(), 3u);
-    EXPECT_EQ(after.screens[0].id, "main");
-    EXPECT_EQ(after.screens[0].lookID, after.looks.at(0).id);
-    EXPECT_EQ(after.resolvedLook(after.screens[0]).lyricLines, 2);
-    EXPECT_EQ(after.screens[1].destination, ScreenDestination(destination::Display{"eDP-1"}));
-    EXPECT_EQ(after.audienceDisplayIDs, (std::vector<std::string>{"HDMI-1", "eDP-1"}));
-    EXPECT_FALSE(after.confidenceDisplayID);
-    const JSONValue::Array& audience = *summary["audience"]->arrayValue();
-    ASSERT_EQ(audience.size(), 2u);
-    EXPECT_EQ(textOf(audience[1]["shows"]), "backdrop");
-
-    ok("undo");
-    EXPECT_EQ(host->current().outputs, before);
-}
-
-TEST_F(AgentScreens, LegacyScreensReplaceOnlyTheDisplayConnections) {
-    openLogical();
-    ok("set_screens", R"({"screens":[{"display":"eDP-1","shows":"clean","lyric_lines":3}],"test_window":true})");
-    const OutputSetup& after = host->current().outputs;
-    std::vector<std::string> ids;
-    for (const LogicalScreen& screen : after.screens) ids.push_back(screen.id);
-    EXPECT_EQ(ids, (std::vector<std::string>{"eDP-1", "test-window", "stream", "stage"}));
-    EXPECT_EQ(after.screens[0].name, "Audience 1");
-    EXPECT_EQ(after.screens[0].lyricLines, 3);
-    EXPECT_EQ(after.screens[0].layers, screenPreset::layers(ScreenPreset::clean));
-
-    ok("set_screens", R"({"speaker_display":""})");
-    EXPECT_EQ(host->current().outputs.screens.size(), 3u);
-    EXPECT_TRUE(ok("get_show")["screens"]->operator[]("speaker_display")->isNull());
-}
-
 TEST_F(AgentScreens, SetNetworkFeedsRefusalsLeaveTheSetupUntouched) {
     openLogical();
     const std::string id = feed.id.text();
@@ -138,31 +96,6 @@ TEST_F(AgentScreens, SetNetworkFeedsRefusalsLeaveTheSetupUntouched) {
                   "A needs layers, an even width from 16–8192, a height from 16–8192, and a frame rate from 1–120.");
     expectRefused("set_network_feeds", R"({"feeds":[{"id":"feed-1","name":"A"}]})",
                   "\"feed-1\" isn't a valid NDI feed id. get_show lists them.");
-}
-
-TEST_F(AgentScreens, FeedsComeAndGoWhileScreensKeepTheirRouting) {
-    openLogical();
-    const JSONValue summary = ok("set_network_feeds", "{\"feeds\":[{\"id\":\"" + feed.id.text() +
-                                                          "\",\"name\":\"Stream\",\"sound\":true},"
-                                                          "{\"name\":\"Lobby\",\"preset\":\"overlay\",\"transparent\":true,\"fps\":25}]}");
-    const OutputSetup& after = host->current().outputs;
-    ASSERT_EQ(after.feeds.size(), 2u);
-    EXPECT_EQ(after.feeds[0].sendsSound, true);
-    EXPECT_EQ(after.feeds[1].alphaMode, NDIAlphaMode::straight);
-    EXPECT_EQ(after.feeds[1].frameRate, (VideoFrameRate{25, 1}));
-    ASSERT_EQ(after.screens.size(), 4u);
-    EXPECT_EQ(after.screens[3].name, "Lobby");
-    EXPECT_EQ(after.screens[3].role, ScreenRole::stream);
-    EXPECT_EQ(after.screens[3].destination, ScreenDestination(destination::Ndi{after.feeds[1].id}));
-    EXPECT_EQ(textOf((*summary["network_feeds"]->arrayValue())[1]["preset"]), "overlay");
-
-    ok("set_network_feeds", R"({"feeds":[]})");
-    const OutputSetup& none = host->current().outputs;
-    EXPECT_TRUE(none.feeds.empty());
-    ASSERT_EQ(none.screens.size(), 4u);
-    EXPECT_EQ(none.screens[1].id, "stream");
-    EXPECT_EQ(none.screens[1].destination, ScreenDestination(destination::Placeholder{}));
-    EXPECT_EQ(none.screens[3].destination, ScreenDestination(destination::Placeholder{}));
 }
 
 } // namespace

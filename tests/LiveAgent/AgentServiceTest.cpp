@@ -109,13 +109,6 @@ TEST_F(AgentService_, CueReferencesFollowIdThenNumberThenName) {
     EXPECT_TRUE(host->engine->state().running.empty());
 }
 
-TEST_F(AgentService_, ACueCalledByANumberIsReachedByNameWhenNoCueHasThatNumber) {
-    video("Intro");
-    const Uuid called4 = video("4").id;
-    open();
-    EXPECT_EQ(nextID(R"({"cue":"4"})"), called4.text());
-}
-
 TEST_F(AgentService_, RunToolsDriveTheEngineAndNoteEachAction) {
     video("Walk in");
     open();
@@ -134,12 +127,6 @@ TEST_F(AgentService_, RunToolsDriveTheEngineAndNoteEachAction) {
     ok("panic");
     EXPECT_EQ(textOf(ok("get_state")["panic"]), "fading");
     EXPECT_EQ(host->notes.back(), "Agent: Panic");
-}
-
-TEST_F(AgentService_, SlideRefusesWhatItCantDo) {
-    open();
-    EXPECT_EQ(refusal("slide", R"({"action":"goto"})"), "Give the slide number, from 1.");
-    EXPECT_EQ(refusal("slide", R"({"action":"section","section":"C"})"), "No deck with sections is live.");
 }
 
 TEST_F(AgentService_, QuitIsRefusedWhileCuesPlayUnlessForcedAndHappensAfterTheAnswer) {

@@ -34,59 +34,6 @@ template <class Case> void expectCallFails(AgentSocketClient& client) {
     }
 }
 
-// A listener that answers one request with the lines it is given, each
-// written on its own after the request arrived.
-std::thread scriptedServer(const std::string& path, std::vector<std::string> lines) {
-    UniqueFd listener(::socket(AF_UNIX, SOCK_STREAM, 0));
-    const auto address = agentSocketPath::makeAddress(path);
-    if (::bind(listener.get(), reinterpret_cast<const sockaddr*>(&address.address),
-               address.length) != 0 ||
-        ::listen(listener.get(), 1) != 0) {
-        throw std::runtime_error("scripted server can't listen");
-    }
-    return std::thread([listener = std::move(listener), lines = std::move(lines)] {
-        UniqueFd peer(::accept(listener.get(), nullptr, nullptr));
-        char byte = 0;
-        while (::recv(peer.get(), &byte, 1, 0) == 1 && byte != '\n') {
-        }
-        for (const std::string& line : lines) {
-            ::send(peer.get(), line.data(), line.size(), MSG_NOSIGNAL);
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        char rest[64];
-        while (::recv(peer.get(), rest, sizeof rest, 0) > 0) {
-        }
-    });
-}
-
-TEST(AgentSocketClient, SkipsResponsesToOtherCalls) {
-    TempFolder temp;
-    const std::string path = temp / "agent.sock";
-    std::thread server =
-        scriptedServer(path, {R"({"id":0,"ok":false,"error":"That request wasn't valid JSON."})"
-                              "\n"
-                              R"({"id":41,"ok":true,"result":"late"})"
-                              "\n{\"id\":1,",
-                              R"("ok":true,"result":"mine"})"
-                              "\n"
-                              R"({"id":2,"ok":true})"
-                              "\n"});
-    AgentSocketClient client(path);
-    EXPECT_EQ(client.call("get_show", Object{}, 5), AgentResponse::success(1, "mine"));
-    client.disconnect();
-    server.join();
-}
-
-TEST(AgentSocketClient, ALineThatIsntAResponseIsThrownAsItIs) {
-    TempFolder temp;
-    const std::string path = temp / "agent.sock";
-    std::thread server = scriptedServer(path, {"{\"id\":1}\n"});
-    AgentSocketClient client(path);
-    EXPECT_THROW(client.call("get_show", Object{}, 5), AgentDecodeError);
-    EXPECT_FALSE(client.isConnected());
-    server.join();
-}
-
 TEST(AgentSocketClient, TimesOutAndLeavesTheLateAnswerBehind) {
     ThreadMainLoop loop;
     TempFolder temp;

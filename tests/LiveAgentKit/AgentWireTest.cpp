@@ -57,33 +57,6 @@ TEST(AgentWire, ALineThatIsntARequestGetsTheInvalidReply) {
               "{\"error\":\"That request wasn't valid JSON.\",\"id\":0,\"ok\":false}\n");
 }
 
-TEST(AgentWire, ResponsesLeaveOutWhatIsAbsent) {
-    const AgentResponse done = AgentResponse::success(3, Object{{"fired", true}});
-    const AgentResponse refused = AgentResponse::failure(4, "Show Mode is on. Unlock it first.");
-    EXPECT_EQ(agentLine::encode(done), "{\"id\":3,\"ok\":true,\"result\":{\"fired\":true}}\n");
-    EXPECT_EQ(agentLine::encode(refused),
-              "{\"error\":\"Show Mode is on. Unlock it first.\",\"id\":4,\"ok\":false}\n");
-    EXPECT_EQ(agentLine::decodeResponse(unframed(agentLine::encode(done))), done);
-    EXPECT_EQ(agentLine::decodeResponse(R"({"id":4,"ok":false,"error":"Show Mode is on. )"
-                                        R"(Unlock it first.","result":null})"),
-              refused);
-    EXPECT_EQ(agentLine::decodeResponse(R"({"id":5,"ok":true,"error":null})"),
-              (AgentResponse{5, true, std::nullopt, std::nullopt}));
-
-    // A result that JSON can't hold leaves nothing to send.
-    EXPECT_EQ(agentLine::encode(AgentResponse::success(
-                  6, std::numeric_limits<double>::infinity())),
-              std::nullopt);
-}
-
-TEST(AgentWire, AResponseThatCantBeReadThrows) {
-    for (const char* line : {R"({"id":1})", R"({"ok":true})", R"({"id":1,"ok":"true"})",
-                             R"({"id":1,"ok":false,"error":5})", R"({"id":0.5,"ok":true})",
-                             "[]", "", "{\"id\":1,"}) {
-        EXPECT_THROW(agentLine::decodeResponse(line), AgentDecodeError) << line;
-    }
-}
-
 TEST(AgentWire, LinesAreCutAtLineFeedsOnly) {
     std::string buffer = "{\"a\":1}\n\nsecond\r\nhal";
     EXPECT_EQ(agentLine::takeLine(buffer), "{\"a\":1}");

@@ -18,17 +18,6 @@ using Object = JSONValue::Object;
 
 const double nan = std::numeric_limits<double>::quiet_NaN();
 
-TEST(JSONValueAccessors, StringWritesWholeNumbersWithoutAFraction) {
-    EXPECT_EQ(JSONValue(4.0).stringValue(), "4");
-    EXPECT_EQ(JSONValue(-0.0).stringValue(), "0");
-    EXPECT_EQ(JSONValue(4.5).stringValue(), "4.5");
-    EXPECT_EQ(JSONValue(-0.00001).stringValue(), "-1e-05");
-    EXPECT_EQ(JSONValue(9.2e18).stringValue(), "9200000000000000000");
-    // Whole, but past the 64-bit range: the shortest float form.
-    EXPECT_EQ(JSONValue(0x1p63).stringValue(), "9.223372036854776e+18");
-    EXPECT_EQ(JSONValue(true).stringValue(), std::nullopt);
-}
-
 TEST(JSONValueAccessors, NumbersReadFromNumbersAndNumericText) {
     EXPECT_EQ(JSONValue(2.5).doubleValue(), 2.5);
     EXPECT_EQ(JSONValue("2.5").doubleValue(), 2.5);
@@ -44,19 +33,6 @@ TEST(JSONValueAccessors, NumbersReadFromNumbersAndNumericText) {
     EXPECT_EQ(JSONValue(0x1p63).intValue(), std::nullopt);
     EXPECT_EQ(JSONValue("9.3e18").intValue(), std::nullopt);
     EXPECT_EQ(JSONValue(nan).intValue(), std::nullopt);
-}
-
-TEST(JSONValueAccessors, BoolTakesNumbersAndTheFourWords) {
-    EXPECT_EQ(JSONValue(false).boolValue(), false);
-    EXPECT_EQ(JSONValue(-0.0).boolValue(), false);
-    EXPECT_EQ(JSONValue(0.001).boolValue(), true);
-    for (const char* word : {"true", "TRUE", "Yes", "on", "1"}) {
-        EXPECT_EQ(JSONValue(word).boolValue(), true) << word;
-    }
-    for (const char* word : {"false", "no", "0", "", "2", "truee", " on", "y"}) {
-        EXPECT_EQ(JSONValue(word).boolValue(), false) << word;
-    }
-    EXPECT_EQ(JSONValue().boolValue(), std::nullopt);
 }
 
 TEST(JSONValueAccessors, ContainersAndMembers) {

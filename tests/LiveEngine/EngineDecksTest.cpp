@@ -52,25 +52,6 @@ TEST_F(Decks, SteppingDissolvesNewSlidesAndStopsAtTheEnds) {
     EXPECT_EQ(engine->state().running[0].detail, "Slide 3 of 3");
 }
 
-TEST_F(Decks, BackFromTheFirstSlideShowsTheBareBackground) {
-    add("Songs", SlidesCue{addDeck("Songs", 2, backdrop::Color{0xFF8000})});
-    start();
-    go();
-    const SceneLayer* background = layerOn(LayerKind::background);
-    ASSERT_TRUE(background);
-    EXPECT_EQ(std::get<SceneColorContent>(background->content).color,
-              (SceneColor{1.0, 128 / 255.0, 0, 1}));
-    perform(command::PreviousSlide{});
-    EXPECT_TRUE(engine->state().isDeckBackgroundOnly);
-    scheduler.runDue();
-    EXPECT_FALSE(layerOn(LayerKind::slides));
-    EXPECT_TRUE(layerOn(LayerKind::background));
-    EXPECT_EQ(engine->state().running[0].detail, "Background only");
-    perform(command::NextSlide{});
-    EXPECT_EQ(engine->state().activeSlide, 0);
-    EXPECT_FALSE(engine->state().isDeckBackgroundOnly);
-}
-
 TEST_F(Decks, ClearingALayerStopsEveryRunWithAnEntryOnIt) {
     add("Songs", SlidesCue{addDeck("Songs", 2, backdrop::Color{0xFF8000})});
     TimerCue full{CountdownMode{60}, std::nullopt, 0, true, true, std::nullopt};
@@ -87,46 +68,6 @@ TEST_F(Decks, ClearingALayerStopsEveryRunWithAnEntryOnIt) {
     EXPECT_FALSE(runOf("Countdown"));
     EXPECT_FALSE(engine->state().timer);
     EXPECT_TRUE(engine->stack().scene().layers.empty()) << "no card comes back with the next tick";
-}
-
-TEST_F(Decks, ALiveEditPutsTheBackgroundUpAgainOnlyWhenItChanged) {
-    add("Songs", SlidesCue{addDeck("Songs", 2, backdrop::Color{0xFF8000})});
-    graphic("Other", std::nullopt);
-    start();
-    go();
-    const SceneID backdrop = *engine->stack().layerID(LayerKind::background);
-    const auto editDeck = [&](auto change) {
-        Show next = engine->show();
-        change(next);
-        engine->apply(std::move(next), {});
-    };
-    editDeck([](Show& next) { next.sections.edit(0).cues.edit(1).name = "Renamed"; });
-    perform(command::PreviousSlide{});
-    EXPECT_EQ(engine->stack().layerID(LayerKind::background), backdrop);
-    editDeck([](Show& next) { next.library.edit(0).deck->background = backdrop::Color{0x00FF00}; });
-    const SceneLayer* green = layerOn(LayerKind::background);
-    ASSERT_TRUE(green);
-    EXPECT_NE(green->id, backdrop);
-    EXPECT_EQ(std::get<SceneColorContent>(green->content).color, (SceneColor{0, 1, 0, 1}));
-    editDeck([](Show& next) { next.library.edit(0).deck->background = backdrop::None{}; });
-    EXPECT_FALSE(engine->stack().layerID(LayerKind::background));
-}
-
-TEST_F(Decks, AThumbnailOfADeckNotLiveFiresItThere) {
-    graphic("Intro", 1);
-    graphic("Held", std::nullopt, Follow::afterPrevious);
-    const Cue& deck = add("Deck", SlidesCue{addDeck("Deck", 5)});
-    const Uuid deckCue = deck.id;
-    start();
-    perform(command::ToggleHold{});
-    go();
-    scheduler.advance(1.5);
-    perform(command::GoToDeckSlide{deckCue, 3});
-    EXPECT_TRUE(logged("Skipped held cue: Held — Started deck from a slide thumbnail"));
-    EXPECT_EQ(engine->state().activeSlide, 3);
-    perform(command::GoToDeckSlide{deckCue, 1});
-    EXPECT_EQ(engine->state().activeSlide, 1);
-    EXPECT_EQ(engine->runs().size(), 1u) << "a live deck only steps";
 }
 
 TEST_F(Decks, EachScreenGetsTheLyricPartItsLineLimitAllows) {

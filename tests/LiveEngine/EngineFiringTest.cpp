@@ -268,50 +268,6 @@ TEST_F(Firing, ANetworkSourcePlaysLikeAVideoUntilStoppedAndLogsWhenItGoesAndRetu
     EXPECT_TRUE(logged("NDI input stopped."));
 }
 
-TEST_F(Firing, HistoryKeepsFourHundredAndPublishesTwoHundred) {
-    start();
-    for (int i = 0; i < 401; ++i) engine->note("line " + std::to_string(i));
-    perform(command::ToggleHold{});
-    EXPECT_EQ(engine->history().size(), 400u);
-    EXPECT_EQ(engine->history().back().text, "Follows paused");
-    EXPECT_EQ(engine->history().front().text, "line 2");
-    ASSERT_EQ(engine->state().history->size(), 200u);
-    EXPECT_EQ(engine->state().history->back().text, "Follows paused");
-}
-
-TEST_F(Firing, SectionStartsCountOnlyNearThePlannedTime) {
-    // The virtual clock starts at 10:00 UTC, minute 600.
-    show.sections.edit(0).plannedStart = 600 - 90;
-    graphic("One", std::nullopt);
-    graphic("Two", std::nullopt);
-    show.sections.push_back(Section{Uuid::random(), "Late", 510, std::nullopt, {}});
-    add("Three", GraphicCue{"Three", "", std::nullopt}, Follow::manual, 1);
-    start();
-    go();
-    EXPECT_EQ(engine->state().scheduleDeltaMinutes, 90);
-    const double firstStart = engine->sectionStarts().begin()->second;
-    goLater();
-    EXPECT_EQ(engine->sectionStarts().begin()->second, firstStart);
-
-    scheduler.advance(60);
-    goLater(); // minute 601 is 91 minutes past the plan: a rehearsal
-    EXPECT_EQ(engine->sectionStarts().size(), 1u);
-    EXPECT_EQ(engine->state().scheduleDeltaMinutes, 90);
-}
-
-TEST_F(Firing, StateIsStoredOnlyWhenItChanges) {
-    graphic("Title", 0.5);
-    start();
-    go();
-    const auto running = engine->stateVersion();
-    scheduler.advance(0.25);
-    EXPECT_GT(engine->stateVersion(), running) << "elapsed time is part of the state";
-    scheduler.advance(1);
-    const auto version = engine->stateVersion();
-    scheduler.advance(1); // ten ticks, nothing changing
-    EXPECT_EQ(engine->stateVersion(), version);
-}
-
 TEST_F(Firing, ShutdownLeavesNoTaskBehind) {
     graphic("Timed", 30).preWait = 5;
     video("Film");

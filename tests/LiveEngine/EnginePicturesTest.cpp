@@ -132,24 +132,5 @@ TEST_F(Pictures, AClearCueStopsItsTargetAndReleasesItsFollower) {
 namespace velarion::testing {
 namespace {
 
-TEST_F(Pictures, TheProgramFollowsTheChosenOutputAndHealthReachesTheState) {
-    image("Left").visualOutputIDs = std::vector<std::string>{"A"};
-    image("Right").visualOutputIDs = std::vector<std::string>{"B"};
-    std::get<ImageCue>(show.sections.edit(0).cues.edit(1).kind).layer = LayerKind::background;
-    start();
-    go();
-    goLater();
-    EXPECT_EQ(engine->state().programRunID, runOf("Left")->id) << "slides, then media, then background";
-    perform(command::SelectProgramOutput{"B"});
-    EXPECT_EQ(engine->state().programOutputSelection, "B");
-    EXPECT_EQ(engine->state().programRunID, runOf("Right")->id);
-
-    OutputHealth lost;
-    lost.name = "Screen B";
-    lost.detail = "The selected display is disconnected.";
-    outputs.emitHealth({lost});
-    EXPECT_EQ(engine->state().outputs, std::vector<OutputHealth>{lost});
-}
-
 } // namespace
 } // namespace velarion::testing

@@ -69,21 +69,6 @@ TEST_F(Sound, DipAndTalkOverHoldTheMusicDownUntilBothAreGone) {
     EXPECT_FALSE(engine->state().isTalkingOver);
 }
 
-TEST_F(Sound, MasterAtZeroSilencesEveryVideoAndItsRamps) {
-    video("Film");
-    std::get<VideoCue>(show.sections.edit(0).cues.edit(0).kind).fadeIn = 2;
-    start();
-    go();
-    scheduler.advance(0.6);
-    const auto surface = players.surfaces().front();
-    ASSERT_GT(surface->volume(), 0);
-    perform(command::SetMasterLevel{0});
-    scheduler.advance(2);
-    EXPECT_EQ(surface->volume(), 0) << "the fade-in can't bring it back";
-    perform(command::SetMasterLevel{std::nan("")});
-    EXPECT_EQ(engine->state().masterLevel, 0);
-}
-
 TEST_F(Sound, AFileEndsAtItsOutPointAndFadesOnTheWay) {
     Cue& sting = song("Sting", 30);
     std::get<AudioCue>(sting.kind).outPoint = 4;

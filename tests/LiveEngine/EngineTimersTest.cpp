@@ -36,23 +36,6 @@ TEST_F(Timers, ACountdownRunsIntoOverrunAndReleasesItsFollowerOnce) {
     EXPECT_FALSE(engine->state().timer);
 }
 
-TEST_F(Timers, TheAudienceCardIsDrawnOnlyWhenItsTextChanges) {
-    add("Break", TimerCue{CountdownMode{120}, std::nullopt, 0, true, true, std::nullopt});
-    start();
-    go();
-    scheduler.advance(3.02);
-    std::vector<std::string> values;
-    for (const TextCardCall& call : cards.calls) {
-        ASSERT_EQ(call.card, "countdown");
-        EXPECT_EQ(call.texts[0], "Break");
-        values.push_back(call.texts[1]);
-    }
-    EXPECT_EQ(values, (std::vector<std::string>{"2:00", "1:59", "1:58", "1:57"}));
-    const SceneID layer = *engine->stack().layerID(LayerKind::graphics);
-    scheduler.advance(1);
-    EXPECT_EQ(engine->stack().layerID(LayerKind::graphics), layer) << "a new card is a cut";
-}
-
 TEST_F(Timers, PausingTheTimerRunFreezesItAndResetStartsOver) {
     add("Clock", TimerCue{CountUpMode{}, std::nullopt, 0, true, false, std::nullopt});
     start();
@@ -68,19 +51,6 @@ TEST_F(Timers, PausingTheTimerRunFreezesItAndResetStartsOver) {
     EXPECT_NEAR(engine->state().timer->valueSeconds, 6, 1e-9);
     perform(command::ResetTimer{});
     EXPECT_NEAR(engine->state().timer->valueSeconds, 0, 1e-9);
-}
-
-TEST_F(Timers, ACountToTimerFreezesWhilePausedAndJumpsBackOnResume) {
-    // The virtual clock starts at 10:00; the timer aims at 10:30.
-    add("Doors", TimerCue{CountToMode{630}, std::nullopt, 0, true, false, std::nullopt});
-    start();
-    go();
-    EXPECT_NEAR(engine->state().timer->valueSeconds, 1800, 1e-6);
-    perform(command::ToggleTimerPause{});
-    scheduler.advance(60);
-    EXPECT_NEAR(engine->state().timer->valueSeconds, 1800, 1e-6);
-    perform(command::ToggleTimerPause{});
-    EXPECT_NEAR(engine->state().timer->valueSeconds, 1740, 1e-6);
 }
 
 TEST(TimerClock, CountingToATimeCrossesMidnightInTheOperatorsZone) {
@@ -154,24 +124,6 @@ TEST_F(Timers, MessagesReachTheirTargetAndExpire) {
     EXPECT_FALSE(engine->stack().layerID(LayerKind::messages)) << "stage messages draw nothing";
     perform(command::SendMessage{"", MessageTarget::stage});
     EXPECT_FALSE(engine->state().stageMessage);
-}
-
-TEST_F(Timers, AMessageWithoutADurationStaysAndAZeroDurationEndsAtTheNextTurn) {
-    add("Forever", MessageCue{"Doors open", MessageTarget::audience, std::nullopt});
-    add("Zero", MessageCue{"Coffee", MessageTarget::stage, 0});
-    graphic("Flash", 0.0);
-    start();
-    go();
-    goLater();
-    EXPECT_EQ(engine->state().stageMessage, "Coffee");
-    scheduler.runDue();
-    EXPECT_FALSE(engine->state().stageMessage);
-    goLater();
-    EXPECT_TRUE(runOf("Flash"));
-    scheduler.runDue();
-    EXPECT_FALSE(runOf("Flash")) << "a lower third of 0 seconds goes at once";
-    scheduler.advance(600);
-    EXPECT_EQ(engine->state().audienceMessage, "Doors open");
 }
 
 } // namespace

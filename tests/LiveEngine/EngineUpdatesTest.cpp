@@ -71,25 +71,6 @@ TEST_F(Updates, NextFollowsDeletionsAndAGroupThatChangesIsCancelled) {
     EXPECT_EQ(engine->state().nextCueID, cueNamed("Four").id);
 }
 
-TEST_F(Updates, ATouchedLowerThirdIsRedrawnInPlaceAndNewScreensAreTaken) {
-    graphic("Name", std::nullopt);
-    image("Wide").visualOutputIDs = std::vector<std::string>{"B"};
-    image("Left", Follow::manual).visualOutputIDs = std::vector<std::string>{"A"};
-    start();
-    go();
-    const SceneID layer = *engine->stack().layerID(LayerKind::graphics);
-    edit([](Show& show) { std::get<GraphicCue>(cueIn(show, "Name").kind).title = "New name"; },
-         {cueNamed("Name").id});
-    EXPECT_EQ(engine->stack().layerID(LayerKind::graphics), layer);
-    EXPECT_EQ(cards.calls.back().texts.at(0), "New name");
-
-    goLater();
-    goLater();
-    ASSERT_TRUE(runOf("Wide"));
-    edit([](Show& show) { cueIn(show, "Left").visualOutputIDs = std::vector<std::string>{"A", "B"}; });
-    EXPECT_FALSE(runOf("Wide")) << "Left took B, Wide's only screen";
-}
-
 TEST_F(Updates, OutputsAreConfiguredWhenTheirSetupChangesAndTheStageHearsEachPublish) {
     add("Talk", TimerCue{CountdownMode{60}, std::nullopt, 0, true, false, std::nullopt});
     graphic("Next", std::nullopt);

@@ -143,20 +143,6 @@ TEST_F(ManagerFixture, ADisplayThatGoesAndComesBackGetsItsPictureBack) {
     EXPECT_EQ(displays.window("HDMI-1"), first);
 }
 
-TEST_F(ManagerFixture, IdentifyLastsFiveSecondsFromTheLastRequest) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
-    const OutputScene normal = *manager.pictureOf("a");
-    EXPECT_EQ(manager.identify("a"), std::nullopt);
-    scheduler.advance(3);
-    EXPECT_EQ(manager.identify("a"), std::nullopt);
-    scheduler.advance(4); // 7 s after the first, 4 after the second
-    EXPECT_NE(*manager.pictureOf("a"), normal);
-    scheduler.advance(1.5);
-    EXPECT_EQ(*manager.pictureOf("a"), normal);
-    EXPECT_EQ(displays.window("HDMI-1")->shown.back(), normal);
-    EXPECT_EQ(pictures.identified, (std::vector<std::string>{"Screen a", "Screen a"}));
-}
-
 TEST_F(ManagerFixture, IdentifyAndPatternsRefuseUnderSafeSlideOrPanic) {
     manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
     const OutputScene normal = *manager.pictureOf("a");

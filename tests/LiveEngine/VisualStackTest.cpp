@@ -96,21 +96,6 @@ TEST(VisualStackTest, SceneLimitsDissolveAndPlacesGeometry) {
     EXPECT_DOUBLE_EQ(leaving.frame.y, -0.1);
 }
 
-TEST(VisualStackTest, KindsStackInDeclaredOrder) {
-    VisualStack stack;
-    const Uuid graphics =
-        stack.show(colour(1), LayerKind::graphics, Uuid::random(), 0, SceneScaling::fit, {});
-    const Uuid media = showMedia(stack, Uuid::random());
-    const Uuid background =
-        stack.show(colour(0), LayerKind::background, std::nullopt, 0, SceneScaling::fill, {});
-    EXPECT_EQ(sceneIDs(stack.scene()), (std::vector<Uuid>{background, media, graphics}));
-
-    stack.clear(LayerKind::media, 0);
-    stack.clearAll(1);
-    EXPECT_TRUE(stack.allEntries().empty());
-    EXPECT_EQ(stack.leaving.size(), 3u);
-}
-
 TEST(VisualStackTest, LeavingEntriesKeepTheirRunButNoLayer) {
     VisualStack stack;
     const Uuid run = Uuid::random();

@@ -107,14 +107,6 @@ TEST(CueDescription, TimersMessagesGraphicsAndClears) {
               "Stops a removed cue");
 }
 
-TEST(CueDescription, OverrideWins) {
-    Fixture f;
-    Cue cue;
-    cue.kind = ClearCue{};
-    cue.descriptionOverride = "Blackout before the film";
-    EXPECT_EQ(cueDescription(cue, f.show), "Blackout before the film");
-}
-
 TEST(TimeText, DurationsAndClocks) {
     EXPECT_EQ(TimeText::duration(0), "0:00");
     EXPECT_EQ(TimeText::duration(59.9), "0:59");

@@ -70,14 +70,6 @@ TEST(Moment, AGroupIsOneMomentEvenWithManualCues) {
     EXPECT_EQ(cueGroup(show, named(show, "A").id), nullptr);
 }
 
-TEST(CueGroup, CuesOfAGroupFollowTheShowAndSkipMissingOnes) {
-    const Show show = makeShow(
-        {makeSection("One", {makeCue("A"), makeCue("B")}), makeSection("Two", {makeCue("C")})});
-    CueGroup group = groupOf(show, {"C", "A"});
-    group.cueIDs.insert(group.cueIDs.begin() + 1, Uuid::random());
-    EXPECT_EQ(names(cues(show, group)), "A C");
-}
-
 TEST(CueGroup, ValidationRefusesWhatCannotPlayAsOneGroup) {
     const Show show = makeShow({makeSection("One", {makeCue("A"), makeCue("B"), makeCue("C"),
                                                     makeCue("D", with), makeCue("E")}),
@@ -137,17 +129,6 @@ TEST(CueGroup, StepsStartTogetherAndTheDriverIsWhatTheNextStepWaitsFor) {
     EXPECT_EQ(stepsOf(chained, groupOf(chained, {"A", "B", "C"})), "A :A | B :B | C :C");
 }
 
-TEST(CueGroup, DisabledCuesLeaveNoStepsBehind) {
-    const Show show =
-        makeShow({makeSection("One", {makeCue("A", Follow::manual, false), makeCue("B", with),
-                                      makeCue("C"), makeCue("D", with, false)})});
-    EXPECT_EQ(stepsOf(show, groupOf(show, {"A", "B", "C", "D"})), "B :B | C :C");
-
-    const Show off = makeShow({makeSection(
-        "One", {makeCue("A", Follow::manual, false), makeCue("B", afterPrev, false)})});
-    EXPECT_TRUE(playbackSteps(off, groupOf(off, {"A", "B"})).empty());
-}
-
 TEST(CueGroup, ArmingPointsAtTheFirstPlayableCueOfTheBundle) {
     Show show = makeShow(
         {makeSection("One",
@@ -168,22 +149,6 @@ TEST(CueGroup, ArmingPointsAtTheFirstPlayableCueOfTheBundle) {
 
     show.cueGroups = std::vector<CueGroup>{groupOf(show, {"F", "G", "H"})};
     EXPECT_EQ(armed("H"), "G");
-}
-
-TEST(CueGroup, StartTogetherNeedsTwoEnabledNeighbours) {
-    const Show show = makeShow(
-        {makeSection("One", {makeCue("A"), makeCue("B")}),
-         makeSection("Two", {makeCue("C"), makeCue("D", Follow::manual, false), makeCue("E")})});
-    auto predecessor = [&](const std::string& name) -> std::string {
-        const Cue* cue = startTogetherPredecessor(show, named(show, name).id);
-        return cue == nullptr ? "none" : cue->name;
-    };
-    EXPECT_EQ(predecessor("A"), "none");
-    EXPECT_EQ(predecessor("B"), "A");
-    EXPECT_EQ(predecessor("C"), "B");
-    EXPECT_EQ(predecessor("D"), "none");
-    EXPECT_EQ(predecessor("E"), "none");
-    EXPECT_EQ(startTogetherPredecessor(show, Uuid::random()), nullptr);
 }
 
 } // namespace

@@ -70,24 +70,6 @@ TEST(MomentInsertion, PointsSitAtTheEdgesOfMoments) {
     EXPECT_FALSE(insertionPoint(show, std::optional<Uuid>(Uuid::random())));
 }
 
-TEST(MomentInsertion, ReorderingStepsOverWholeNeighbouringMoments) {
-    const Show show = bundledShow();
-    auto destination = [&](const std::string& name, CueMoveDirection direction) {
-        return describe(show, reorderDestination(show, named(show, name).id, direction));
-    };
-    EXPECT_EQ(destination("A", CueMoveDirection::up), "none");
-    EXPECT_EQ(destination("A", CueMoveDirection::down), "Two / E");
-    EXPECT_EQ(destination("C", CueMoveDirection::up), "One / A");
-    EXPECT_EQ(destination("F", CueMoveDirection::up), "One / B");
-    EXPECT_FALSE(reorderDestination(show, Uuid::random(), CueMoveDirection::up));
-
-    // Applied as the console does, a step down really jumps the neighbour.
-    const auto point = reorderDestination(show, named(show, "A").id, CueMoveDirection::down);
-    const Show moved = apply(
-        edit::MoveMomentToSection{named(show, "A").id, *point->sectionID, point->before}, show);
-    EXPECT_EQ(layout(moved), "B C|D A E F|");
-}
-
 TEST(CueRangeSelection, RangesStayInOneSectionAndTakeWholeBundles) {
     const Show show = makeShow({makeSection("One", {makeCue("A"), makeCue("B", with), makeCue("C"),
                                                     makeCue("D"), makeCue("E", with)}),
@@ -115,34 +97,6 @@ TEST(CueRangeSelection, RangesStayInOneSectionAndTakeWholeBundles) {
     selection.select(named(show, "F").id, true, show);
     EXPECT_EQ(selection.anchor, named(show, "F").id);
     EXPECT_EQ(selection.cueIDs, ids({"F"}));
-}
-
-TEST(CueRangeSelection, FollowingTheSelectedCueKeepsOrResetsTheRange) {
-    Show show = makeShow({makeSection("One", {makeCue("A"), makeCue("B"), makeCue("C")})});
-    const Uuid a = named(show, "A").id, b = named(show, "B").id, c = named(show, "C").id;
-    CueRangeSelection selection;
-    selection.select(a, false, show);
-    selection.select(c, true, show);
-
-    selection.followSelection(b, show); // inside the range: kept
-    EXPECT_EQ(selection.cueIDs, (std::set<Uuid>{a, b, c}));
-    EXPECT_EQ(selection.anchor, a);
-
-    show = apply(edit::DeleteCue{c}, show);
-    selection.followSelection(b, show); // ids of deleted cues drop out
-    EXPECT_EQ(selection.cueIDs, (std::set<Uuid>{a, b}));
-
-    show = apply(edit::InsertCue{makeCue("D"), std::nullopt, std::nullopt}, show);
-    const Uuid d = named(show, "D").id;
-    selection.followSelection(d, show);
-    EXPECT_EQ(selection.anchor, d);
-    EXPECT_EQ(selection.cueIDs, std::set<Uuid>{d});
-
-    selection.followSelection(Uuid::random(), show); // unknown: nothing to select
-    EXPECT_EQ(selection.cueIDs, std::set<Uuid>{d});
-    selection.followSelection(std::nullopt, show);
-    EXPECT_FALSE(selection.anchor);
-    EXPECT_TRUE(selection.cueIDs.empty());
 }
 
 } // namespace

@@ -48,18 +48,6 @@ TEST(MIDIMatcher, ControllerFiresOncePerPressThroughHoldAndRelease) {
     EXPECT_EQ(fired, 3);
 }
 
-TEST(MIDIMatcher, AControllerPressedWhileDisabledFiresOnlyAfterARelease) {
-    MIDISettings settings;
-    settings.bind(MIDIAction::panic, ControlChangeTrigger{2, 20});
-    settings.isEnabled = false;
-    MIDIMatcher matcher;
-    EXPECT_TRUE(matcher.actions(ControlChange{2, 20, 127}, settings).empty());
-    settings.isEnabled = true;
-    EXPECT_TRUE(matcher.actions(ControlChange{2, 20, 127}, settings).empty());
-    EXPECT_TRUE(matcher.actions(ControlChange{2, 20, 0}, settings).empty());
-    EXPECT_EQ(matcher.actions(ControlChange{2, 20, 127}, settings), std::vector{MIDIAction::panic});
-}
-
 struct MatchCase {
     const char* what;
     MIDIMessage message;

@@ -28,15 +28,6 @@ DeckInfo madeDeck(std::size_t count) {
     return deck;
 }
 
-TEST(MadeSlideSections, NewerListWinsOverTheOlderSingleName) {
-    EXPECT_EQ(slideNamed().effectiveSectionNames(), Names{});
-    EXPECT_EQ(slideNamed("Verse 1").effectiveSectionNames(), Names{"Verse 1"});
-    EXPECT_EQ(slideNamed("Verse 1", Names{"Chorus", "Tag"}).effectiveSectionNames(),
-              (Names{"Chorus", "Tag"}));
-    // An empty list is a stored answer too: no sections here.
-    EXPECT_EQ(slideNamed("Verse 1", Names{}).effectiveSectionNames(), Names{});
-}
-
 TEST(DeckEditing, ImportedPagesBecomeSlidesStandingForThem) {
     DeckInfo deck;
     deck.pages = {"Imported/p1.png", "Imported/p2.png", "Imported/p3.png"};
@@ -74,49 +65,6 @@ TEST(DeckEditing, ImportedPagesBecomeSlidesStandingForThem) {
     EXPECT_EQ(deck, prepared);
 }
 
-TEST(DeckEditing, LegacyPagesAreThoseNoRenderedOrImportedSlideAccountsFor) {
-    DeckInfo deck = madeDeck(2);
-    deck.pages = {"Slides/A/1.png", "Slides/A/2.png"};
-    EXPECT_FALSE(deck.hasLegacyNativePages());
-
-    deck.pages[1] = "Pages/2.png";
-    EXPECT_TRUE(deck.hasLegacyNativePages());
-    (*deck.made)[1].importedPage = "Pages/2.png";
-    EXPECT_FALSE(deck.hasLegacyNativePages());
-    (*deck.made)[1].importedPage = "Pages/2.PNG";
-    EXPECT_TRUE(deck.hasLegacyNativePages());
-
-    // A page beyond the made slides is legacy whatever its name.
-    DeckInfo longer = madeDeck(1);
-    longer.pages = {"Slides/A/1.png", "Slides/A/2.png"};
-    EXPECT_TRUE(longer.hasLegacyNativePages());
-}
-
-TEST(DeckEditorSelection, FollowsTheSlideOrItsPlace) {
-    const DeckInfo old = madeDeck(4);
-    const auto& slides = *old.made;
-
-    DeckInfo reordered = old;
-    std::swap((*reordered.made)[0], (*reordered.made)[3]);
-    EXPECT_EQ(reordered.editorSelection(slides[3].id, old), slides[3].id);
-
-    DeckInfo withoutThird = old;
-    withoutThird.made->erase(withoutThird.made->begin() + 2);
-    EXPECT_EQ(withoutThird.editorSelection(slides[2].id, old), slides[3].id);
-
-    DeckInfo shorter = old;
-    shorter.made->resize(2);
-    EXPECT_EQ(shorter.editorSelection(slides[3].id, old), slides[1].id);
-
-    EXPECT_EQ(old.editorSelection(std::nullopt, old), slides[0].id);
-    EXPECT_EQ(old.editorSelection(Uuid::random(), old), slides[0].id);
-
-    EXPECT_EQ(madeDeck(0).editorSelection(slides[0].id, old), std::nullopt);
-    DeckInfo imported;
-    imported.pages = {"p.png"};
-    EXPECT_EQ(imported.editorSelection(slides[0].id, old), std::nullopt);
-}
-
 TEST(DeckSectionKeys, StepsThroughGroupsOfOneLetterAndWraps) {
     DeckInfo deck;
     deck.groups = {{"Verse 1", 0}, {"Chorus", 4}, {"", 6}, {"verse 2", 8}, {"Bridge", 12}};
@@ -132,33 +80,6 @@ TEST(DeckSectionKeys, StepsThroughGroupsOfOneLetterAndWraps) {
     EXPECT_EQ(deck.slide("Verse 1", 2), 0);
     EXPECT_EQ(deck.slide("VERSE 2", 9), 8);
     EXPECT_EQ(deck.slide("Vamp", 0), 8);
-}
-
-TEST(DeckSectionKeys, LettersMatchWithoutRegardToCaseBeyondAscii) {
-    DeckInfo deck;
-    deck.groups = {{"Ölberg", 2}, {"Éloge", 5}, {"Слава", 9}};
-    EXPECT_EQ(deck.slide("ö", 0), 2);
-    EXPECT_EQ(deck.slide("é", 0), 5);
-    EXPECT_EQ(deck.slide("с", 0), 9);
-    EXPECT_EQ(deck.slide("e", 0), std::nullopt);
-    // A broken byte sequence is compared as it is, never read past its end.
-    EXPECT_EQ(deck.slide("\xC3", 0), std::nullopt);
-}
-
-TEST(DeckBackground, CountsTheSlidesThatWouldHideIt) {
-    DeckInfo deck = madeDeck(4);
-    auto& slides = *deck.made;
-    slides[1].isClear = true;
-    slides[2].imageID = Uuid::random();
-    slides[3].importedPage = "Imported/p4.png";
-    EXPECT_EQ(deck.backgroundCoveringPageCount(), 0); // no background
-
-    deck.background = backdrop::None{};
-    EXPECT_EQ(deck.backgroundCoveringPageCount(), 0);
-    deck.background = backdrop::Color{0x203040};
-    EXPECT_EQ(deck.backgroundCoveringPageCount(), 1);
-    slides[1].isClear = false;
-    EXPECT_EQ(deck.backgroundCoveringPageCount(), 2);
 }
 
 TEST(DeckBackground, ThePresentationBackgroundShowsThroughMadeSlides) {

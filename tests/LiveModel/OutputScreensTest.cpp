@@ -102,26 +102,6 @@ TEST(OutputScreens, MigratingAnOldSetupChangesNothingReadersSee) {
     EXPECT_EQ(after, edited);
 }
 
-TEST(OutputScreens, MigrationPointsScreenSourcesAtTheScreenOfTheirDisplay) {
-    OutputSetup setup;
-    setup.audienceDisplayIDs = {"HDMI-1"};
-    setup.confidenceDisplayID = "DP-3";
-    setup.feeds = {feed("Program", feedSource::Screen{"HDMI-1"}),
-                   feed("Confidence", feedSource::Screen{"DP-3"}),
-                   feed("Gone", feedSource::Screen{"DP-9"})};
-    ASSERT_TRUE(setup.materializeScreens());
-    for (std::size_t i = 0; i < 2; ++i) {
-        const std::string id = std::get<feedSource::Screen>(setup.feeds[i].source).id;
-        const auto named = std::find_if(setup.screens.begin(), setup.screens.end(),
-                                        [&](const auto& s) { return s.id == id; });
-        ASSERT_NE(named, setup.screens.end()) << setup.feeds[i].name;
-        EXPECT_EQ(named->destination,
-                  ScreenDestination(destination::Display{i == 0 ? "HDMI-1" : "DP-3"}));
-    }
-    // A display that has no screen leaves the source as it was.
-    EXPECT_EQ(setup.feeds[2].source, NetworkFeedSource(feedSource::Screen{"DP-9"}));
-}
-
 TEST(OutputFeeds, OnlyFeedsAScreenNamesAreSentInScreenOrder) {
     OutputSetup setup;
     setup.feeds = {feed("Unused"), feed("Second"), feed("First")};
@@ -172,15 +152,6 @@ TEST(OutputLooks, ScreensResolveTheirLookOrTheirOwnSettings) {
     EXPECT_EQ(setup.screens[1], own); // untouched
 }
 
-TEST(OutputLayers, OldFormLayersAreStoredInLayerOrder) {
-    OutputSetup setup;
-    setup.audienceDisplayIDs = {"HDMI-1"};
-    setup.setLayers({L::messages, L::background, L::slides, L::background}, "HDMI-1");
-    const std::vector expected{L::background, L::slides, L::messages};
-    EXPECT_EQ(setup.screenLayers.at("HDMI-1"), expected);
-    EXPECT_EQ(setup.effectiveScreens()[0].layers, expected);
-}
-
 TEST(OutputLyricLimits, StrictestLimitOfOnePictureAppliesToAllItsScreens) {
     OutputSetup setup;
     setup.usesLogicalScreens = true;
@@ -211,19 +182,6 @@ TEST(OutputLyricLimits, StrictestLimitOfOnePictureAppliesToAllItsScreens) {
     setup.screens = {screen("a", destination::Ndi{setup.feeds[0].id}, ScreenRole::stream, 4),
                      screen("b", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream, 6)};
     EXPECT_EQ(setup.lyricLineLimits(), (std::map<std::string, int>{{"a", 4}, {"b", 4}}));
-}
-
-TEST(OutputLyricLimits, OldFormLimitsComeFromDisplaysAndFeeds) {
-    const OutputSetup setup = oldSetup();
-    const auto limits = setup.lyricLineLimits();
-    const std::string stream = setup.feeds[0].id.text();
-    EXPECT_EQ(limits.size(), 4u);
-    EXPECT_EQ(limits.at("HDMI-1"), 1);
-    EXPECT_EQ(limits.at("DP-2"), 8);
-    EXPECT_EQ(limits.at(stream), 2);
-    EXPECT_FALSE(limits.contains("test-window"));
-    // The feed mirroring DP-2 shows its picture and so its limit.
-    EXPECT_EQ(limits.at(setup.feeds[2].id.text()), 8);
 }
 
 TEST(NetworkFeedFormat, PictureSizeAndRateLimits) {

@@ -25,13 +25,5 @@ TEST(ScreenPreset, RecognisesEachPresetWhateverTheOrder) {
     EXPECT_EQ(screenPreset::fromLayers({}), std::nullopt);
 }
 
-TEST(ScreenPreset, PresetsAreNamedAndCustomSetsListTheirLayersInLayerOrder) {
-    EXPECT_EQ(parseEnum<ScreenPreset>("backdrop"), ScreenPreset::backdrop);
-
-    EXPECT_EQ(screenPreset::summary({L::graphics, L::messages}), "Lower thirds and messages only");
-    EXPECT_EQ(screenPreset::summary({L::messages, L::media, L::graphics}),
-              "Video and pictures, Lower thirds and timers, Messages to the audience");
-}
-
 } // namespace
 } // namespace velarion

@@ -132,27 +132,6 @@ TEST(ShowJson, ADocumentOverTheSizeLimitIsRefusedUnread) {
     EXPECT_EQ(decodeError(text), "decoded");
 }
 
-TEST(ShowJson, NumbersAtTheEdgesOfADoubleReadAsTheirNearestValue) {
-    const auto preWait = [](std::string_view number) {
-        return decodeShow(edited(R"("preWait": 0.25)", R"("preWait": )" + std::string(number))).allCues()[0]->preWait;
-    };
-    EXPECT_EQ(preWait("-0e308"), 0.0);
-    EXPECT_EQ(preWait("1e-400"), 0.0);
-    EXPECT_EQ(preWait("1.7976931348623157e308"), std::numeric_limits<double>::max());
-    EXPECT_EQ(preWait("4.9406564584124654e-324"), std::numeric_limits<double>::denorm_min());
-}
-
-TEST(ShowJson, NonFiniteNumbersCannotBeWritten) {
-    Show show = decodeShow(golden());
-    show.sections.edit(0).cues.edit(0).preWait = std::numeric_limits<double>::infinity();
-    try {
-        encodeShow(show);
-        FAIL() << "encoded an infinite pre-wait";
-    } catch (const ShowEncodeError& error) {
-        EXPECT_STREQ(error.what(), "sections[0].cues[0].preWait: the value isn't a finite number");
-    }
-}
-
 TEST(ShowJson, FormatVersionCheckSeesTheHeaderBeforeTheBody) {
     std::string newer = edited(R"("formatVersion": 1)", R"("formatVersion": 2)");
     newer.replace(newer.find(R"("isEnabled": true)"), 17, R"("isEnabled": "yes")");
@@ -181,17 +160,6 @@ TEST(OutputSetupJson, LegacyFeedKeysDecideWhenTheNewOnesAreAbsent) {
     const NetworkFeed feed = decodeShow(text).outputs.feeds[0];
     EXPECT_EQ(feed.alphaMode, NDIAlphaMode::straight) << "isTransparent is true";
     EXPECT_EQ(feed.frameRate, (VideoFrameRate{30, 1}));
-}
-
-TEST(OutputSetupJson, AKeyPresentWithNullReadsAsAbsent) {
-    for (const char* key : {"usesLogicalScreens", "screens", "looks", "audienceDisplayIDs",
-                            "confidenceDisplayID", "audienceWindowForTesting", "screenLayers",
-                            "feeds", "screenLyricLines", "defaultVisualOutputIDs"})
-        EXPECT_NO_THROW(decodeShow(withValue(key, "null"))) << key;
-    EXPECT_EQ(decodeShow(withValue("usesLogicalScreens", "null")).outputs.usesLogicalScreens,
-              OutputSetup{}.usesLogicalScreens);
-    EXPECT_EQ(decodeShow(withValue("confidenceDisplayID", "null")).outputs.confidenceDisplayID,
-              OutputSetup{}.confidenceDisplayID);
 }
 
 } // namespace

@@ -43,16 +43,6 @@ TEST(ShowQueries, FirstPlayableCueNeverFollows) {
     EXPECT_EQ(show.effectiveFollow(third), Follow::afterPrevious);
 }
 
-TEST(ShowQueries, VisualOutputsFallBackToTheShowDefault) {
-    Cue cue = makeCue("Pic", ImageCue{});
-    Show show = showWith({{cue}});
-    EXPECT_FALSE(show.visualOutputs(cue)); // every screen
-    show.outputs.defaultVisualOutputIDs = std::vector<std::string>{"HDMI-1", "HDMI-1"};
-    EXPECT_EQ(show.visualOutputs(cue), (std::set<std::string>{"HDMI-1"}));
-    cue.visualOutputIDs = std::vector<std::string>{};
-    EXPECT_EQ(show.visualOutputs(cue), std::set<std::string>{});
-}
-
 TEST(ShowQueries, SoundRoleOfAudioFollowsTheFileLength) {
     MediaItem noLength = makeItem(MediaKind::audio, "Sting");
     MediaItem minute = makeItem(MediaKind::audio, "Jingle", 60.0);
@@ -131,20 +121,6 @@ TEST(ShowQueries, MachineNamedMediaTakesTheFirstUsingCueOrTheKindName) {
     // The earlier value shares storage with this one but must not change.
     EXPECT_TRUE(MediaItem::isMachineName(before.media(used.id)->name));
     EXPECT_FALSE(show.nameMachineNamedMedia());
-}
-
-TEST(CueGeometryAndLinks, GeometryLimitsAndFrame) {
-    const CueGeometry g = CueGeometry::make(9, -3, 0.25, 720, 2);
-    EXPECT_EQ(g, (CueGeometry{4, -1, 0.25, 720, 1}));
-    EXPECT_FALSE(g.isFull());
-    EXPECT_TRUE(CueGeometry::make(1, 0, 0, 0, 1).isFull());
-    EXPECT_EQ((CueGeometry{0.5, 0.1, 0, 0, 1}).frame(),
-              (CueGeometry::Rect{0.35, 0.25, 0.5, 0.5}));
-
-    const Cue a = makeCue("A", ClearCue{}), b = makeCue("B", ClearCue{}, Follow::afterPrevious);
-    const std::vector<const Cue*> cues{&a, &b};
-    EXPECT_EQ(CueLink::make(cues, 0), (CueLink{false, true}));
-    EXPECT_EQ(CueLink::make(cues, 1), (CueLink{true, false}));
 }
 
 } // namespace

@@ -46,15 +46,5 @@ TEST(ShowTemplate, EveryTemplateMakesASoundShowThatSurvivesJson) {
     }
 }
 
-TEST(ShowTemplate, TheTrimmedTitleNamesTheShowAndGreetsOnTheWelcomeSlide) {
-    EXPECT_EQ(showTemplate::make(ShowTemplate::blank, " \t").title, "Untitled show");
-    const Show show = showTemplate::make(ShowTemplate::presentation, " Product launch ");
-    EXPECT_EQ(show.title, "Product launch");
-    const auto& cue = show.sections[0].cues[0];
-    const MediaItem* item = show.media(std::get<SlidesCue>(cue.kind).deckID);
-    ASSERT_TRUE(item && item->deck && item->deck->made);
-    EXPECT_EQ(item->deck->made->front().effectiveBoxes().front().text, "Product launch");
-}
-
 } // namespace
 } // namespace velarion

@@ -1,4 +1,4 @@
-// The fixed boxes of older slide layouts, and the clamp that keeps a box on its slide.
+// The clamp that keeps a text box on its slide.
 
 #include "LiveModel/SlideTemplate.h"
 
@@ -9,32 +9,6 @@
 
 namespace velarion {
 namespace {
-
-std::vector<std::string> texts(const std::vector<TextBox>& boxes) {
-    std::vector<std::string> result;
-    for (const TextBox& box : boxes)
-        result.push_back(box.text);
-    return result;
-}
-
-MadeSlide olderSlide(MadeSlide::Layout layout, std::string title, std::string text) {
-    MadeSlide slide;
-    slide.id = Uuid::random();
-    slide.layout = layout;
-    slide.title = std::move(title);
-    slide.text = std::move(text);
-    return slide;
-}
-
-TEST(MadeSlideBoxes, ASlideWithoutBoxesDrawsItsLayoutsFixedBoxes) {
-    const MadeSlide slide = olderSlide(MadeSlide::Layout::titleAndText, "Welcome", "");
-    const auto boxes = slide.effectiveBoxes();
-    ASSERT_EQ(boxes.size(), 2u);
-    // The stored words, not a template's placeholder: an empty text stays empty.
-    EXPECT_EQ(texts(boxes), (std::vector<std::string>{"Welcome", ""}));
-    // A query gives the same answer each time, ids included.
-    EXPECT_EQ(slide.effectiveBoxes(), boxes);
-}
 
 TEST(TextBoxClamp, KeepsEveryBoxOnTheSlide) {
     TextBox box;

@@ -73,15 +73,6 @@ TEST(SongRedraw, UntouchedSlidesFollowTheNewLyricsAndKeepTheirIds) {
     EXPECT_EQ(redrawn.song->order, item.song->order);
 }
 
-// Equal slides have equal page names, so an unchanged redraw draws nothing.
-TEST(SongRedraw, AnUnchangedRedrawGivesEqualSlides) {
-    const MediaItem item = songDeck(parsed(harbour));
-    EXPECT_EQ(slidesOf(updatingSong(item, parsed(harbour))), slidesOf(item));
-    const MediaItem changed = updatingSong(item, parsed(harbourEdited));
-    EXPECT_NE(slidesOf(changed)[0], slidesOf(item)[0]);
-    EXPECT_EQ(slidesOf(changed)[1], slidesOf(item)[1]) << "a slide whose lines stayed";
-}
-
 TEST(SongRedraw, AColourChangedByHandSurvivesLyricsChanges) {
     MediaItem item = songDeck(parsed(harbour));
     MadeSlide& first = item.deck->made->front();
@@ -111,17 +102,6 @@ TEST(SongRedraw, AColourChangedByHandSurvivesLyricsChanges) {
     EXPECT_EQ(box.color, gold);
     EXPECT_EQ(box.text, "Daylight breaks across the water\nEvery wave a hymn to you");
     EXPECT_EQ(slidesOf(twice).front().notes, "Band drops out");
-}
-
-TEST(SongRedraw, CreditsGivenLaterReachAHandEditedFirstSlide) {
-    MediaItem item = songDeck(parsed(numberedHymn));
-    item.deck->made->front().boxes->front().size = 70;
-    const MediaItem redrawn =
-        updatingSong(item, parsed("Title: Amazing Grace\nAuthor: John Newton\n" + numberedHymn));
-    const std::vector<TextBox>& boxes = *slidesOf(redrawn).front().boxes;
-    ASSERT_EQ(boxes.size(), 2u);
-    EXPECT_EQ(boxes[0].size, 70);
-    EXPECT_EQ(boxes[1].text, "Amazing Grace · John Newton");
 }
 
 TEST(SongRedraw, AHandAddedSlideKeepsItsPlaceBehindTheSlideBeforeIt) {
@@ -158,51 +138,6 @@ TEST(SongRedraw, SlidesOfAPartNoLongerSungGoUnlessEditedByHand) {
     ASSERT_EQ(slidesOf(redrawn).size(), 5u);
     EXPECT_EQ(slidesOf(redrawn)[4].imageID, picture);
     EXPECT_EQ(slidesOf(redrawn)[4].id, slidesOf(item)[4].id);
-}
-
-TEST(SongRedraw, SourcesKeptApartFromTheSlidesMoveOntoThem) {
-    MediaItem item = songDeck(parsed(harbour));
-    const std::vector<MadeSlide> generated = slidesOf(item);
-    DeckInfo& deck = *item.deck;
-    deck.lyricSources.emplace();
-    for (MadeSlide& slide : *deck.made) {
-        deck.lyricSources->push_back(*slide.lyricSource);
-        slide.lyricSource.reset();
-    }
-    std::reverse(deck.lyricSources->begin(), deck.lyricSources->end());
-    MediaItem legacy = item;
-
-    EXPECT_TRUE(prepareSongSlidesForEditing(item));
-    EXPECT_EQ(slidesOf(item), generated);
-    EXPECT_FALSE(item.deck->lyricSources.has_value());
-    EXPECT_FALSE(prepareSongSlidesForEditing(item));
-
-    // A redraw of the older form pairs through them too.
-    const MediaItem redrawn = updatingSong(legacy, parsed(harbourEdited));
-    EXPECT_EQ(slidesOf(redrawn)[0].id, generated[0].id);
-    EXPECT_EQ(slidesOf(redrawn).size(), generated.size());
-}
-
-TEST(SongRedraw, WhatCountsAsAHandEdit) {
-    const MadeSlide generated = parsed(harbour).madeSlides()[1];
-    EXPECT_FALSE(hasManualLyricEdits(generated));
-    const std::vector<std::function<void(MadeSlide&)>> edits = {
-        [](MadeSlide& s) { s.lyricSource.reset(); },
-        [](MadeSlide& s) { s.color = gold; },
-        [](MadeSlide& s) { s.notes = "Slow down"; },
-        [](MadeSlide& s) { s.boxes->front().x = 0.1; },
-        [](MadeSlide& s) { s.boxes.reset(); },
-        [](MadeSlide& s) { s.sectionNames = std::vector<std::string>{"Chorus"}; },
-    };
-    for (std::size_t i = 0; i < edits.size(); ++i) {
-        MadeSlide edited = generated;
-        edits[i](edited);
-        EXPECT_TRUE(hasManualLyricEdits(edited)) << "edit " << i;
-    }
-    // A layout change alone draws nothing different while boxes are set.
-    MadeSlide relaid = generated;
-    relaid.layout = MadeSlide::Layout::statement;
-    EXPECT_FALSE(hasManualLyricEdits(relaid));
 }
 
 TEST(SongRedraw, SectionIdsCarryOverByIdThenNameThenText) {

@@ -62,27 +62,6 @@ TEST(SongSlides, MadeSlidesFollowTheSungOrderWithNotesAndSources) {
     EXPECT_EQ(source.page, 1);
 }
 
-TEST(SongSlides, CreditsStandOnTheFirstSlideOnly) {
-    Song song = parsed(bracketSong);
-    std::vector<MadeSlide> slides = song.madeSlides();
-    ASSERT_EQ(slides[0].boxes->size(), 2u);
-    const TextBox& credits = slides[0].boxes->at(1);
-    TextBox expected = creditsBox(song.look, "Harbour Lights · Dana Reyes");
-    expected.id = credits.id;
-    EXPECT_EQ(credits, expected);
-    EXPECT_EQ(slides[1].boxes->size(), 1u);
-
-    song.showsCredits = false;
-    EXPECT_EQ(song.madeSlides()[0].boxes->size(), 1u);
-    // Nothing to credit: no credits box either.
-    EXPECT_EQ(parsed(numberedHymn).madeSlides()[0].boxes->size(), 1u);
-}
-
-TEST(SongSlides, ALookOverWhatPlaysBehindIsClearButNotOnBlack) {
-    EXPECT_EQ(parsed("Words", 2, LyricLook::lowerThird).slide("Words").isClear, true);
-    EXPECT_FALSE(parsed("Words", 2, LyricLook::onBlack).slide("Words").isClear.has_value());
-}
-
 TEST(SongSlides, LyricLinesReadTheLyricBoxAsItStands) {
     const Song song = parsed(numberedHymn, 4);
     std::vector<MadeSlide> slides = song.madeSlides();

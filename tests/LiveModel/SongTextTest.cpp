@@ -61,26 +61,6 @@ TEST(SongText, OrderTextAndSetOrderSpeakTheSameCodes) {
     EXPECT_TRUE(bracket.order.empty());
 }
 
-TEST(SongText, SungSectionsSkipEntriesWithoutASection) {
-    Song song = parsed(bracketSong);
-    song.order.insert(song.order.begin() + 1, Uuid::random());
-    EXPECT_EQ(sungOf(song), "Verse 1 | Chorus | Verse 2 | Chorus | Bridge | Chorus");
-    EXPECT_EQ(song.orderText(), "V1 C V2 C B C");
-}
-
-TEST(SongText, CreditsJoinWhatIsThere) {
-    Song song;
-    EXPECT_EQ(song.credits(), "");
-    song.title = "Riverside";
-    song.copyright = "2019 Old Mill Music";
-    EXPECT_EQ(song.credits(), "Riverside · © 2019 Old Mill Music");
-    song.author = "Sam Ortiz";
-    song.copyright = "© 2019 Old Mill Music";
-    song.ccli = "7654321";
-    EXPECT_EQ(song.credits(),
-              "Riverside · Sam Ortiz · © 2019 Old Mill Music · CCLI Song # 7654321");
-}
-
 TEST(SongParsing, HymnWithNumberedVersesAndNoHeadingsGivesOneVersePerBlock) {
     const Song song = parsed(numberedHymn);
     ASSERT_EQ(song.sections.size(), 3u);
@@ -136,21 +116,6 @@ TEST(SongParsing, PreChorusAndDetailLinesAtTheBottom) {
     EXPECT_EQ(song.sections[3].text, "Rain is tapping on the glass\nCandles flicker, shadows fall");
 }
 
-TEST(SongParsing, CarriageReturnLineEndsParseLikeLineFeeds) {
-    for (const auto& [name, text] : allLayouts()) {
-        const Song plain = parsed(text);
-        for (const std::string lineEnd : {"\r\n", "\r"}) {
-            const Song other = parsed(withLineEnds(text, lineEnd));
-            EXPECT_EQ(sectionsOf(other), sectionsOf(plain)) << name;
-            EXPECT_EQ(orderIndicesOf(other), orderIndicesOf(plain)) << name;
-            EXPECT_EQ(other.ccli, plain.ccli) << name;
-        }
-    }
-    // A mix, with a CR LF not read as two line ends.
-    EXPECT_EQ(sectionsOf(parsed("One\r\nTwo\rThree\n\r\nFour")),
-              (Sections{"Verse 1: One/Two/Three", "Verse 2: Four"}));
-}
-
 TEST(SongParsing, RunsOfBlankLinesBecomeOneSlideBreakUnderAHeading) {
     const Song song = parsed(blankRunSong);
     EXPECT_EQ(sectionsOf(song),
@@ -161,30 +126,6 @@ TEST(SongParsing, RunsOfBlankLinesBecomeOneSlideBreakUnderAHeading) {
               (Sections{"Verse 1: A/B", "Verse 2: C"}));
     // Blank lines only: no sections at all.
     EXPECT_TRUE(parsed("\n \n\t\n").sections.empty());
-}
-
-TEST(SongParsing, DetailLinesAnywhereLastOfAKindWinning) {
-    const Song song = parsed("[Verse]\n"
-                             "Line one\n"
-                             "CCLI Song # 1234567\n"
-                             "Title: Early title\n"
-                             "Line two\n"
-                             "Artist: The Band\n"
-                             "  TITLE :  Riverside  \n"
-                             "© = 1999 Old Mill Music\n"
-                             "ccli number 7000001\n");
-    EXPECT_EQ(song.title, "Riverside");
-    EXPECT_EQ(song.author, "The Band");
-    EXPECT_EQ(song.copyright, "1999 Old Mill Music");
-    EXPECT_EQ(song.ccli, "7000001");
-    EXPECT_EQ(sectionsOf(song), (Sections{"Verse: Line one/Line two"}));
-
-    // Not details, so sung: an empty value, a CCLI line without digits, an
-    // unknown key.
-    const Song words = parsed("Copyright:\nCCLI licence pending\nKey: G\n");
-    EXPECT_EQ(sectionsOf(words), (Sections{"Verse 1: Copyright:/CCLI licence pending/Key: G"}));
-    EXPECT_TRUE(words.copyright.empty());
-    EXPECT_TRUE(words.ccli.empty());
 }
 
 TEST(SongParsing, WhatMakesAHeading) {
@@ -199,17 +140,6 @@ TEST(SongParsing, WhatMakesAHeading) {
         ASSERT_FALSE(song.sections.empty()) << heading;
         EXPECT_EQ(song.sections.front().name, name) << heading;
     }
-}
-
-TEST(SongParsing, SameHeadingOverDifferentWordsIsNumbered) {
-    const Song song = parsed("[Chorus]\nFirst words\n[Verse 1]\nA verse\n[Chorus]\nOther words\n"
-                             "[chorus]\n[Verse 1]\nAnother verse\n");
-    EXPECT_EQ(sectionsOf(song), (Sections{"Chorus 1: First words", "Verse 1: A verse",
-                                          "Chorus 2: Other words", "Verse 1: Another verse"}));
-    // The bare heading repeats the last chorus, in any case.
-    EXPECT_EQ(orderIndicesOf(song), (std::vector<int>{0, 1, 2, 2, 3}));
-    // A repeat with nothing to repeat is dropped.
-    EXPECT_EQ(sungOf(parsed("[Bridge]\n[Verse]\nWords\n")), "Verse");
 }
 
 TEST(SongParsing, TextParsesBackToTheSameSong) {

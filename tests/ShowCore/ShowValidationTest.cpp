@@ -29,8 +29,6 @@ template <class Payload> ShowAction& actionWith(ShowDocument& d) {
     throw std::logic_error("the generated cue lacks that payload");
 }
 
-template <class Payload> Payload& payloadOf(ShowDocument& d) { return std::get<Payload>(actionWith<Payload>(d).payload); }
-
 struct Breakage {
     const char* name;
     // Breaks the graph and returns what the check must report.
@@ -52,16 +50,6 @@ const std::vector<Breakage> breakages = {
          for (Cue& cue : repeat.cues) cue.sceneID = repeat.id;
          return Findings{finding(Kind::duplicateIdentity, "scene", repeat.id)};
      }},
-    {"a visual layer repeated on another destination",
-     [](ShowDocument& d) {
-         d.destinations[2].layers[2].id = d.destinations[0].layers[0].id;
-         return Findings{finding(Kind::duplicateIdentity, "visual layer", d.destinations[0].layers[0].id)};
-     }},
-    {"a look rule repeated in the same look",
-     [](ShowDocument& d) {
-         d.looks[1].rules.push_back(d.looks[1].rules[0]);
-         return Findings{finding(Kind::duplicateIdentity, "look rule", d.looks[1].rules[0].id)};
-     }},
     // Parents
     {"a cue whose sceneID isn't the scene holding it",
      [](ShowDocument& d) {
@@ -76,15 +64,6 @@ const std::vector<Breakage> breakages = {
          action.cueID = cueAt(d, 1, 0, 1).id;
          return Findings{finding(Kind::parentMismatch, "act", d.acts[1].id),
                          finding(Kind::parentMismatch, "action", action.id)};
-     }},
-    {"a slide of another presentation, and a layer of another destination",
-     [](ShowDocument& d) {
-         PresentationSlide& slide = d.presentations[1].slides[3];
-         slide.presentationID = d.presentations[0].id;
-         VisualLayerDefinition& layer = d.destinations[1].layers[0];
-         layer.destinationID = d.destinations[2].id;
-         return Findings{finding(Kind::parentMismatch, "slide", slide.id),
-                         finding(Kind::parentMismatch, "visual layer", layer.id)};
      }},
     // Order ranks
     {"a malformed rank, and a rank shared by two sibling cues",
@@ -121,44 +100,6 @@ const std::vector<Breakage> breakages = {
                          finding(Kind::unresolvedReference, "local audio bus target", action.id),
                          finding(Kind::unresolvedReference, "local audio loop", action.id)};
      }},
-    {"local audio with neither an asset nor a local file",
-     [](ShowDocument& d) {
-         ShowAction& action = actionWith<LocalAudioPayload>(d);
-         auto& audio = std::get<LocalAudioPayload>(action.payload);
-         audio.assetID.reset();
-         audio.sourceURL = ShowURL{"https://example.org/intro.wav"};
-         return Findings{finding(Kind::unresolvedReference, "unbound local audio", action.id)};
-     }},
-    {"a slide action naming a slide of another presentation",
-     [](ShowDocument& d) {
-         ShowAction& action = actionWith<PresentationSlidePayload>(d);
-         auto& slide = std::get<PresentationSlidePayload>(action.payload);
-         const auto& other = d.presentations[(slide.presentationID == d.presentations[0].id) ? 1 : 0];
-         slide.slideID = other.slides[0].id;
-         return Findings{finding(Kind::unresolvedReference, "presentation slide", action.id)};
-     }},
-    {"music that requires a verified fallback but has no link",
-     [](ShowDocument& d) {
-         ShowAction& action = actionWith<ProviderAudioPayload>(d);
-         std::get<ProviderAudioPayload>(action.payload).fallbackLinkID.reset();
-         return Findings{finding(Kind::unresolvedReference, "provider fallback action", action.id)};
-     }},
-    {"a video with an unknown transition and a placement of zero width",
-     [](ShowDocument& d) {
-         ShowAction& action = actionWith<VideoPayload>(d);
-         auto& video = std::get<VideoPayload>(action.payload);
-         video.transitionID = Uuid::random();
-         video.placement.width = 0;
-         return Findings{finding(Kind::unresolvedReference, "visual transition", action.id),
-                         finding(Kind::unresolvedReference, "visual placement", action.id)};
-     }},
-    {"stopping and fading cues that don't exist",
-     [](ShowDocument& d) {
-         payloadOf<StopCuePayload>(d).targetCueID = Uuid::random();
-         payloadOf<FadeCuePayload>(d).targetCueID = Uuid::random();
-         return Findings{finding(Kind::unresolvedReference, "stop cue target", actionWith<StopCuePayload>(d).id),
-                         finding(Kind::unresolvedReference, "fade cue target", actionWith<FadeCuePayload>(d).id)};
-     }},
     {"a destination's look, connection and transition all missing",
      [](ShowDocument& d) {
          ShowDestination& screen = d.destinations[0];
@@ -184,14 +125,6 @@ const std::vector<Breakage> breakages = {
                          finding(Kind::unresolvedReference, "native slide image", native.document->imageElements[0].id),
                          finding(Kind::unresolvedReference, "native slide safe area", native.id)};
      }},
-    {"a fallback link to missing cues",
-     [](ShowDocument& d) {
-         ProviderFallbackLink& link = d.providerFallbackLinks[0];
-         link.primaryCueID = Uuid::random();
-         link.fallbackCueID = Uuid::random();
-         return Findings{finding(Kind::unresolvedReference, "provider primary cue", link.id),
-                         finding(Kind::unresolvedReference, "provider fallback cue", link.id)};
-     }},
     {"a pad binding to a slot of another page, and a slot target from another profile",
      [](ShowDocument& d) {
          ControlProfile& profile = d.controlProfiles[0];
@@ -202,13 +135,6 @@ const std::vector<Breakage> breakages = {
          return Findings{finding(Kind::unresolvedReference, "control pad slot", midi.id),
                          finding(Kind::unresolvedReference, "pad binding source", pad.id)};
      }},
-    {"document-level references: active profile and default transition",
-     [](ShowDocument& d) {
-         d.activeControlProfileID = Uuid::random();
-         d.defaultTransitionID = Uuid::random();
-         return Findings{finding(Kind::unresolvedReference, "active control profile", d.id),
-                         finding(Kind::unresolvedReference, "default transition", d.id)};
-     }},
     {"timers: a missing destination, completion cue and completion style",
      [](ShowDocument& d) {
          d.timers[0].destinationIDs.push_back(Uuid::random());
@@ -217,24 +143,6 @@ const std::vector<Breakage> breakages = {
          return Findings{finding(Kind::unresolvedReference, "timer destination", d.timers[0].id),
                          finding(Kind::unresolvedReference, "timer completion style", d.timers[0].id),
                          finding(Kind::unresolvedReference, "timer completion cue", d.timers[1].id)};
-     }},
-    {"a message expiring before it was made, a bus ducking itself, a cut that takes time",
-     [](ShowDocument& d) {
-         OperatorMessage& message = d.operatorMessages[1];
-         message.expiresAt = ShowDate{message.createdAt.millisecondsSinceEpoch - 1};
-         AudioDuckingRule& rule = d.audioDuckingRules[0];
-         rule.affectedBusID = rule.triggerBusID;
-         ShowTransition& cut = d.transitions[0];
-         cut.duration = DurationValue::make(0.5);
-         return Findings{finding(Kind::unresolvedReference, "operator message", message.id),
-                         finding(Kind::unresolvedReference, "audio ducking rule", rule.id),
-                         finding(Kind::unresolvedReference, "transition duration", cut.id)};
-     }},
-    {"a look rule hiding a layer of another destination",
-     [](ShowDocument& d) {
-         DestinationLookRule& rule = d.looks[0].rules[0];
-         rule.hiddenLayerIDs.push_back(d.destinations[1].layers[0].id);
-         return Findings{finding(Kind::unresolvedReference, "look layer", rule.id)};
      }},
     // Managed assets
     {"managed assets leaving their folder, disagreeing with their policy or their hash",
@@ -252,13 +160,6 @@ const std::vector<Breakage> breakages = {
          ShowAction& action = actionWith<ProviderAudioPayload>(d);
          std::get<ProviderAudioPayload>(action.payload).playbackWindow = {DurationValue::make(30), DurationValue::make(30)};
          return Findings{finding(Kind::invalidValue, "Provider playback end must be after start", action.id)};
-     }},
-    {"a local-fallback link without its cue",
-     [](ShowDocument& d) {
-         ProviderFallbackLink& link = d.providerFallbackLinks[1];
-         link.policy = ProviderLossPolicy::useVerifiedLocalFallback;
-         link.fallbackCueID.reset();
-         return Findings{finding(Kind::invalidValue, "A local-fallback policy requires an exact fallback cue", link.id)};
      }},
     {"unsafe settings and a retention of zero days",
      [](ShowDocument& d) {

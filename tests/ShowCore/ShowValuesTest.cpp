@@ -48,16 +48,5 @@ TEST(ShowValuesTest, DatesHaveOneTextForm) {
     }
 }
 
-TEST(ShowValuesTest, URLsAreAbsolute) {
-    for (const char* accepted : {"file:///home/ana/a%20b.wav", "https://example.org/x?y=1", "x-app+v1.2:thing"}) {
-        EXPECT_TRUE(ShowURL::parse(accepted)) << accepted;
-    }
-    for (const char* refused : {"", "intro.wav", ":x", "1http://x", "file:///a b", "http://x\n", "/home/a.wav"}) {
-        EXPECT_FALSE(ShowURL::parse(refused)) << refused;
-    }
-    EXPECT_TRUE(ShowURL{"FILE:///a"}.isFileURL());
-    EXPECT_FALSE(ShowURL{"files:///a"}.isFileURL());
-}
-
 } // namespace
 } // namespace velarion::showcore

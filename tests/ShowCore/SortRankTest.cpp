@@ -69,19 +69,6 @@ TEST(SortRankTest, RepeatedInsertsKeepOrderAndStayShort) {
     }
 }
 
-TEST(SortRankTest, InsertsAtScatteredPlacesKeepOrder) {
-    Ranks ranks = SortRank::spread(4);
-    for (std::size_t round = 0; round < inserts; ++round) {
-        const std::size_t at = (round * 2654435761u) % (ranks.size() + 1);
-        std::optional<SortRank> low, high;
-        if (at > 0) low = ranks[at - 1];
-        if (at < ranks.size()) high = ranks[at];
-        ranks.insert(ranks.begin() + static_cast<std::ptrdiff_t>(at), SortRank::between(low, high));
-    }
-    expectOrderedAndValid(ranks);
-    EXPECT_LE(longest(ranks), 64u);
-}
-
 TEST(SortRankTest, BetweenAnyTwoWellFormedKeysThereIsRoom) {
     // Neighbours that leave no room at their own length, or share long prefixes.
     const std::vector<std::pair<std::string, std::string>> cases = {

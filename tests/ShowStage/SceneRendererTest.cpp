@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <numbers>
 #include <vector>
 
 namespace velarion {
@@ -36,17 +34,6 @@ public:
 private:
     bool hasFrame_;
 };
-
-// Where the layer-local point (relative to the layer's centre) lands in root pixels.
-ScenePoint drawnAt(const SceneManagedLayer& layer, ScenePoint local) {
-    const ScenePoint moved = layer.transform.apply(local);
-    return ScenePoint{layer.position.x + moved.x, layer.position.y + moved.y};
-}
-
-void expectNear(ScenePoint actual, ScenePoint expected, const char* what) {
-    EXPECT_NEAR(actual.x, expected.x, 1e-9) << what;
-    EXPECT_NEAR(actual.y, expected.y, 1e-9) << what;
-}
 
 std::vector<SceneID> drawnIDs(const SceneFrame& frame) {
     std::vector<SceneID> ids;
@@ -134,65 +121,6 @@ TEST(SceneRendererTest, DroppedLayerFadesOverItsLastDissolveFromItsPresentOpacit
     EXPECT_TRUE(renderer.fadingOutLayers().empty());
     EXPECT_EQ(drawnIDs(renderer.drawList(8)), (std::vector<SceneID>{next.id}));
     EXPECT_FALSE(renderer.isAnimating(8));
-}
-
-TEST(SceneRendererTest, SameIdDuringItsFadeOutIsANewLayerBesideIt) {
-    SceneRenderer renderer(rootWidth, rootHeight);
-    int finishedCount = 0;
-    renderer.setFadeOutFinished([&](SceneID) { ++finishedCount; });
-    const SceneLayer layer = colorLayer(1, 1);
-    renderer.apply(sceneOf({layer}), {}, 0);
-    renderer.apply(sceneOf({}), {}, 10);
-
-    SceneLayer again = layer;
-    again.dissolveSeconds = 0;
-    renderer.apply(sceneOf({again}), {}, 10.5);
-    const SceneFrame frame = renderer.drawList(10.5);
-    ASSERT_EQ(frame.operations.size(), 2u);
-    EXPECT_EQ(frame.operations[0].layerID, layer.id);
-    EXPECT_FLOAT_EQ(frame.operations[0].opacity, 0.5f) << "the fading one, beneath";
-    EXPECT_FLOAT_EQ(frame.operations[1].opacity, 1.0f);
-
-    renderer.collectFinished(11);
-    EXPECT_EQ(finishedCount, 1);
-    ASSERT_NE(renderer.managedLayer(layer.id), nullptr);
-    EXPECT_EQ(renderer.drawList(11).operations.size(), 1u);
-}
-
-TEST(SceneRendererTest, RotationAndCornerPinTransforms) {
-    SceneRenderer renderer(rootWidth, rootHeight);
-    SceneLayer plain = colorLayer();
-    plain.cornerPin = SceneCornerPin::identity();
-
-    SceneLayer collinear = colorLayer();
-    collinear.rotationDegrees = 30;
-    collinear.cornerPin = SceneCornerPin{.topRight = {0.5, 0.5}, .bottomRight = {1, 0}};
-
-    // A 200 x 100 layer whose pin narrows its (0, 0)-(1, 0) edge to the middle half.
-    SceneLayer trapezoid = colorLayer();
-    trapezoid.frame = SceneRect{0.1, 0.2, 0.2, 0.2};
-    trapezoid.rotationDegrees = 90;
-    trapezoid.cornerPin = SceneCornerPin{.topLeft = {0.25, 0}, .topRight = {0.75, 0}};
-
-    renderer.apply(sceneOf({plain, collinear, trapezoid}), {}, 0);
-    EXPECT_EQ(renderer.managedLayer(plain.id)->transform, SceneMatrix4::identity());
-
-    EXPECT_EQ(SceneRenderer::pinTransform(*collinear.cornerPin, 1000, 500),
-              SceneMatrix4::identity());
-    const SceneMatrix4 rotated = SceneMatrix4::rotationZ(std::numbers::pi / 6);
-    const SceneMatrix4& collinearTransform = renderer.managedLayer(collinear.id)->transform;
-    for (std::size_t i = 0; i < 16; ++i) EXPECT_NEAR(collinearTransform.m[i], rotated.m[i], 1e-12);
-
-    // Hand-computed: pin, then rotate a quarter turn about the centre (200, 150).
-    const SceneManagedLayer& pinned = *renderer.managedLayer(trapezoid.id);
-    ASSERT_EQ(pinned.position, (ScenePoint{200, 150}));
-    expectNear(drawnAt(pinned, {-100, -50}), {250, 100}, "pin (0, 0) -> (0.25, 0)");
-    expectNear(drawnAt(pinned, {100, -50}), {250, 200}, "pin (1, 0) -> (0.75, 0)");
-    expectNear(drawnAt(pinned, {-100, 50}), {150, 50}, "pin (0, 1) stays");
-    expectNear(drawnAt(pinned, {100, 50}), {150, 250}, "pin (1, 1) stays");
-    // A true perspective map sends the centre to where the diagonals cross,
-    // a third of the way up, not halfway as a bilinear warp would.
-    expectNear(drawnAt(pinned, {0, 0}), {200 + 50.0 / 3, 150}, "centre");
 }
 
 TEST(SceneRendererTest, SameStillIdIsNotUploadedAgain) {

@@ -9,21 +9,18 @@
 //   lifetime_seconds      exit after this long whatever happens (default 60)
 // and describes how it was started in "stand-in.report" beside the socket.
 //
-// Tools: launch_app answers {"running": true}. quit_app answers
-// {"quitting": true} and exits 0.4 seconds later, as the application does.
-// Any other tool answers with its name and its arguments.
+// Tools: quit_app answers {"quitting": true} and exits 0.4 seconds later,
+// as the application does; any other answers {"running": true}.
 
 #include "../AgentSocketTestSupport.h"
 #include "LiveAgentKit/AgentSocketPath.h"
 #include "LiveAgentKit/AgentSocketServer.h"
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <mutex>
-#include <optional>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
@@ -85,43 +82,16 @@ void writeReport(const fs::path& folder, int descriptors) {
     fs::rename(report.string() + ".part", report);
 }
 
-// The time quit_app set to exit at, once it has.
-class QuitOrder {
-public:
-    void give(double afterSeconds) {
-        {
-            const std::lock_guard lock(mutex_);
-            at_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                     std::chrono::duration<double>(afterSeconds));
-        }
-        changed_.notify_all();
-    }
-    // Returns when the quit is due or the stand-in's life ends.
-    void wait(Clock::time_point lifetimeEnd) {
-        std::unique_lock lock(mutex_);
-        for (;;) {
-            const Clock::time_point until = at_.value_or(lifetimeEnd);
-            if (Clock::now() >= until) return;
-            changed_.wait_until(lock, until);
-        }
-    }
+std::atomic<bool> quitRequested{false};
 
-private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::optional<Clock::time_point> at_;
-};
-
-AgentSocketServer::Handler handler(QuitOrder& quit) {
-    return [&quit](const AgentRequest& request, const AgentSocketServer::Reply& reply) {
+AgentSocketServer::Handler handler() {
+    return [](const AgentRequest& request, const AgentSocketServer::Reply& reply) {
         using Object = JSONValue::Object;
-        if (request.tool == "launch_app") {
-            reply(AgentResponse::success(request.id, Object{{"running", true}}));
-        } else if (request.tool == "quit_app") {
+        if (request.tool == "quit_app") {
             reply(AgentResponse::success(request.id, Object{{"quitting", true}}));
-            quit.give(0.4);
+            quitRequested = true;
         } else {
-            reply(AgentResponse::success(request.id, Object{{"tool", request.tool}, {"arguments", request.arguments}}));
+            reply(AgentResponse::success(request.id, Object{{"running", true}}));
         }
     };
 }
@@ -148,11 +118,13 @@ int main() {
         std::chrono::duration<double>(number(settings, "listen_after_seconds", 0)));
 
     // The loop may still run a request's task until it is gone.
-    QuitOrder quit;
     socketTest::ThreadMainLoop loop;
-    AgentSocketServer server(socketPath, loop, handler(quit));
+    AgentSocketServer server(socketPath, loop, handler());
     server.start();
-    quit.wait(lifetimeEnd);
+    while (!quitRequested && Clock::now() < lifetimeEnd)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    if (quitRequested)
+        std::this_thread::sleep_for(std::chrono::milliseconds(400)); // as the application does
     server.stop();
     return 0;
 }

@@ -46,7 +46,6 @@ TEST(CpuCompositor, PixelsFollowFromTheScene) {
     const QRgb background = qRgb(26, 26, 77);
     const QRgb box = qRgb(77, 77, 77);
     const auto& full = named(scenes, "full-frame-still");
-    const auto& dissolve = named(scenes, "dissolve-half-way");
     struct Probe {
         const char* scene;
         int x, y; // top-left origin
@@ -77,59 +76,8 @@ TEST(CpuCompositor, PixelsFollowFromTheScene) {
         const QImage image = toImage(drawn(named(scenes, probe.scene))).convertToFormat(QImage::Format_ARGB32);
         EXPECT_LE(channelDifference(image.pixel(probe.x, probe.y), probe.expected), parityLevels);
     }
-    // Half-way, each picture at half strength: the new one over the old one
-    // over the black background, as two independent fades give.
-    const QImage halfway = toImage(drawn(dissolve)).convertToFormat(QImage::Format_ARGB32);
-    GoldenScene onlyOld = dissolve;
-    onlyOld.applied.resize(1);
-    GoldenScene onlyNew = dissolve;
-    onlyNew.drawAtSeconds = 12;
-    const QImage before = toImage(drawn(onlyOld)).convertToFormat(QImage::Format_ARGB32);
-    const QImage after = toImage(drawn(onlyNew)).convertToFormat(QImage::Format_ARGB32);
-    for (const auto& [x, y] : {std::pair{20, 20}, std::pair{100, 70}}) {
-        const QRgb a = before.pixel(x, y), b = after.pixel(x, y);
-        const auto mix = [](int old, int fresh) { return qRound(0.25 * old + 0.5 * fresh); };
-        const QRgb mixed = qRgb(mix(qRed(a), qRed(b)), mix(qGreen(a), qGreen(b)), mix(qBlue(a), qBlue(b)));
-        EXPECT_LE(channelDifference(halfway.pixel(x, y), mixed), parityLevels + 1) << x << "," << y;
-    }
 }
 
-} // namespace
-} // namespace velarion::testing
-
-namespace velarion::testing {
-namespace {
-
-TEST(CpuCompositor, TwoHundredLayersDrawTopmostLast) {
-    OutputScene scene;
-    for (int i = 0; i < 200; ++i) {
-        SceneLayer layer;
-        layer.id = Uuid::random();
-        layer.content = SceneColorContent{SceneColor{i % 2 ? 1.0 : 0.0, 0, i % 2 ? 0.0 : 1.0, 1}};
-        layer.frame = SceneRect{(i % 20) / 40.0, (i / 20) / 20.0, 0.5, 0.5};
-        layer.rotationDegrees = i;
-        scene.layers.push_back(layer);
-    }
-    SceneRenderer renderer(160, 90);
-    renderer.apply(scene, {}, 0);
-    RasterImage raster(160, 90);
-    CpuCompositor::draw(renderer.drawList(0), raster);
-    // The last layer (odd: red) is on top at its own centre.
-    const QImage image = toImage(raster).convertToFormat(QImage::Format_ARGB32);
-    const SceneRect& top = scene.layers.back().frame;
-    const int x = static_cast<int>((top.x + top.width / 2) * 160);
-    const int y = 90 - static_cast<int>((top.y + top.height / 2) * 90);
-    EXPECT_EQ(image.pixel(x, y), qRgb(255, 0, 0));
-}
-
-} // namespace
-} // namespace velarion::testing
-
-namespace velarion::testing {
-namespace {
-
-// The program preview: the manager's mirror drawn on the CPU shows the
-// program screen's picture, a dissolve part-way included.
 TEST(CpuCompositor, AVideoLayerDrawsItsSurfacesLatestFrame) {
     struct Surface final : SceneVideoSource {
         bool hasFrameToShow() const override { return frame != nullptr; }
@@ -149,40 +97,6 @@ TEST(CpuCompositor, AVideoLayerDrawsItsSurfacesLatestFrame) {
         CpuCompositor::draw(frame, raster);
         EXPECT_EQ(raster.bgra, surface->frame->bgra) << "the newest frame, drawn as it is";
     }
-}
-
-TEST(CpuSceneMirror, ShowsTheProgramPictureMidDissolve) {
-    VirtualScheduler scheduler;
-    FakeOutputDisplays displays;
-    FakeScreenPictures pictures;
-    displays.connected = {DisplayInfo{"HDMI-1", "HDMI-1", 1920, 1080, true}};
-    ScreenOutputManager manager(scheduler, displays, pictures, [] { return false; });
-    OutputSetup setup;
-    setup.usesLogicalScreens = true;
-    LogicalScreen screen;
-    screen.id = "a";
-    screen.destination = destination::Display{"HDMI-1"};
-    screen.layers = {LayerKind::slides};
-    setup.screens = {screen};
-    manager.configure(setup);
-    auto mirror = std::make_shared<CpuSceneMirror>(16, 9);
-    manager.addMirror(mirror);
-
-    SceneLayer white;
-    white.id = Uuid::random();
-    white.content = SceneColorContent{SceneColor{1, 1, 1, 1}};
-    white.dissolveSeconds = 2;
-    SceneLayer elsewhere = white;
-    elsewhere.id = Uuid::random();
-    elsewhere.content = SceneColorContent{SceneColor{1, 0, 0, 1}};
-    OutputScene scene;
-    scene.layers = {white, elsewhere};
-    manager.apply(scene, {{white.id, LayerKind::slides}, {elsewhere.id, LayerKind::media}}, {}, {}, {}, std::nullopt);
-    const QImage halfway = toImage(mirror->draw(scheduler.now() + 1)).convertToFormat(QImage::Format_ARGB32);
-    EXPECT_LE(channelDifference(halfway.pixel(8, 4), qRgb(128, 128, 128)), parityLevels);
-    manager.removeMirror(mirror);
-    manager.apply(OutputScene{}, {}, {}, {}, {}, std::nullopt);
-    EXPECT_EQ(mirror->scenesReceived(), 2); // the first on registering
 }
 
 } // namespace

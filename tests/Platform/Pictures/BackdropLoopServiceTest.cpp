@@ -85,29 +85,6 @@ TEST(BackdropLoopServiceTest, DestroyingTheServiceStopsTheRenderAndDropsItsAnswe
     EXPECT_FALSE(answered);
 }
 
-TEST(BackdropLoopServiceTest, AFinishedLoopIsAnsweredWithoutWaitingBehindAnotherRender) {
-    VirtualScheduler scheduler;
-    TempFolder folder("backdrop-service");
-    std::ofstream(BackdropLoops::url(BuiltInBackdrop::ocean, folder.path())) << "a finished loop";
-    std::atomic<bool> release = false;
-    BackdropLoopService service(scheduler, folder.path(), {},
-                                [&](BuiltInBackdrop backdrop, const fs::path& in, const BackdropLoopSize&,
-                                    const BackdropLoops::MakeOptions& options) -> BackdropLoops::MakeResult {
-                                    while (!release && !options.stop.stop_requested())
-                                        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                                    return BackdropLoops::url(backdrop, in);
-                                });
-    std::optional<Answer> drift, ocean;
-    service.prepare(BuiltInBackdrop::drift, [&](Answer file) { drift = file; });
-    service.prepare(BuiltInBackdrop::ocean, [&](Answer file) { ocean = file; });
-    EXPECT_FALSE(ocean) << "answered on the main loop, not inside the call";
-    ASSERT_TRUE(runUntil(scheduler, [&] { return ocean.has_value(); }));
-    EXPECT_EQ(*ocean, BackdropLoops::url(BuiltInBackdrop::ocean, folder.path()));
-    EXPECT_FALSE(drift) << "drift is still rendering";
-    release = true;
-    ASSERT_TRUE(runUntil(scheduler, [&] { return drift.has_value(); }));
-}
-
 TEST(BackdropLoopServiceTest, RendersARealLoopOnceAndThenFindsItReady) {
     VirtualScheduler scheduler;
     TempFolder folder("backdrop-service");

@@ -19,10 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::TempFolder;
 
-constexpr std::array allBackdrops{BuiltInBackdrop::drift,  BuiltInBackdrop::ember,
-                                  BuiltInBackdrop::mono,   BuiltInBackdrop::dawn,
-                                  BuiltInBackdrop::forest, BuiltInBackdrop::ocean};
-
 // Every frame of a video file as BGRx bytes, decoded by GStreamer; none when
 // the file doesn't decode to the end.
 std::optional<std::vector<std::vector<std::uint8_t>>> decodeFrames(const fs::path& file, int width,
@@ -58,12 +54,6 @@ double difference(const std::vector<std::uint8_t>& a, const std::vector<std::uin
     double total = 0;
     for (std::size_t i = 0; i < a.size(); ++i) total += std::abs(int(a[i]) - int(b[i]));
     return total / double(a.size());
-}
-
-// The mean colour of a frame, 0 to 1 a channel (Qt's smooth downscale averages areas).
-BackdropLoops::Rgb meanColour(const QImage& picture) {
-    const QColor mean = picture.scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation).pixelColor(0, 0);
-    return {mean.redF(), mean.greenF(), mean.blueF()};
 }
 
 std::vector<fs::path> filesIn(const fs::path& folder) {
@@ -137,48 +127,6 @@ TEST(BackdropLoopsTest, BadRequestsFailWithASentenceAndWriteNothing) {
     const auto blocked = BackdropLoops::make(BuiltInBackdrop::mono, folder / "blocked" / "Looks", 320, 180, 1, 10);
     EXPECT_TRUE(std::holds_alternative<BackdropLoops::Failed>(blocked));
     EXPECT_EQ(filesIn(folder.path()), std::vector<fs::path>{"blocked"});
-}
-
-TEST(BackdropLoopsTest, AnExistingLoopIsReturnedUntouched) {
-    TempFolder folder("backdrop-loops");
-    const fs::path file = BackdropLoops::url(BuiltInBackdrop::ember, folder.path());
-    EXPECT_EQ(file.filename(), "ember-v1.mov");
-    std::ofstream(file) << "already here";
-    bool progressed = false;
-    BackdropLoops::MakeOptions options;
-    options.progress = [&](double) { progressed = true; };
-    const auto result = BackdropLoops::make(BuiltInBackdrop::ember, folder.path(), 1280, 720, 10, 30, options);
-    EXPECT_EQ(result, BackdropLoops::MakeResult(file));
-    EXPECT_FALSE(progressed);
-    std::ifstream in(file);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), "already here");
-}
-
-TEST(BackdropLoopsTest, TheLooksFolderFollowsXdgDataHomeWhenItIsAbsolute) {
-    const std::string home = std::getenv("HOME");
-    {
-        const testing::ScopedEnvironment data("XDG_DATA_HOME", "/srv/data");
-        EXPECT_EQ(BackdropLoops::folder(), fs::path("/srv/data/Velarion/Looks"));
-    }
-    const testing::ScopedEnvironment data("XDG_DATA_HOME", "relative/data");
-    EXPECT_EQ(BackdropLoops::folder(), fs::path(home) / ".local/share/Velarion/Looks");
-}
-
-TEST(BackdropLoopsTest, TheSixLooksAreDistinctBackgrounds) {
-    std::vector<BackdropLoops::Rgb> means;
-    for (BuiltInBackdrop backdrop : allBackdrops) {
-        EXPECT_TRUE(BackdropLoops::caption(backdrop).ends_with(" · 10 s loop"));
-        means.push_back(meanColour(BackdropLoops::frame(backdrop, 160, 90, 0, 30)));
-    }
-    for (std::size_t a = 0; a < means.size(); ++a)
-        for (std::size_t b = a + 1; b < means.size(); ++b) {
-            float distance = 0;
-            for (int c = 0; c < 3; ++c) distance += std::abs(means[a][c] - means[b][c]);
-            EXPECT_GT(distance, 0.08f) << BackdropLoops::caption(allBackdrops[a]) << " vs "
-                                       << BackdropLoops::caption(allBackdrops[b]);
-        }
-
-    for (const auto& mean : means) EXPECT_LT(std::max({mean[0], mean[1], mean[2]}), 0.75f) << "a background, not a light";
 }
 
 } // namespace

@@ -58,26 +58,6 @@ TEST(OutputPictures, StageInEachLayoutMatchesItsGolden) {
     EXPECT_TRUE(matchesGolden(OutputPictures::stage(standby, newYork, picture), "stage-standby"));
 }
 
-TEST(OutputPictures, WallClockIsLocalTwelveHourTimeWithSeconds) {
-    EXPECT_EQ(OutputPictures::wallClockText(eveningSeconds + 0.9, newYork), "7:05:09 PM");
-    EXPECT_EQ(OutputPictures::wallClockText(12 * 3600 + 59, FixedOffsetCalendar(0)), "12:00:59 PM");
-    EXPECT_EQ(OutputPictures::wallClockText(-1, FixedOffsetCalendar(0)), "11:59:59 PM");
-}
-
-TEST(OutputPictures, StageKeepsRecentPagesDecodedAndSmall) {
-    const testing::TempFolder folder;
-    const auto path = (folder / "page.png").string();
-    ASSERT_TRUE(slidePages().at("current.png").save(QString::fromStdString(path)));
-    OutputPictures::StageSlidePictures pictures;
-    const auto first = pictures(path);
-    ASSERT_TRUE(first);
-    EXPECT_EQ(first->height(), 416);
-    EXPECT_NEAR(first->width(), 740, 1);
-    std::filesystem::remove(path);
-    EXPECT_TRUE(pictures(path)); // from memory
-    EXPECT_FALSE(pictures((folder / "missing.png").string()));
-}
-
 TEST(OutputPictures, IdentificationAndPatternsMatchTheirGoldens) {
     EXPECT_TRUE(matchesGolden(OutputPictures::identify("Left projector", ScreenRole::audience),
                               "identify-audience"));

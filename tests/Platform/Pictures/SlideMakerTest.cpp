@@ -34,10 +34,6 @@ MadeSlide lyricSlide() {
     return slide;
 }
 
-QRgb pixel(const QImage& image, int x, int y) {
-    return image.convertToFormat(QImage::Format_ARGB32).pixel(x, y);
-}
-
 TEST(SlideMaker, PagesMatchTheirGoldens) {
     MadeSlide title = slideTemplate::makeSlide(SlideTemplate::title, "Annual Conference 2025",
                                                "Welcome, everyone");
@@ -59,18 +55,6 @@ TEST(SlideMaker, PagesMatchTheirGoldens) {
     EXPECT_TRUE(matchesGolden(SlideMaker::render(photo, generatedPhoto(1600, 1200)), "slide-photo"));
 }
 
-TEST(SlideMaker, APhotographIsDimmedOnlyUnderText) {
-    const QImage photo = generatedPhoto(1920, 1080);
-    MadeSlide slide = slideWith({textBox("", 0.1, 0.1, 0.5, 0.2, 60)});
-    slide.imageID = Uuid::random();
-    // Empty boxes only: the picture as it is.
-    EXPECT_EQ(pixel(SlideMaker::render(slide, photo), 1800, 100), pixel(photo, 1800, 100));
-    // A box of blanks counts as text and dims the picture by 0.38.
-    (*slide.boxes)[0].text = "   ";
-    const QRgb dimmed = pixel(SlideMaker::render(slide, photo), 1800, 100);
-    EXPECT_NEAR(qRed(dimmed), qRed(pixel(photo, 1800, 100)) * 0.62, 2);
-}
-
 TEST(SlideMaker, TextStaysInsideItsBoxAndTheLastLineIsCut) {
     TextBox box = textBox("one two three four five six seven eight nine ten eleven twelve thirteen", 0.1,
                           0.1, 0.3, 0.2, 60);
@@ -83,18 +67,6 @@ TEST(SlideMaker, TextStaysInsideItsBoxAndTheLastLineIsCut) {
                                                                   << ink.width() << "x" << ink.height();
     // The default ink on a white slide is the near-black grey.
     EXPECT_FALSE(inkBounds(page, qRgb(255, 255, 255), 230).isEmpty());
-}
-
-TEST(SlideMaker, TextIsLightOnlyBelowTheLuminanceThreshold) {
-    MadeSlide slide = slideWith({}, 0x8D8D8D); // luminance 0.553
-    EXPECT_FALSE(SlideMaker::usesLightText(slide));
-    slide.color = 0x8A8A8A; // 0.541
-    EXPECT_TRUE(SlideMaker::usesLightText(slide));
-    slide.color = 0x00FF00; // green alone is 0.7152
-    EXPECT_FALSE(SlideMaker::usesLightText(slide));
-    slide.color = 0xFFFFFF;
-    slide.imageID = Uuid::random();
-    EXPECT_TRUE(SlideMaker::usesLightText(slide));
 }
 
 TEST(SlideMaker, PortDrawsOverTheSlidePictureOrTheDecksPictureBackdrop) {

@@ -11,11 +11,6 @@
 namespace velarion {
 namespace {
 
-std::string readFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 void writeFile(const std::filesystem::path& path, const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
 }
@@ -57,23 +52,6 @@ TEST_F(SlidePages, UpdateDrawsMissingPagesAndRebuildsTheDeck) {
     EXPECT_EQ(page.size(), QSize(1920, 1080));
     // The item given is untouched, so a caller keeps it when a write fails.
     EXPECT_TRUE(deck.deck->pages.empty());
-}
-
-TEST_F(SlidePages, ASlideEditedAndEditedBackFindsItsOldPageAndDrawsNothing) {
-    const MediaItem first = SlideMaker::update(deck, package, library);
-    const auto oldPage = package.mediaURL(first.deck->pages[0]);
-    // Mark the file: a redraw would replace the mark.
-    writeFile(oldPage, "kept");
-
-    (*slide(0).boxes)[0].text = "Hello";
-    const MediaItem edited = SlideMaker::update(deck, package, library);
-    EXPECT_NE(edited.deck->pages[0], first.deck->pages[0]);
-    EXPECT_TRUE(std::filesystem::exists(package.mediaURL(edited.deck->pages[0])));
-
-    (*slide(0).boxes)[0].text = "Welcome";
-    const MediaItem back = SlideMaker::update(deck, package, library);
-    EXPECT_EQ(back.deck->pages, first.deck->pages);
-    EXPECT_EQ(readFile(oldPage), "kept");
 }
 
 TEST_F(SlidePages, AWriteThatFailsFailsTheUpdate) {

@@ -48,32 +48,5 @@ TEST_F(SoundOutputs, ListsTheServersOutputsAndNoticesOneGoing) {
     EXPECT_TRUE(devices.isPresent("Headphones")) << "and one coming back";
 }
 
-TEST_F(SoundOutputs, TheTestToneSoundsOnTheChosenDeviceAndANewOneStopsTheLast) {
-    GstAudioDevices devices(scheduler);
-    GstMediaPlayers tonePlayers(&devices, [](const SceneID&, const std::filesystem::path&) { return nullptr; },
-                                GstSoundOptions{.sinkProvidesClock = false});
-    TestTone tone(tonePlayers, devices);
-    EXPECT_FALSE(tone.play("Nowhere"));
-
-    auto house = server()->record("House");
-    auto headphones = server()->record("Headphones");
-    ASSERT_TRUE(tone.play("House")) << tonePlayers.lastFailure();
-    wait(0.2);
-    ASSERT_TRUE(tone.play("Headphones")) << tonePlayers.lastFailure();
-    wait(1.2);
-    const auto onHouse = house->stop();
-    const auto onHeadphones = headphones->stop();
-
-    const std::size_t houseStart = firstSoundFrame(onHouse, 0.005f);
-    const std::size_t houseHeard = onHouse.size() / 2 - houseStart - longestQuietRun(onHouse, houseStart, onHouse.size() / 2, 0.005f);
-    EXPECT_LT(houseHeard, recordedRate * 4 / 10u) << "cut short by the second tone";
-    const std::size_t start = firstSoundFrame(onHeadphones, 0.005f);
-    ASSERT_LT(start, onHeadphones.size() / 2);
-    // The middle of the tone: 440 Hz at 0.18 on both sides of a stereo sink.
-    const std::size_t middle = start + recordedRate * 3 / 10;
-    EXPECT_NEAR(pitchAmplitude(onHeadphones, middle, recordedRate / 5, 440), 0.18, 0.02);
-    EXPECT_LT(pitchAmplitude(onHeadphones, middle, recordedRate / 5, 880), 0.01);
-}
-
 } // namespace
 } // namespace velarion::testing
