@@ -18,6 +18,7 @@
 #include <csignal>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace velarion::testing {
 namespace {
