@@ -105,22 +105,25 @@ TEST_F(VideoSurfaceTest, FilesThatCannotPlayFailWithTheirWords) {
 }
 
 TEST_F(VideoSurfaceTest, AMissingDecoderIsNamed) {
-    // Every H.264 decoder is hidden from the autoplugger for this case.
-    std::vector<std::pair<GstPluginFeature*, guint>> hidden;
+    // Every H.264 decoder leaves the registry for this case; removing a
+    // feature also makes decodebin read its list of factories again.
+    velarion::gst::ensureInitialized();
+    GstRegistry* registry = gst_registry_get();
+    std::vector<GstPluginFeature*> hidden;
     GList* decoders = gst_element_factory_list_get_elements(GST_ELEMENT_FACTORY_TYPE_DECODER, GST_RANK_NONE);
     for (GList* item = decoders; item != nullptr; item = item->next) {
         auto* factory = GST_ELEMENT_FACTORY(item->data);
         auto caps = velarion::gst::GstMiniRef<GstCaps>::adopt(gst_caps_from_string("video/x-h264"));
         if (!gst_element_factory_can_sink_any_caps(factory, caps.get())) continue;
-        hidden.emplace_back(GST_PLUGIN_FEATURE(gst_object_ref(factory)), gst_plugin_feature_get_rank(GST_PLUGIN_FEATURE(factory)));
-        gst_plugin_feature_set_rank(GST_PLUGIN_FEATURE(factory), GST_RANK_NONE);
+        hidden.push_back(GST_PLUGIN_FEATURE(gst_object_ref(factory)));
+        gst_registry_remove_feature(registry, hidden.back());
     }
     gst_plugin_feature_list_free(decoders);
+    ASSERT_FALSE(hidden.empty()) << "no H.264 decoder to hide";
     auto video = surface(coded());
     const auto result = prepare(*video);
-    for (auto& [feature, rank] : hidden) {
-        gst_plugin_feature_set_rank(feature, rank);
-        gst_object_unref(feature);
+    for (GstPluginFeature* feature : hidden) {
+        gst_registry_add_feature(registry, feature); // takes the reference back
     }
     ASSERT_TRUE(std::holds_alternative<VideoSurfaceError>(result));
     const std::string words = std::get<VideoSurfaceError>(result).text();
