@@ -145,36 +145,28 @@ TEST(ShowPackageOpen, RefusesAnOversizedDocumentFromItsSize) {
               "document may hold");
 }
 
-TEST(ShowPackageCopy, ReplacesTheTargetCopiesMediaAndSavesTheGivenShow) {
+TEST(ShowPackageCopy, ReplacesOrMakesTheTargetAndAFailureLeavesItAsItWas) {
     TempFolder temp;
     const Show saved = testing::sampleShow("Draft", 2);
     const ShowPackage source = ShowPackage::create(temp / "Draft.velarion", saved);
     writeText(source.mediaURL("Video/Opening.mov"), "frames");
-    const fs::path target = temp / "Final.velarion";
+    const fs::path target = temp / "Shows" / "Final.velarion";
     writeText(target / "stale.txt", "old package");
 
     Show current = saved;
     current.title = "Final";
     const ShowPackage copy = source.saveCopy(target, current);
-
     EXPECT_EQ(copy, ShowPackage(target));
     EXPECT_FALSE(fs::exists(target / "stale.txt"));
     EXPECT_EQ(readText(copy.mediaURL("Video/Opening.mov")), "frames");
     EXPECT_EQ(copy.open(), current);
-}
+    EXPECT_EQ(source.saveCopy(temp / "New" / "Deeper" / "Final.velarion", saved).open(), saved);
 
-TEST(ShowPackageCopy, MakesMissingFoldersAndAFailureLeavesTheTargetAsItWas) {
-    TempFolder temp;
-    const Show show = testing::sampleShow("Draft", 2);
-    const ShowPackage source = ShowPackage::create(temp / "Draft.velarion", show);
-    const ShowPackage made = source.saveCopy(temp / "Shows" / "New" / "Final.velarion", show);
-    EXPECT_EQ(made.open(), show);
-
-    Show broken = show;
+    Show broken = current;
     broken.slideDissolve = std::nan("");
-    EXPECT_THROW(source.saveCopy(made.url(), broken), fs::filesystem_error);
-    EXPECT_EQ(made.open(), show) << "the copy it would have replaced is whole";
-    EXPECT_EQ(folderListing(made.url().parent_path()), (std::vector<std::string>{"Final.velarion"}))
+    EXPECT_THROW(source.saveCopy(target, broken), fs::filesystem_error);
+    EXPECT_EQ(copy.open(), current) << "the copy it would have replaced is whole";
+    EXPECT_EQ(folderListing(target.parent_path()), (std::vector<std::string>{"Final.velarion"}))
         << "and nothing half made is left beside it";
 }
 
@@ -213,16 +205,6 @@ TEST(ShowPackageFolders, FollowTheFreedesktopUserFolders) {
     EXPECT_EQ(ShowPackage::scratchFolder(), temp / ".local/share/Velarion/Unsaved");
     const ScopedEnvironment setData("XDG_DATA_HOME", (temp / "data").string());
     EXPECT_EQ(ShowPackage::scratchFolder(), temp / "data/Velarion/Unsaved");
-}
-
-TEST(ShowPackageScratch, MakesAPackageNamedByTheShowInTheScratchArea) {
-    TempFolder temp;
-    const ScopedEnvironment data("XDG_DATA_HOME", (temp / "data").string());
-    const Show show = testing::sampleShow("Unsaved", 2);
-
-    const ShowPackage package = ShowPackage::scratch(show);
-    EXPECT_EQ(package.url(), temp / "data/Velarion/Unsaved" / (show.id.text() + ".velarion"));
-    EXPECT_EQ(package.open(), show);
 }
 
 TEST(ShowPackageMedia, ClassifiesFilesByExtension) {
