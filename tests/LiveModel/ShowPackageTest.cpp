@@ -386,23 +386,5 @@ TEST(ShowPackageCrash, AKilledSaveLeavesTheOldOrTheNewDocument) {
     }
 }
 
-// A disk that fills during a save (a file size limit in a child stands in
-// for it): the save fails and the old document opens whole.
-TEST(ShowPackageCrash, ASaveOntoAFullDiskFailsAndKeepsTheOldDocument) {
-    TempFolder temp;
-    const Show small = testing::sampleShow("Small", 2);
-    const ShowPackage package = ShowPackage::create(temp / "Full.velarion", small);
-    const std::string before = readText(package.url() / "show.json");
-    const std::string said = testing::runInForkedChild([&] {
-        testing::limitFileSizeBytes(static_cast<long>(before.size()) + 4096);
-        package.save(testing::sampleShow("Large", 400));
-        return std::string("saved");
-    });
-    EXPECT_TRUE(said.starts_with("(threw) ")) << said;
-    EXPECT_EQ(readText(package.url() / "show.json"), before);
-    EXPECT_EQ(package.open(), small);
-    EXPECT_EQ(folderListing(package.url()), (std::vector<std::string>{"Media", "show.json"}));
-}
-
 } // namespace
 } // namespace velarion
