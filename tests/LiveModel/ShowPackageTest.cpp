@@ -355,8 +355,6 @@ TEST_F(ShowPackageTidy, MissingMediaLooksAtDeckPagesOrTheFile) {
 
 // ----------------------------------------------------------- a killed save
 
-// A process killed at any moment of a save leaves a document that opens as
-// the old show or the new one, never a torn or empty file.
 TEST(ShowPackageCrash, AKilledSaveLeavesTheOldOrTheNewDocument) {
     TempFolder temp;
     // Different sizes too, so that a torn write can't pass for either.
