@@ -5,11 +5,9 @@
 #include "AgentServiceFixture.h"
 #include "TempFolder.h"
 
-#include <fstream>
-
-#include <future>
-
 #include <cstdlib>
+#include <fstream>
+#include <future>
 
 namespace velarion::testing {
 namespace {
@@ -221,12 +219,6 @@ TEST_F(AgentBuilding, WholeShowToolsGoThroughTheHost) {
     ok("set_safe_slide", R"({"image":""})");
     EXPECT_EQ(host->current().holding, (HoldingScreen{std::nullopt, "Back soon", ""}));
 }
-
-} // namespace
-} // namespace velarion::testing
-
-namespace velarion::testing {
-namespace {
 
 TEST_F(AgentBuilding, ImportMediaAddsItemsAndCuesAndReportsWhatFailed) {
     TempFolder temp{"velarion-agent-import"};

@@ -45,38 +45,23 @@ struct ListedSources final : NDISourceFinder {
         return found;
     }
 };
+using AgentNDISources = AgentServiceFixture;
 
-TEST_F(AgentOverTheSocket, NDISourcesAreListedAndAddedToTheLibrary) {
+TEST_F(AgentNDISources, AreListedAndAddedToTheLibrary) {
     open();
     auto sources = std::make_shared<ListedSources>();
     sources->found = {{"STUDIO (Camera 1)", "10.0.0.5:5961"}, {"STUDIO (Slides)", std::nullopt}};
     host->ndiSources = sources;
-    socketTest::TempFolder folder;
-    socketTest::ThreadMainLoop mainLoop;
-    AgentSocketServer server(folder / "agent.sock", mainLoop,
-                             [this](AgentRequest request, AgentSocketServer::Reply reply) {
-                                 service.handle(request, std::move(reply));
-                             });
-    server.start();
-    AgentSocketClient client(folder / "agent.sock");
-
-    const AgentResponse listed = client.call("list_ndi_sources", JSONValue::Object{{"wait_seconds", 0.5}}, 5);
-    ASSERT_TRUE(listed.ok) << listed.error.value_or("");
-    const std::string expected =
-        R"x({"note":"Discovery does not confirm that a source is ready to play. Rehearse its picture and sound.",)x"
-        R"x("sources":[{"name":"STUDIO (Camera 1)","url":"10.0.0.5:5961"},{"name":"STUDIO (Slides)","url":null}]})x";
-    EXPECT_EQ(listed.result->text(), expected);
+    EXPECT_EQ(ok("list_ndi_sources", R"({"wait_seconds":0.5})").text(),
+              R"x({"note":"Discovery does not confirm that a source is ready to play. Rehearse its picture and sound.",)x"
+              R"x("sources":[{"name":"STUDIO (Camera 1)","url":"10.0.0.5:5961"},{"name":"STUDIO (Slides)","url":null}]})x");
     EXPECT_EQ(sources->waits, std::vector<double>{0.5});
 
-    const AgentResponse added = client.call(
-        "add_ndi_source", JSONValue::Object{{"name", "STUDIO (Camera 1)"}, {"add_cue", true}, {"cue_name", "Camera"}}, 5);
-    ASSERT_TRUE(added.ok) << added.error.value_or("");
-    EXPECT_EQ(textOf((*(*added.result)["media"])["kind"]), "ndi");
-    EXPECT_EQ(textOf((*(*added.result)["cue"])["name"]), "Camera");
-    server.stop();
-    const Show show = *host->show();
-    ASSERT_EQ(show.library.size(), 1u);
-    EXPECT_EQ(show.library[0].ndiSource, (NDISource{"STUDIO (Camera 1)", std::nullopt}));
+    const JSONValue added = ok("add_ndi_source", R"x({"name":"STUDIO (Camera 1)","add_cue":true,"cue_name":"Camera"})x");
+    EXPECT_EQ(textOf((*added["media"])["kind"]), "ndi");
+    EXPECT_EQ(textOf((*added["cue"])["name"]), "Camera");
+    ASSERT_EQ(host->current().library.size(), 1u);
+    EXPECT_EQ(host->current().library[0].ndiSource, (NDISource{"STUDIO (Camera 1)", std::nullopt}));
 }
 
 } // namespace

@@ -34,9 +34,9 @@ template <class Case> void expectCallFails(AgentSocketClient& client) {
     }
 }
 
-TEST(AgentSocketClient, TimesOutAndLeavesTheLateAnswerBehind) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+using SocketClient = SocketFixture;
+
+TEST_F(SocketClient, TimesOutAndLeavesTheLateAnswerBehind) {
     HeldRequests held;
     AgentSocketServer server(temp / "agent.sock", loop, held.handler());
     server.start();
@@ -50,9 +50,7 @@ TEST(AgentSocketClient, TimesOutAndLeavesTheLateAnswerBehind) {
     EXPECT_EQ(second.get(), AgentResponse::success(2, "two"));
 }
 
-TEST(AgentSocketClient, RetriesOnceWhenTheApplicationRestartedBetweenCalls) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+TEST_F(SocketClient, RetriesOnceWhenTheApplicationRestartedBetweenCalls) {
     AgentSocketServer server(temp / "agent.sock", loop, echoHandler());
     server.start();
     AgentSocketClient client(server.path());
@@ -69,9 +67,7 @@ TEST(AgentSocketClient, RetriesOnceWhenTheApplicationRestartedBetweenCalls) {
     expectCallFails<agentSocketError::NotRunning>(client);
 }
 
-TEST(AgentSocketClient, LosesTheResponseWhenTheServerStopsDuringTheCall) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+TEST_F(SocketClient, LosesTheResponseWhenTheServerStopsDuringTheCall) {
     HeldRequests held;
     AgentSocketServer server(temp / "agent.sock", loop, held.handler());
     server.start();
@@ -87,11 +83,9 @@ TEST(AgentSocketClient, LosesTheResponseWhenTheServerStopsDuringTheCall) {
 
 // Each answer echoes its call, and the client skips any id but the one it
 // waits for: a lost or reordered response ends in a wrong answer or a timeout.
-TEST(AgentSocketClient, ManyClientsAtOnceLoseAndReorderNothing) {
+TEST_F(SocketClient, ManyClientsAtOnceLoseAndReorderNothing) {
     constexpr int clients = 50;
     constexpr int callsEach = 1000;
-    ThreadMainLoop loop;
-    TempFolder temp;
     AgentSocketServer server(temp / "agent.sock", loop, echoHandler());
     server.start();
 

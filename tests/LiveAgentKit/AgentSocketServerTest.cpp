@@ -50,9 +50,9 @@ std::string startError(const std::string& path, AgentMainLoop& loop) {
     return "started";
 }
 
-TEST(AgentSocketServer, ListensOnTheLongestPathInPrivateFoldersAndRemovesItAtStop) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+using SocketServer = SocketFixture;
+
+TEST_F(SocketServer, ListensOnTheLongestPathInPrivateFoldersAndRemovesItAtStop) {
     const std::string folder = temp / "made/here";
     const std::string path = folder + "/" + std::string(103 - folder.size() - 1, 's');
     ASSERT_EQ(path.size(), 103u);
@@ -72,9 +72,7 @@ TEST(AgentSocketServer, ListensOnTheLongestPathInPrivateFoldersAndRemovesItAtSto
     EXPECT_FALSE(server.isListening());
 }
 
-TEST(AgentSocketServer, ReplacesAStaleFileAndRefusesPathsItCannotUse) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+TEST_F(SocketServer, ReplacesAStaleFileAndRefusesPathsItCannotUse) {
     const std::string stale = temp / "agent.sock";
     std::ofstream(stale) << "left by a crashed run";
     EXPECT_EQ(startError(stale, loop), "started");
@@ -85,9 +83,7 @@ TEST(AgentSocketServer, ReplacesAStaleFileAndRefusesPathsItCannotUse) {
     EXPECT_EQ(modeOf(temp / "never"), 0u);
 }
 
-TEST(AgentSocketServer, SkipsBlankLinesAndAnswersABadLineWithoutClosing) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+TEST_F(SocketServer, SkipsBlankLinesAndAnswersABadLineWithoutClosing) {
     AgentSocketServer server(temp / "agent.sock", loop, echoHandler());
     server.start();
     RawPeer peer(server.path());
@@ -103,9 +99,7 @@ TEST(AgentSocketServer, SkipsBlankLinesAndAnswersABadLineWithoutClosing) {
     EXPECT_EQ(peer.readLine(), echoLine(6));
 }
 
-TEST(AgentSocketServer, RunsTheRequestsOfOneConnectionStrictlyInTurn) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+TEST_F(SocketServer, RunsTheRequestsOfOneConnectionStrictlyInTurn) {
     HeldRequests held;
     AgentSocketServer server(temp / "agent.sock", loop, held.handler());
     server.start();
@@ -130,9 +124,7 @@ TEST(AgentSocketServer, RunsTheRequestsOfOneConnectionStrictlyInTurn) {
     EXPECT_EQ(second.readLine(), echoLine(9));
 }
 
-TEST(AgentSocketServer, KeepsHalfALineUntilTheRestArrives) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+TEST_F(SocketServer, KeepsHalfALineUntilTheRestArrives) {
     AgentSocketServer server(temp / "agent.sock", loop, echoHandler());
     server.start();
     RawPeer peer(server.path());
@@ -146,9 +138,7 @@ TEST(AgentSocketServer, KeepsHalfALineUntilTheRestArrives) {
     EXPECT_EQ(peer.readLine(), echoLine(4, Object{{"name", "Walk-in"}}));
 }
 
-TEST(AgentSocketServer, QueuesOutputForAClientThatDoesntReadAndServesTheOthers) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+TEST_F(SocketServer, QueuesOutputForAClientThatDoesntReadAndServesTheOthers) {
     constexpr int requests = 40;
     const std::string big(200'000, 'x'); // 8 MB in all: far beyond a socket's buffer
     std::atomic<int> handled = 0;
@@ -182,9 +172,7 @@ TEST(AgentSocketServer, QueuesOutputForAClientThatDoesntReadAndServesTheOthers) 
     }
 }
 
-TEST(AgentSocketServer, AcceptsAgainOnceDescriptorsAreFree) {
-    ThreadMainLoop loop;
-    TempFolder temp;
+TEST_F(SocketServer, AcceptsAgainOnceDescriptorsAreFree) {
     AgentSocketServer server(temp / "agent.sock", loop, echoHandler());
     server.start();
     RawPeer served(server.path());

@@ -13,6 +13,7 @@
 #include <condition_variable>
 #include <cstring>
 #include <deque>
+#include <gtest/gtest.h>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
@@ -74,6 +75,12 @@ private:
     std::deque<Task> tasks_;
     bool stopping_ = false;
     std::thread thread_;
+};
+
+// A main loop and a private folder for each test.
+struct SocketFixture : ::testing::Test {
+    ThreadMainLoop loop;
+    TempFolder temp;
 };
 
 // Answers every request at once with its own arguments.

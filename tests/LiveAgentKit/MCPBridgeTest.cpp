@@ -163,21 +163,17 @@ TEST(MCPBridge, PassesToolCallsOnAndTheApplicationsWordsBack) {
     // Caught in the bridge: the application never sees it.
     EXPECT_EQ(callTool(bridge, "fire_cue").protocolError, "Give cue for fire_cue.");
 
+    // A socket failure reaches the agent as a tool error in the client's words.
+    MCPBridge orphan(settingsFor(temp / "nobody.sock"));
+    const ToolResult orphaned = callTool(orphan, "get_state");
+    EXPECT_TRUE(orphaned.isError);
+    EXPECT_EQ(orphaned.text, notRunning);
+
     const std::lock_guard lock(mutex);
     ASSERT_EQ(received.size(), 2u);
     EXPECT_EQ(received[0].tool, "get_show");
     EXPECT_EQ(received[1].tool, "fire_cue");
     EXPECT_EQ(received[1].arguments, JSONValue(Object{{"cue", "9"}}));
-}
-
-// The client's failures are tested with the client; here, that one reaches
-// the agent as a tool error in its words.
-TEST(MCPBridge, SocketFailuresAreToolErrorsInTheirOwnWords) {
-    TempFolder temp;
-    MCPBridge bridge(settingsFor(temp / "nobody.sock"));
-    const ToolResult result = callTool(bridge, "get_state");
-    EXPECT_TRUE(result.isError);
-    EXPECT_EQ(result.text, notRunning);
 }
 
 // The bridge as the agent host runs it: a copy in a folder of its own with a

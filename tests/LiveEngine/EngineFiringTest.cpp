@@ -152,19 +152,15 @@ TEST_F(Firing, PausingHoldsAPreWaitUntilResumed) {
 }
 
 TEST_F(Firing, EachCueThatCantPlaySaysWhyAndStopsItsChain) {
-    const auto media = [&](const std::string& file, MediaKind kind) {
-        const Uuid id = addItem(file, kind);
-        return id;
-    };
     const std::vector<std::pair<std::function<CueKind()>, std::string>> cases = {
         {[&] {
              images.failingPaths.insert("/shows/Test.velarion/Media/Logo.png");
-             return ImageCue{media("Logo.png", MediaKind::image)};
+             return ImageCue{addItem("Logo.png", MediaKind::image)};
          },
          "the image is missing"},
         {[&] { return ImageCue{Uuid::random()}; }, "the image is missing"},
         {[&] {
-             const Uuid camera = media("Camera", MediaKind::video);
+             const Uuid camera = addItem("Camera", MediaKind::video);
              show.library.edit(show.library.size() - 1).ndiSource = NDISourceReference{"STUDIO (Camera 1)", {}};
              return VideoCue{camera};
          },
@@ -173,7 +169,7 @@ TEST_F(Firing, EachCueThatCantPlaySaysWhyAndStopsItsChain) {
         {[&] { return PlaylistCue{{Uuid::random(), Uuid::random()}}; }, "none of its songs can play"},
         {[&] {
              players.missingPaths.insert("/shows/Test.velarion/Media/Lost.mp3");
-             return PlaylistCue{{Uuid::random(), media("Lost.mp3", MediaKind::audio)}};
+             return PlaylistCue{{Uuid::random(), addItem("Lost.mp3", MediaKind::audio)}};
          },
          "the sound file is missing"},
     };

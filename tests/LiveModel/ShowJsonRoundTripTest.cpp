@@ -11,23 +11,6 @@
 namespace velarion {
 namespace {
 
-// Names the first part of two shows that differs, so that a failure says where.
-std::string firstDifference(const Show& a, const Show& b) {
-    for (std::size_t i = 0; i < std::min(a.sections.size(), b.sections.size()); ++i) {
-        if (!(a.sections[i] == b.sections[i]))
-            return "sections[" + std::to_string(i) + "]";
-    }
-    for (std::size_t i = 0; i < std::min(a.library.size(), b.library.size()); ++i) {
-        if (!(a.library[i] == b.library[i]))
-            return "library[" + std::to_string(i) + "]";
-    }
-    if (!(a.outputs == b.outputs))
-        return "outputs";
-    if (!(a.cueGroups == b.cueGroups))
-        return "cueGroups";
-    return a == b ? "nothing" : "a top-level field";
-}
-
 std::vector<bench::BenchmarkShowShape> shapes() {
     bench::BenchmarkShowShape medium;
     medium.seed = 40;
@@ -39,7 +22,6 @@ std::vector<bench::BenchmarkShowShape> shapes() {
     medium.screenCount = 7;
     medium.feedCount = 3;
     medium.cueGroupCount = 8;
-
     return {bench::smallShowShape(1), bench::smallShowShape(2), medium};
 }
 
@@ -49,7 +31,7 @@ TEST(RoundTripShows, DecodingTheEncodedShowGivesItBackAndEncodingIsStable) {
         const Show show = bench::makeBenchmarkShow(shape);
         const std::string text = encodeShow(show);
         const Show decoded = decodeShow(text);
-        EXPECT_TRUE(decoded == show) << "differs in " << firstDifference(decoded, show);
+        EXPECT_TRUE(decoded == show);
         EXPECT_EQ(encodeShow(decoded), text);
     }
 }

@@ -56,10 +56,7 @@ std::optional<StillImage> FakeScreenPictures::stage(const StagePictureInputs& in
     return tinyStill();
 }
 
-std::optional<StillImage> FakeScreenPictures::identify(const std::string& name, ScreenRole) {
-    identified.push_back(name);
-    return tinyStill();
-}
+std::optional<StillImage> FakeScreenPictures::identify(const std::string&, ScreenRole) { return tinyStill(); }
 
 std::optional<StillImage> FakeScreenPictures::pattern(OutputTestPattern) { return tinyStill(); }
 

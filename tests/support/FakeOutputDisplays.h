@@ -48,7 +48,6 @@ public:
     std::optional<StillImage> pattern(OutputTestPattern pattern) override;
 
     std::vector<StagePictureInputs> stages;
-    std::vector<std::string> identified;
 };
 
 } // namespace velarion::testing

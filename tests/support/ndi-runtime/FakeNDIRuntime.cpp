@@ -185,25 +185,19 @@ bool attach(Receiver& receiver) {
 
 extern "C" {
 
-__attribute__((visibility("default"))) bool NDIlib_initialize(void) {
+bool NDIlib_initialize(void) {
     const char* fail = std::getenv("VELARION_FAKE_NDI_FAIL_INIT");
     if (fail && *fail == '1') return false;
     mkdir(directory().c_str(), 0700);
     return true;
 }
 
-__attribute__((visibility("default"))) const char* NDIlib_version(void) { return "6.0.0 (test runtime)"; }
+const char* NDIlib_version(void) { return "6.0.0 (test runtime)"; }
 
-__attribute__((visibility("default"))) NDIlib_find_instance_t NDIlib_find_create_v2(const NDIlib_find_create_t*) {
-    return new Finder;
-}
+NDIlib_find_instance_t NDIlib_find_create_v2(const NDIlib_find_create_t*) { return new Finder; }
+void NDIlib_find_destroy(NDIlib_find_instance_t finder) { delete static_cast<Finder*>(finder); }
 
-__attribute__((visibility("default"))) void NDIlib_find_destroy(NDIlib_find_instance_t finder) {
-    delete static_cast<Finder*>(finder);
-}
-
-__attribute__((visibility("default"))) const NDIlib_source_t*
-NDIlib_find_get_current_sources(NDIlib_find_instance_t instance, std::uint32_t* count) {
+const NDIlib_source_t* NDIlib_find_get_current_sources(NDIlib_find_instance_t instance, std::uint32_t* count) {
     auto* finder = static_cast<Finder*>(instance);
     finder->names = liveSources();
     finder->urls.assign(finder->names.size(), "shm://" + directory());
@@ -214,8 +208,7 @@ NDIlib_find_get_current_sources(NDIlib_find_instance_t instance, std::uint32_t* 
     return finder->sources.data();
 }
 
-__attribute__((visibility("default"))) bool NDIlib_find_wait_for_sources(NDIlib_find_instance_t instance,
-                                                                          std::uint32_t timeoutMs) {
+bool NDIlib_find_wait_for_sources(NDIlib_find_instance_t instance, std::uint32_t timeoutMs) {
     auto* finder = static_cast<Finder*>(instance);
     const auto end = nowMs() + timeoutMs;
     do {
@@ -225,7 +218,7 @@ __attribute__((visibility("default"))) bool NDIlib_find_wait_for_sources(NDIlib_
     return false;
 }
 
-__attribute__((visibility("default"))) NDIlib_send_instance_t NDIlib_send_create(const NDIlib_send_create_t* settings) {
+NDIlib_send_instance_t NDIlib_send_create(const NDIlib_send_create_t* settings) {
     if (!settings || !settings->p_ndi_name || !*settings->p_ndi_name) return nullptr;
     auto* sender = new Sender;
     sender->name = hostName() + " (" + settings->p_ndi_name + ")";
@@ -248,7 +241,7 @@ __attribute__((visibility("default"))) NDIlib_send_instance_t NDIlib_send_create
     return sender;
 }
 
-__attribute__((visibility("default"))) void NDIlib_send_destroy(NDIlib_send_instance_t instance) {
+void NDIlib_send_destroy(NDIlib_send_instance_t instance) {
     auto* sender = static_cast<Sender*>(instance);
     if (!sender) return;
     sender->map.header->closed = 1;
@@ -257,8 +250,7 @@ __attribute__((visibility("default"))) void NDIlib_send_destroy(NDIlib_send_inst
     delete sender;
 }
 
-__attribute__((visibility("default"))) void NDIlib_send_send_video_v2(NDIlib_send_instance_t instance,
-                                                                       const NDIlib_video_frame_v2_t* frame) {
+void NDIlib_send_send_video_v2(NDIlib_send_instance_t instance, const NDIlib_video_frame_v2_t* frame) {
     auto* sender = static_cast<Sender*>(instance);
     if (!sender || !frame || !frame->p_data) return;
     const std::size_t rowBytes = static_cast<std::size_t>(frame->xres) * 4;
@@ -279,8 +271,7 @@ __attribute__((visibility("default"))) void NDIlib_send_send_video_v2(NDIlib_sen
     header->videoSequence.fetch_add(1);
 }
 
-__attribute__((visibility("default"))) void NDIlib_send_send_audio_v2(NDIlib_send_instance_t instance,
-                                                                       const NDIlib_audio_frame_v2_t* frame) {
+void NDIlib_send_send_audio_v2(NDIlib_send_instance_t instance, const NDIlib_audio_frame_v2_t* frame) {
     auto* sender = static_cast<Sender*>(instance);
     if (!sender || !frame || !frame->p_data || frame->no_channels * frame->no_samples > audioSlotFloats) return;
     Header* header = sender->map.header;
@@ -296,12 +287,11 @@ __attribute__((visibility("default"))) void NDIlib_send_send_audio_v2(NDIlib_sen
     header->audioWritten = number + 1;
 }
 
-__attribute__((visibility("default"))) const NDIlib_source_t* NDIlib_send_get_source_name(NDIlib_send_instance_t instance) {
+const NDIlib_source_t* NDIlib_send_get_source_name(NDIlib_send_instance_t instance) {
     return instance ? &static_cast<Sender*>(instance)->source : nullptr;
 }
 
-__attribute__((visibility("default"))) int NDIlib_send_get_no_connections(NDIlib_send_instance_t instance,
-                                                                         std::uint32_t) {
+int NDIlib_send_get_no_connections(NDIlib_send_instance_t instance, std::uint32_t) {
     auto* sender = static_cast<Sender*>(instance);
     int count = 0;
     for (auto& beat : sender->map.header->receiverBeats) {
@@ -311,7 +301,7 @@ __attribute__((visibility("default"))) int NDIlib_send_get_no_connections(NDIlib
     return count;
 }
 
-__attribute__((visibility("default"))) NDIlib_recv_instance_t NDIlib_recv_create_v3(const NDIlib_recv_create_v3_t* settings) {
+NDIlib_recv_instance_t NDIlib_recv_create_v3(const NDIlib_recv_create_v3_t* settings) {
     if (!settings || !settings->source_to_connect_to.p_ndi_name) return nullptr;
     auto* receiver = new Receiver;
     receiver->name = settings->source_to_connect_to.p_ndi_name;
@@ -319,7 +309,7 @@ __attribute__((visibility("default"))) NDIlib_recv_instance_t NDIlib_recv_create
     return receiver;
 }
 
-__attribute__((visibility("default"))) void NDIlib_recv_destroy(NDIlib_recv_instance_t instance) {
+void NDIlib_recv_destroy(NDIlib_recv_instance_t instance) {
     auto* receiver = static_cast<Receiver*>(instance);
     if (!receiver) return;
     if (receiver->map.header && receiver->slot >= 0) receiver->map.header->receiverBeats[receiver->slot].store(0);
@@ -327,9 +317,9 @@ __attribute__((visibility("default"))) void NDIlib_recv_destroy(NDIlib_recv_inst
     delete receiver;
 }
 
-__attribute__((visibility("default"))) NDIlib_frame_type_e NDIlib_recv_capture_v2(
-    NDIlib_recv_instance_t instance, NDIlib_video_frame_v2_t* video, NDIlib_audio_frame_v2_t* audio,
-    NDIlib_metadata_frame_t*, std::uint32_t timeoutMs) {
+NDIlib_frame_type_e NDIlib_recv_capture_v2(NDIlib_recv_instance_t instance, NDIlib_video_frame_v2_t* video,
+                                           NDIlib_audio_frame_v2_t* audio, NDIlib_metadata_frame_t*,
+                                           std::uint32_t timeoutMs) {
     auto* receiver = static_cast<Receiver*>(instance);
     const auto end = nowMs() + timeoutMs;
     do {
@@ -387,22 +377,18 @@ __attribute__((visibility("default"))) NDIlib_frame_type_e NDIlib_recv_capture_v
     return NDIlib_frame_type_none;
 }
 
-__attribute__((visibility("default"))) void NDIlib_recv_free_video_v2(NDIlib_recv_instance_t,
-                                                                       const NDIlib_video_frame_v2_t*) {}
-__attribute__((visibility("default"))) void NDIlib_recv_free_audio_v2(NDIlib_recv_instance_t,
-                                                                       const NDIlib_audio_frame_v2_t*) {}
-__attribute__((visibility("default"))) void NDIlib_recv_free_metadata(NDIlib_recv_instance_t,
-                                                                       const NDIlib_metadata_frame_t*) {}
+void NDIlib_recv_free_video_v2(NDIlib_recv_instance_t, const NDIlib_video_frame_v2_t*) {}
+void NDIlib_recv_free_audio_v2(NDIlib_recv_instance_t, const NDIlib_audio_frame_v2_t*) {}
+void NDIlib_recv_free_metadata(NDIlib_recv_instance_t, const NDIlib_metadata_frame_t*) {}
 
-__attribute__((visibility("default"))) int NDIlib_recv_get_no_connections(NDIlib_recv_instance_t instance) {
+int NDIlib_recv_get_no_connections(NDIlib_recv_instance_t instance) {
     auto* receiver = static_cast<Receiver*>(instance);
     return attach(*receiver) ? 1 : 0;
 }
 
 #ifndef VELARION_FAKE_NDI_INCOMPLETE
-__attribute__((visibility("default"))) void NDIlib_recv_get_performance(NDIlib_recv_instance_t instance,
-                                                                         NDIlib_recv_performance_t* total,
-                                                                         NDIlib_recv_performance_t* dropped) {
+void NDIlib_recv_get_performance(NDIlib_recv_instance_t instance, NDIlib_recv_performance_t* total,
+                                 NDIlib_recv_performance_t* dropped) {
     auto* receiver = static_cast<Receiver*>(instance);
     if (total) *total = {receiver->videoFrames, receiver->audioFrames, 0};
     if (dropped) *dropped = {receiver->droppedVideo, 0, 0};
