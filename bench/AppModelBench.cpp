@@ -12,7 +12,7 @@
 // Time runs in virtual time; only the model's own work is timed (manual
 // time), not the edits that precede each autosave.
 
-#include "AppDoubles.h"
+#include "BenchAppDoubles.h"
 #include "FakePictures.h"
 #include "FakePlayers.h"
 #include "ShowGenerator.h"
@@ -51,35 +51,20 @@ double threadCpuSeconds() {
 
 // A model on the doubles in a temporary home, with the large show saved
 // twice so that opens can alternate between two packages.
-struct BenchApp {
-    BenchApp() {
+struct BenchApp : BenchAppDoubles {
+    BenchApp() : BenchAppDoubles("velarion-bench") {
         const Show show = makeBenchmarkShow();
         ShowPackage::create(first, show);
         ShowPackage::create(second, show);
-        model = std::make_unique<AppModel>(AppPorts{scheduler, players, images, cards, slides, nullptr,
-                                                    outputs, slidePages, desktop, folders, writer,
-                                                    application, preferences});
+        model = std::make_unique<AppModel>(ports());
         // The first opens organize and write each package once; what is
         // measured afterwards is the open of a tidy show.
         model->openShow(first);
         model->openShow(second);
     }
 
-    testing::TempFolder home{"velarion-bench"};
     std::filesystem::path first = home / "Documents" / "A.velarion";
     std::filesystem::path second = home / "Documents" / "B.velarion";
-    testing::VirtualScheduler scheduler;
-    testing::FakeMediaPlayers players{scheduler};
-    testing::FakeImageLoader images;
-    testing::FakeTextCards cards;
-    testing::FakeSlidePictures slides;
-    testing::RecordingOutputManagers outputs;
-    testing::FakeSlidePages slidePages;
-    testing::RecordingDesktopServices desktop;
-    testing::TempShowFolders folders{home.path()};
-    ThreadShowWriter writer{scheduler};
-    testing::RecordingApplicationControl application;
-    Preferences preferences{home / "preferences.json"};
     std::unique_ptr<AppModel> model;
 };
 

@@ -16,7 +16,7 @@
 // Times are the main thread's CPU time, so a busy machine doesn't inflate
 // them.
 
-#include "AppDoubles.h"
+#include "BenchAppDoubles.h"
 #include "GoldenScenes.h"
 #include "PrivateXServer.h"
 #include "FakePictures.h"
@@ -75,13 +75,12 @@ double residentMiB() {
     return double(resident) * double(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
 }
 
-struct BenchConsole {
-    BenchConsole() {
+struct BenchConsole : BenchAppDoubles {
+    BenchConsole() : BenchAppDoubles("velarion-console-bench") {
         const Show show = makeBenchmarkShow();
         ShowPackage::create(first, show);
         ShowPackage::create(second, show);
-        model = std::make_unique<AppModel>(AppPorts{scheduler, players, images, cards, slides, nullptr, outputs,
-                                                    slidePages, desktop, folders, writer, application, preferences});
+        model = std::make_unique<AppModel>(ports());
         model->openShow(first);
         model->openShow(second);
         window = std::make_unique<console::ConsoleWindow>(*model, [this] { return scheduler.now(); });
@@ -94,21 +93,8 @@ struct BenchConsole {
         window->runOfShow().viewport()->repaint();
     }
 
-    testing::TempFolder home{"velarion-console-bench"};
     std::filesystem::path first = home / "Documents" / "A.velarion";
     std::filesystem::path second = home / "Documents" / "B.velarion";
-    testing::VirtualScheduler scheduler;
-    testing::FakeMediaPlayers players{scheduler};
-    testing::FakeImageLoader images;
-    testing::FakeTextCards cards;
-    testing::FakeSlidePictures slides;
-    testing::RecordingOutputManagers outputs;
-    testing::FakeSlidePages slidePages;
-    testing::RecordingDesktopServices desktop;
-    testing::TempShowFolders folders{home.path()};
-    ThreadShowWriter writer{scheduler};
-    testing::RecordingApplicationControl application;
-    Preferences preferences{home / "preferences.json"};
     std::unique_ptr<AppModel> model;
     std::unique_ptr<console::ConsoleWindow> window;
 };

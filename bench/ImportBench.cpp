@@ -10,7 +10,7 @@
 // - Import/pptxTwentySlides: a 20-slide PowerPoint deck to pages through
 //   LibreOffice headless and poppler.
 
-#include "AppDoubles.h"
+#include "BenchAppDoubles.h"
 #include "FakePictures.h"
 #include "FakePlayers.h"
 #include "GeneratedSound.h"
@@ -53,23 +53,9 @@ std::vector<fs::path> makeFiles(const fs::path& folder, int count, std::size_t b
     return files;
 }
 
-struct BenchApp {
-    testing::TempFolder home{"velarion-import-bench"};
-    testing::VirtualScheduler scheduler;
-    testing::FakeMediaPlayers players{scheduler};
-    testing::FakeImageLoader images;
-    testing::FakeTextCards cards;
-    testing::FakeSlidePictures slides;
-    testing::RecordingOutputManagers outputs;
-    testing::FakeSlidePages slidePages;
-    testing::RecordingDesktopServices desktop;
-    testing::TempShowFolders folders{home.path()};
-    ThreadShowWriter writer{scheduler};
-    testing::RecordingApplicationControl application;
-    Preferences preferences{home / "preferences.json"};
-    std::unique_ptr<AppModel> model = std::make_unique<AppModel>(AppPorts{
-        scheduler, players, images, cards, slides, nullptr, outputs, slidePages, desktop, folders, writer,
-        application, preferences});
+struct BenchApp : BenchAppDoubles {
+    BenchApp() : BenchAppDoubles("velarion-import-bench") {}
+    std::unique_ptr<AppModel> model = std::make_unique<AppModel>(ports());
 };
 
 double processCpuSeconds() {
