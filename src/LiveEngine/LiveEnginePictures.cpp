@@ -221,6 +221,8 @@ void LiveEngine::watchVideoEnd(const std::shared_ptr<VideoSurface>& surface, con
 void LiveEngine::videoEnded(const Uuid& runID) {
     const Run* run = findRun(runID);
     if (run == nullptr) return;
+    if (const std::string broke = run->video ? run->video->failure() : std::string(); !broke.empty())
+        return fail(runID, "its video broke off: " + broke);
     const auto& video = std::get<VideoCue>(run->cue.kind);
     // A video with an out point ends by the tick, at that point.
     if (video.outPoint && !video.loops) return;

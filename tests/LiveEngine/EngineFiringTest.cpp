@@ -172,6 +172,11 @@ TEST_F(Firing, EachCueThatCantPlaySaysWhyAndStopsItsChain) {
              return PlaylistCue{{Uuid::random(), addItem("Lost.mp3", MediaKind::audio)}};
          },
          "the sound file is missing"},
+        {[&] {
+             players.defaultVideoBehaviour = {.durationSeconds = 0.5, .breaksOffWith = "the file was deleted"};
+             return VideoCue{addItem("Film.mp4", MediaKind::video)};
+         },
+         "its video broke off: the file was deleted"},
     };
     for (const auto& [build, reason] : cases) {
         SCOPED_TRACE(reason);

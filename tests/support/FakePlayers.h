@@ -104,6 +104,8 @@ struct FakeVideoBehaviour {
     double prepareSeconds = 0.05;
     // When set, `prepare` answers with this instead of the facts.
     std::optional<VideoSurfaceError> failure;
+    // When set, the end of the file is playback breaking off in these words.
+    std::string breaksOffWith;
 };
 
 class FakeVideoSurface final : public VideoSurface {
@@ -141,6 +143,7 @@ public:
         deviceUID_ = deviceUID;
     }
     void setAudioSink(VideoAudioSink sink) override { audioSink = std::move(sink); }
+    std::string failure() const override { return behaviour_.breaksOffWith; }
     VideoAudioSink audioSink;
 
     int playCount = 0;

@@ -79,6 +79,11 @@ public:
 
     // The audio tap (see VideoAudioSink.h); an empty sink removes it.
     virtual void setAudioSink(VideoAudioSink sink) = 0;
+
+    // Why playback broke off after a good prepare (a file deleted, a device
+    // gone), in the player's words; empty while nothing went wrong. The end
+    // it causes still arrives through `onEnd`.
+    virtual std::string failure() const { return {}; }
 };
 
 } // namespace velarion

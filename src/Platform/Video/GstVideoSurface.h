@@ -82,7 +82,7 @@ public:
     };
     FrameCounts frameCounts() const;
     // The pipeline's failure after a good prepare, in GStreamer's words.
-    std::string failure() const;
+    std::string failure() const override;
 
     struct Shared; // state shared with the bus and streaming threads
 
