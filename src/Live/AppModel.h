@@ -425,6 +425,8 @@ private:
     void finishImport(const Uuid& requestID, const Uuid& showID, ImportResult result, bool addCues,
                       const std::optional<CueInsertionPoint>& at);
     MediaImportQueue& importQueue();
+    void startImportTask(const std::vector<std::filesystem::path>& files, const Uuid& requestID,
+                         std::function<void(ImportResult)> finished);
     // Made at the first import; its thread stops before the model goes.
     std::unique_ptr<MediaImportQueue> importQueue_;
     bool agentMayRun_ = false;

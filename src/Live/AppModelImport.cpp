@@ -27,17 +27,10 @@ void AppModel::importFiles(const std::vector<std::filesystem::path>& files, bool
     importProgress_ = ImportProgress{0, static_cast<int>(files.size()), 0, 0, {}};
     const Uuid showID = show_->id;
     const std::weak_ptr<int> alive = token();
-    importTask_ = importQueue().start(
-        files, *package_,
-        {[this, alive, id = *requestID](const ImportProgress& progress) {
-             if (alive.expired() || importRequestID_ != id) return;
-             importProgress_ = progress;
-             changed();
-         },
-         [this, alive, id = *requestID, showID, addCues, at](ImportResult result) {
-             if (alive.expired()) return;
-             finishImport(id, showID, std::move(result), addCues, at);
-         }});
+    startImportTask(files, *requestID, [this, alive, id = *requestID, showID, addCues, at](ImportResult result) {
+        if (alive.expired()) return;
+        finishImport(id, showID, std::move(result), addCues, at);
+    });
 }
 
 void AppModel::finishImport(const Uuid& requestID, const Uuid& showID, ImportResult result, bool addCues,
@@ -120,21 +113,29 @@ void AppModel::agentImportMedia(const std::vector<std::filesystem::path>& files,
     if (!requestID) return done(std::nullopt, errorDescription(editError::Locked{}));
     const Uuid showID = show_->id;
     const std::weak_ptr<int> alive = token();
+    startImportTask(files, *requestID, [this, alive, id = *requestID, showID, done = std::move(done)](ImportResult result) {
+        if (alive.expired()) return done(std::nullopt, "Velarion isn't ready.");
+        const bool current = show_ && show_->id == showID && importRequestID_ == id;
+        importProgress_.reset();
+        endImport(id);
+        if (!current) return done(std::nullopt, "The show was closed before the import finished.");
+        done(std::move(result), {});
+    });
+}
+
+// Copies on the import worker; progress of the current request reaches the
+// status while the model lives.
+void AppModel::startImportTask(const std::vector<std::filesystem::path>& files, const Uuid& requestID,
+                               std::function<void(ImportResult)> finished) {
+    const std::weak_ptr<int> alive = token();
     importTask_ = importQueue().start(
         files, *package_,
-        {[this, alive, id = *requestID](const ImportProgress& progress) {
-             if (alive.expired() || importRequestID_ != id) return;
+        {[this, alive, requestID](const ImportProgress& progress) {
+             if (alive.expired() || importRequestID_ != requestID) return;
              importProgress_ = progress;
              changed();
          },
-         [this, alive, id = *requestID, showID, done = std::move(done)](ImportResult result) {
-             if (alive.expired()) return done(std::nullopt, "Velarion isn't ready.");
-             const bool current = show_ && show_->id == showID && importRequestID_ == id;
-             importProgress_.reset();
-             endImport(id);
-             if (!current) return done(std::nullopt, "The show was closed before the import finished.");
-             done(std::move(result), {});
-         }});
+         std::move(finished)});
 }
 
 } // namespace velarion
