@@ -96,9 +96,15 @@ void Inspector::buildSection(QWidget* parent) {
     auto* form = new QFormLayout(section_);
     form->setContentsMargins(0, 6, 0, 6);
     form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    const auto label = [this](const char* words) {
+        auto* made = new QLabel(words, section_);
+        made->setMinimumWidth(InspectorForm::labelWidth);
+        made->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        return made;
+    };
     sectionTitle_ = new QLineEdit(section_);
     sectionTitle_->setAccessibleName("Title");
-    form->addRow("Title", sectionTitle_);
+    form->addRow(label("Title"), sectionTitle_);
     connect(sectionTitle_, &QLineEdit::editingFinished, this, [this] {
         if (!sectionTitle_->isModified() || !shownSection_) return;
         sectionTitle_->setModified(false);
@@ -111,7 +117,7 @@ void Inspector::buildSection(QWidget* parent) {
     start_->setDisplayFormat("HH:mm");
     startRow->addWidget(hasStart_);
     startRow->addWidget(start_, 1);
-    form->addRow("Planned start", startRow);
+    form->addRow(label("Planned start"), startRow);
     auto* lengthRow = new QHBoxLayout;
     hasLength_ = new QCheckBox(section_);
     length_ = new QSpinBox(section_);
@@ -120,7 +126,7 @@ void Inspector::buildSection(QWidget* parent) {
     length_->setKeyboardTracking(false);
     lengthRow->addWidget(hasLength_);
     lengthRow->addWidget(length_, 1);
-    form->addRow("Planned length", lengthRow);
+    form->addRow(label("Planned length"), lengthRow);
     connect(hasStart_, &QCheckBox::clicked, this, [this] { commitSchedule(); });
     connect(start_, &QTimeEdit::editingFinished, this, [this] { commitSchedule(); });
     connect(hasLength_, &QCheckBox::clicked, this, [this] { commitSchedule(); });

@@ -55,7 +55,11 @@ InspectorForm::InspectorForm(const QString& heading, std::function<void(CueChang
 
 void InspectorForm::row(const QString& label, QWidget* widget, std::function<void(const Show&, const Cue&)> load) {
     widget->setAccessibleName(label);
-    layout_->addRow(label, widget);
+    // One label width on every form, so the fields line up down the page.
+    auto* words = new QLabel(label, this);
+    words->setMinimumWidth(labelWidth);
+    words->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    layout_->addRow(words, widget);
     loaders_.push_back(std::move(load));
 }
 

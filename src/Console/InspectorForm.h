@@ -48,6 +48,8 @@ struct NumberFormat {
 
 class InspectorForm : public QWidget {
 public:
+    static constexpr int labelWidth = 165;
+
     InspectorForm(const QString& heading, std::function<void(CueChange)> commit, QWidget* parent = nullptr);
 
     QLineEdit* text(const QString& label, std::function<std::string(const Cue&)> get,
