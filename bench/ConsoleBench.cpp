@@ -26,6 +26,7 @@
 #include "VirtualScheduler.h"
 
 #include "Console/ConsoleWindow.h"
+#include "Console/Inspector.h"
 #include "Console/LiveRail.h"
 #include "Console/OperatorKeys.h"
 #include "Console/RunOfShowModel.h"
@@ -188,6 +189,29 @@ void liveRailUpdate(benchmark::State& state) {
     state.counters["rssMiB"] = residentMiB();
 }
 BENCHMARK(liveRailUpdate)->Name("Console/liveRailUpdate")->UseManualTime()->Unit(benchmark::kMicrosecond);
+
+// A click on another cue until the inspector has painted its page: the
+// selection, the page of the cue's kind read from the show, and the paint.
+// The cues are taken in show order, so the kind changes as it does by hand.
+void selectToPaintedInspector(benchmark::State& state) {
+    BenchConsole& bench = console();
+    console::Inspector inspector(*bench.model);
+    inspector.resize(400, 900);
+    inspector.show();
+    QApplication::processEvents();
+    const std::vector<const Cue*> cues = bench.model->show()->allCues();
+    std::size_t next = 0;
+    for (auto _ : state) {
+        const Uuid id = cues[next++ % cues.size()]->id;
+        const auto start = Clock::now();
+        bench.model->selectCue(id);
+        inspector.refresh();
+        inspector.viewport()->repaint();
+        state.SetIterationTime(secondsSince(start));
+    }
+    state.counters["cues"] = double(cues.size());
+}
+BENCHMARK(selectToPaintedInspector)->Name("Console/selectToPaintedInspector")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(300);
 
 double steadySeconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();

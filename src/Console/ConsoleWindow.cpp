@@ -2,6 +2,7 @@
 
 #include "Console/ConsolePages.h"
 #include "Console/ConsoleTheme.h"
+#include "Console/Inspector.h"
 #include "Console/LiveRail.h"
 #include "Console/OperatorKeys.h"
 #include "Console/ProgramPreview.h"
@@ -125,10 +126,10 @@ void ConsoleWindow::buildPanels() {
     libraryDock_->setObjectName("library");
     libraryDock_->setWidget(library_);
     addDockWidget(Qt::LeftDockWidgetArea, libraryDock_);
-    inspector_ = new QLabel(this);
-    inspector_->setWordWrap(true);
-    inspector_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    inspector_->setMargin(8);
+    inspector_ = new Inspector(model_, this);
+    inspector_->selectedCues = [this] { return runOfShow_->selectedCueIDs(); };
+    inspector_->selectedSection = [this] { return runOfShow_->selectedSectionID(); };
+    runOfShow_->onSelectionChanged = [this] { inspector_->refresh(); };
     inspectorDock_ = new QDockWidget("Inspector", this);
     inspectorDock_->setObjectName("inspector");
     inspectorDock_->setWidget(inspector_);
@@ -171,16 +172,7 @@ void ConsoleWindow::refresh() {
     // The lock is seen at a glance: the run of show's frame turns amber too.
     runOfShow_->setStyleSheet(model_.isLocked() ? "QTreeView { border: 2px solid #d89a28; }" : "");
 
-    QString inspector;
-    if (hasShow && model_.selectedCueID())
-        if (const Cue* cue = model_.show()->cue(*model_.selectedCueID())) {
-            inspector = "<b>" + qt(cue->name).toHtmlEscaped() + "</b><br>" +
-                        qt(std::string(cueKind::label(cue->kind))) + "<br>" +
-                        qt(cueDescription(*cue, *model_.show())).toHtmlEscaped();
-            if (!cue->notes.empty()) inspector += "<br><br>" + qt(cue->notes).toHtmlEscaped();
-            if (!cue->isEnabled) inspector += "<br><i>Disabled</i>";
-        }
-    inspector_->setText(inspector);
+    inspector_->refresh();
     updateTitle();
     updateActions();
     refreshLive();

@@ -38,6 +38,7 @@ class Preferences;
 namespace velarion::console {
 
 class HistoryView;
+class Inspector;
 class LiveRail;
 class OperatorKeys;
 class ProgramPreview;
@@ -72,6 +73,7 @@ public:
     ProgramPreview& preview() { return *preview_; }
     StartPage& startPage() { return *startPage_; }
     HistoryView& history() { return *history_; }
+    Inspector& inspector() { return *inspector_; }
     OperatorKeys& keys() { return *keys_; }
     QLabel& lockBadge() { return *lock_; }
 
@@ -119,7 +121,7 @@ private:
     QDockWidget* libraryDock_ = nullptr;
     QListWidget* library_ = nullptr;
     QDockWidget* inspectorDock_ = nullptr;
-    QLabel* inspector_ = nullptr;
+    Inspector* inspector_ = nullptr;
     QWidget* readyWindow_ = nullptr;
     QLabel* status_ = nullptr;
     QLabel* lock_ = nullptr;

@@ -89,7 +89,7 @@ RunOfShowView::RunOfShowView(AppModel& model, RunOfShowModel& rows, QWidget* par
     setItemsExpandable(false);
     setUniformRowHeights(true);
     setAllColumnsShowFocus(true);
-    setSelectionMode(QAbstractItemView::SingleSelection);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     setDragEnabled(true);
@@ -135,10 +135,30 @@ void RunOfShowView::renameSelected() {
 
 void RunOfShowView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
     QTreeView::selectionChanged(selected, deselected);
-    if (following_) return;
-    const QModelIndexList rows = selectionModel()->selectedRows();
-    if (rows.isEmpty()) return;
-    if (auto cue = rows_.cueAt(rows.front()); cue && cue != model_.selectedCueID()) model_.selectCue(cue);
+    if (!following_) {
+        const QModelIndexList rows = selectionModel()->selectedRows();
+        const QModelIndex current = currentIndex();
+        const bool currentIsSelected = current.isValid() && selectionModel()->isRowSelected(current.row(), {});
+        std::optional<Uuid> cue = currentIsSelected ? rows_.cueAt(current) : std::nullopt;
+        if (!cue && !currentIsSelected && !rows.isEmpty()) cue = rows_.cueAt(rows.front());
+        if (cue && cue != model_.selectedCueID()) model_.selectCue(cue);
+    }
+    if (onSelectionChanged) onSelectionChanged();
+}
+
+std::vector<Uuid> RunOfShowView::selectedCueIDs() const {
+    QModelIndexList rows = selectionModel()->selectedRows();
+    std::ranges::sort(rows, {}, &QModelIndex::row);
+    std::vector<Uuid> ids;
+    for (const QModelIndex& row : rows)
+        if (auto cue = rows_.cueAt(row)) ids.push_back(*cue);
+    return ids;
+}
+
+std::optional<Uuid> RunOfShowView::selectedSectionID() const {
+    const QModelIndex current = currentIndex();
+    if (!rows_.isSectionRow(current.row()) || !selectionModel()->isRowSelected(current.row(), {})) return std::nullopt;
+    return rows_.sectionAt(current);
 }
 
 } // namespace velarion::console

@@ -1,12 +1,20 @@
 #pragma once
 // RunOfShowView: the run of show's list. Section headings span the row; Next
 // has a blue bar, running cues fill with their progress, cue groups are
-// joined by a coloured stripe at the left. The selection is the model's
-// selected cue; renaming happens in place (double click or F2).
+// joined by a coloured stripe at the left. The current row is the model's
+// selected cue; more cues join the selection with Ctrl and Shift, for the
+// inspector to change together. Renaming happens in place (double click or
+// F2).
 //
 // Contract: main thread; the AppModel and the RunOfShowModel outlive it.
 
+#include "Identity/Uuid.h"
+
 #include <QTreeView>
+
+#include <functional>
+#include <optional>
+#include <vector>
 
 namespace velarion {
 class AppModel;
@@ -27,6 +35,12 @@ public:
     void followSelection();
     // Opens the rename field on the selected cue.
     void renameSelected();
+    // Every selected cue, in show order; the section whose heading is the
+    // current row, if selected.
+    std::vector<Uuid> selectedCueIDs() const;
+    std::optional<Uuid> selectedSectionID() const;
+    // After any change of the selection, the operator's or the model's.
+    std::function<void()> onSelectionChanged;
 
 protected:
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;

@@ -2,6 +2,7 @@
 
 #include "Console/ConsolePages.h"
 #include "Console/ConsoleWindow.h"
+#include "Console/Inspector.h"
 #include "Console/KindIcons.h"
 #include "Console/LiveRail.h"
 #include "Console/ProgramPreview.h"
@@ -63,6 +64,15 @@ std::map<std::string, QImage> snapshotViews(AppModel& model, std::function<doubl
     views["console.png"] = window.grab().toImage();
     views["run-of-show.png"] = window.runOfShow().grab().toImage();
     views["live-rail.png"] = window.rail().grab().toImage();
+    {
+        // The docks stay closed without preferences: an inspector of its
+        // own, at a dock's usual size.
+        Inspector inspector(model);
+        inspector.resize(snapshotInspectorWidth, snapshotHeight);
+        inspector.show();
+        settle(100);
+        views["inspector.png"] = inspector.grab().toImage();
+    }
     // Past every dissolve, so the picture is the settled one.
     views["program.png"] = window.preview().drawAt(now() + 5);
     window.action("History")->trigger();

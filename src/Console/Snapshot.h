@@ -24,6 +24,7 @@ namespace velarion::console {
 
 inline constexpr int snapshotWidth = 1280;
 inline constexpr int snapshotHeight = 800;
+inline constexpr int snapshotInspectorWidth = 400;
 
 // File name ("start-page.png") to picture.
 std::map<std::string, QImage> snapshotViews(AppModel& model, std::function<double()> now,

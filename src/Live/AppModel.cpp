@@ -104,6 +104,7 @@ void AppModel::load(const Show& show, const ShowPackage& package) {
     selectedMediaID_.reset();
 
     caches_ = {};
+    if (audition_ && audition_->cueID()) audition_->stop();
 
     outputManager_ = ports_.outputs.make();
     std::erase_if(mirrors_, [](const std::weak_ptr<SceneSink>& sink) { return sink.expired(); });
@@ -115,7 +116,7 @@ void AppModel::load(const Show& show, const ShowPackage& package) {
         controlsMusicApps_);
     engine_->backdropReadyURL = ports_.backdropReady;
     engine_->prepareBackdropLoop = ports_.prepareBackdrop;
-    engine_->onProviderWillStart = ports_.onProviderWillStart;
+    engine_->onProviderWillStart = [this](StreamApp app) { providerWillStart(app); };
 
     if (!options_.isSnapshotRun) {
         session_.opened(package.url());
@@ -304,6 +305,7 @@ void AppModel::close() {
     selectedCueID_.reset();
     selectedMediaID_.reset();
     caches_ = {};
+    if (audition_ && audition_->cueID()) audition_->stop();
 
     rename_.reset();
     slideEditors_.clear();

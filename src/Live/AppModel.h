@@ -35,6 +35,7 @@
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveEngine/LiveEngine.h"
 #include "LiveEngine/MediaImportQueue.h"
+#include "LiveEngine/ProviderPreviewSession.h"
 #include "LiveModel/CueInsertionPoint.h"
 #include "LiveEngine/ReadyCheck.h"
 #include "LiveModel/EditHistory.h"
@@ -192,6 +193,9 @@ public:
 
     // ---- Editing ----
     bool edit(const ShowEdit& edit);
+    // Several edits as one undo step: all go in, or none with the refusal's
+    // words.
+    bool editTogether(const std::vector<ShowEdit>& edits);
     void undo();
     void redo();
     bool isLocked() const { return history_.isLocked; }
@@ -333,6 +337,21 @@ public:
     void removeMirror(const std::shared_ptr<SceneSink>& sink);
     std::vector<DisplayInfo> availableDisplays() const;
 
+    // ---- The audition of a song cue in its music app (AppModelAudition.cpp) ----
+    struct AuditionState {
+        std::optional<Uuid> cueID; // the cue under test
+        bool isStarting = false;
+        std::optional<StreamStatus> status;
+        std::string note; // stays after the test ends, until the next one
+        friend bool operator==(const AuditionState&, const AuditionState&) = default;
+    };
+    static constexpr const char* noMusicApps = "The music apps can't be reached from this computer.";
+    // Plays the Spotify or Music song cue in its app without firing it;
+    // false, with the note set, when it can't be tested.
+    bool audition(const Uuid& cueID);
+    void stopAudition();
+    AuditionState auditionState() const;
+
     // ---- The agent's grants and connection ----
     bool agentMayRun() const { return agentMayRun_; }
     void setAgentMayRun(bool may);
@@ -395,6 +414,8 @@ private:
     const MediaItem* latestItem(const Uuid& itemID) const;
     std::weak_ptr<int> token() const { return life_; }
     std::unique_ptr<MIDIControlCenter> makeMIDIControl();
+    // Live playback is about to take the app: the audition gives way.
+    void providerWillStart(StreamApp app);
 
     AppPorts ports_;
     AppOptions options_;
@@ -456,6 +477,9 @@ private:
     // Unfinished draws by deck item id; each newer one replaces the older.
     std::map<Uuid, PageDraw> pageDraws_;
     std::uint64_t pageDrawCount_ = 0;
+    // Made at the first audition; its work holds it weakly.
+    std::unique_ptr<ProviderPreviewSession> audition_;
+    std::string auditionNote_;
     std::shared_ptr<int> life_ = std::make_shared<int>(0);
     // Last, so that its input stops before anything its hooks reach goes.
     std::unique_ptr<MIDIControlCenter> midi_ = makeMIDIControl();

@@ -40,6 +40,21 @@ bool AppModel::edit(const ShowEdit& edit) {
     return true;
 }
 
+bool AppModel::editTogether(const std::vector<ShowEdit>& edits) {
+    if (!show_ || edits.empty()) return false;
+    Show next;
+    try {
+        next = history_.apply(edits, *show_);
+    } catch (const ShowEditError& error) {
+        refuse(error.errorDescription());
+        return false;
+    }
+    std::set<Uuid> touched;
+    for (const ShowEdit& edit : edits) touched.merge(touchedCueIDs(edit));
+    commit(std::move(next), touched);
+    return true;
+}
+
 void AppModel::undo() {
     if (!show_) return;
     std::optional<Show> restored = history_.undo(*show_);

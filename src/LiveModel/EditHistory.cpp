@@ -6,9 +6,12 @@ namespace velarion {
 
 EditHistory::EditHistory(int limit) : limit_(std::max(limit, 1)) {}
 
-Show EditHistory::apply(const ShowEdit& edit, const Show& to) {
+Show EditHistory::apply(const ShowEdit& edit, const Show& to) { return apply(std::vector<ShowEdit>{edit}, to); }
+
+Show EditHistory::apply(const std::vector<ShowEdit>& edits, const Show& to) {
     if (isLocked) throw ShowEditError(editError::Locked{});
-    Show result = velarion::apply(edit, to);
+    Show result = to;
+    for (const ShowEdit& edit : edits) result = velarion::apply(edit, result);
     if (result == to) return result;
     undoStack_.push_back(to);
     if (undoStack_.size() > static_cast<std::size_t>(limit_)) undoStack_.erase(undoStack_.begin());

@@ -24,6 +24,9 @@ public:
     // or refused, with the stacks as they were. An edit that changes nothing
     // makes no step and leaves redo alone.
     Show apply(const ShowEdit& edit, const Show& to);
+    // The edits one after another as one step: all go in, or the first
+    // refusal throws and nothing does.
+    Show apply(const std::vector<ShowEdit>& edits, const Show& to);
 
     // The show before the last step, or none when locked or there is none.
     std::optional<Show> undo(const Show& from);
