@@ -25,7 +25,6 @@
 
 class QDockWidget;
 class QLabel;
-class QListWidget;
 class QSplitter;
 class QStackedWidget;
 class QTimer;
@@ -38,12 +37,13 @@ class Preferences;
 namespace velarion::console {
 
 class HistoryView;
+class LibraryPanel;
 class LiveRail;
 class OperatorKeys;
 class ProgramPreview;
 class RunOfShowModel;
 class RunOfShowView;
-class SlidesPage;
+class PresentView;
 class StartPage;
 
 class ConsoleWindow final : public QMainWindow {
@@ -72,6 +72,8 @@ public:
     ProgramPreview& preview() { return *preview_; }
     StartPage& startPage() { return *startPage_; }
     HistoryView& history() { return *history_; }
+    LibraryPanel& library() { return *library_; }
+    PresentView& present() { return *present_; }
     OperatorKeys& keys() { return *keys_; }
     QLabel& lockBadge() { return *lock_; }
 
@@ -110,14 +112,14 @@ private:
     StartPage* startPage_ = nullptr;
     QWidget* showPage_ = nullptr;
     RunOfShowView* runOfShow_ = nullptr;
-    SlidesPage* slidesPage_ = nullptr;
+    PresentView* present_ = nullptr;
     LiveRail* rail_ = nullptr;
     ProgramPreview* preview_ = nullptr;
     QSplitter* splitter_ = nullptr;
     HistoryView* history_ = nullptr;
     QDockWidget* historyDock_ = nullptr;
     QDockWidget* libraryDock_ = nullptr;
-    QListWidget* library_ = nullptr;
+    LibraryPanel* library_ = nullptr;
     QDockWidget* inspectorDock_ = nullptr;
     QLabel* inspector_ = nullptr;
     QWidget* readyWindow_ = nullptr;
