@@ -289,6 +289,8 @@ void PresentView::clicked(const Cell& cell) {
     else model_.perform(command::GoToDeckSlide{*deckCue_, cell.slide});
 }
 
+QWidget& PresentView::grid() { return *grid_; }
+
 QRect PresentView::slideRect(int slide) const {
     for (const Cell& cell : cells_)
         if (cell.kind == Cell::Kind::slide && cell.slide == slide) return cell.rect;

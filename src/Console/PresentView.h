@@ -63,6 +63,7 @@ public:
     // The tile of a slide, for tests and the scroll that follows the live one.
     QRect slideRect(int slide) const;
     QLabel& title() { return *title_; }
+    QWidget& grid();
 
 private:
     class Grid;
