@@ -203,7 +203,8 @@ LibraryPanel::LibraryPanel(AppModel& model, QWidget* parent)
 }
 
 LibraryPanel::~LibraryPanel() {
-    // The model's cells point into the pictures' answers: the list goes first.
+    // The items go before QWidget deletes the list, which would still hold
+    // them (and its delegate paints from them).
     list_->setModel(nullptr);
 }
 
