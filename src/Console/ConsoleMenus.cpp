@@ -4,6 +4,7 @@
 
 #include "Console/ConsolePages.h"
 #include "Console/ConsoleWindow.h"
+#include "Console/LibraryPanel.h"
 #include "Console/OperatorKeys.h"
 #include "Console/RunOfShowView.h"
 #include "Live/AppModel.h"
@@ -68,7 +69,7 @@ void ConsoleWindow::buildMenus() {
         if (model_.package()) model_.reveal(model_.package()->url());
     });
     file.addSeparator();
-    addAction(file, "Import Media…", QKeySequence("Ctrl+I"), [] {});
+    addAction(file, "Import Media…", QKeySequence("Ctrl+I"), [this] { library_->importPanel(); });
     file.addSeparator();
     addAction(file, "Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
 
@@ -184,7 +185,8 @@ void ConsoleWindow::updateActions() {
                             "Clear Everything", "Reset Live Column"})
         set(key, hasShow);
     // Built by the media import, outputs and slide editor work still to come.
-    for (const char* key : {"Import Media", "Outputs and Sound", "Make Slides"}) set(key, false);
+    for (const char* key : {"Outputs and Sound", "Make Slides"}) set(key, false);
+    set("Import Media", hasShow && !locked && !model_.isImporting());
     set("Show in File Manager", hasShow && model_.package() && !model_.package()->isScratch());
     set("Undo", model_.history().canUndo());
     set("Redo", model_.history().canRedo());

@@ -111,54 +111,6 @@ void StartPage::refresh() {
     unsavedHeading_->setVisible(unsaved_->count() > 0);
 }
 
-SlidesPage::SlidesPage(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {
-    auto* layout = new QVBoxLayout(this);
-    title_ = new QLabel(this);
-    title_->setStyleSheet("font-size: 15pt; font-weight: bold;");
-    layout->addWidget(title_);
-    slides_ = new QListWidget(this);
-    slides_->setStyleSheet("font-size: 14pt;");
-    slides_->setFocusPolicy(Qt::NoFocus);
-    connect(slides_, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) {
-        if (deckCue_) model_.perform(command::GoToDeckSlide{*deckCue_, slides_->row(item)});
-    });
-    layout->addWidget(slides_);
-}
-
-void SlidesPage::refresh() {
-    const EngineState* state = model_.engineState();
-    const auto& show = model_.show();
-    const Cue* cue = state && show && state->activeDeckCueID ? show->cue(*state->activeDeckCueID) : nullptr;
-    const auto* slides = cue ? std::get_if<SlidesCue>(&cue->kind) : nullptr;
-    const MediaItem* item = slides ? show->media(slides->deckID) : nullptr;
-    if (!item || !item->deck) {
-        deckCue_.reset();
-        deckShown_ = nullptr;
-        title_->setText("No slides are live");
-        slides_->clear();
-        return;
-    }
-    if (deckShown_ != item || deckCue_ != cue->id) {
-        deckShown_ = item;
-        deckCue_ = cue->id;
-        title_->setText(qt(cue->name));
-        slides_->clear();
-        const DeckInfo& deck = *item->deck;
-        const std::size_t count = deck.made ? deck.made->size() : deck.pages.size();
-        for (std::size_t i = 0; i < count; ++i) {
-            QString text = QString::number(i + 1) + "   ";
-            if (deck.made) {
-                const MadeSlide& slide = (*deck.made)[i];
-                if (slide.sectionName) text += "[" + qt(*slide.sectionName) + "]  ";
-                text += qt(slide.title.empty() ? slide.text : slide.title).replace('\n', " / ");
-            } else text += "Page " + QString::number(i + 1);
-            slides_->addItem(text);
-        }
-    }
-    const int active = state->activeSlide.value_or(-1);
-    if (slides_->currentRow() != active) slides_->setCurrentRow(active);
-}
-
 HistoryView::HistoryView(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

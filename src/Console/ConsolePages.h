@@ -1,7 +1,6 @@
 #pragma once
 // The console's smaller pages: the start page shown when no show is open,
-// the slides page of the live deck that the operator's view follows to, and
-// the History of the engine's log.
+// and the History of the engine's log.
 //
 // Contract: main thread; the AppModel outlives each page. `refresh` reads
 // the model and changes only what differs.
@@ -37,19 +36,6 @@ private:
     QListWidget* unsaved_ = nullptr;
     QLabel* noRecents_ = nullptr;
     QLabel* unsavedHeading_ = nullptr;
-};
-
-class SlidesPage final : public QWidget {
-public:
-    SlidesPage(AppModel& model, QWidget* parent = nullptr);
-    void refresh();
-
-private:
-    AppModel& model_;
-    QLabel* title_ = nullptr;
-    QListWidget* slides_ = nullptr;
-    std::optional<Uuid> deckCue_;
-    const void* deckShown_ = nullptr;
 };
 
 class HistoryView final : public QWidget {

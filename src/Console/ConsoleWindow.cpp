@@ -3,8 +3,10 @@
 #include "Console/ConsolePages.h"
 #include "Console/ConsoleTheme.h"
 #include "Console/Inspector.h"
+#include "Console/LibraryPanel.h"
 #include "Console/LiveRail.h"
 #include "Console/OperatorKeys.h"
+#include "Console/PresentView.h"
 #include "Console/ProgramPreview.h"
 #include "Console/RunOfShowModel.h"
 #include "Console/RunOfShowView.h"
@@ -18,7 +20,6 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QLabel>
-#include <QListWidget>
 #include <QMenuBar>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -89,9 +90,10 @@ void ConsoleWindow::buildPanels() {
     splitter_ = new QSplitter(Qt::Horizontal, showPage_);
     centre_ = new QStackedWidget(splitter_);
     runOfShow_ = new RunOfShowView(model_, *rows_, centre_);
-    slidesPage_ = new SlidesPage(model_, centre_);
+    library_ = new LibraryPanel(model_, this);
+    present_ = new PresentView(model_, library_->pictures(), centre_);
     centre_->addWidget(runOfShow_);
-    centre_->addWidget(slidesPage_);
+    centre_->addWidget(present_);
     auto* railColumn = new QWidget(splitter_);
     auto* railLayout = new QVBoxLayout(railColumn);
     railLayout->setContentsMargins(0, 0, 0, 0);
@@ -120,8 +122,6 @@ void ConsoleWindow::buildPanels() {
     addDockWidget(Qt::BottomDockWidgetArea, historyDock_);
     historyDock_->hide();
 
-    library_ = new QListWidget(this);
-    library_->setFocusPolicy(Qt::NoFocus);
     libraryDock_ = new QDockWidget("Library", this);
     libraryDock_->setObjectName("library");
     libraryDock_->setWidget(library_);
@@ -162,10 +162,8 @@ void ConsoleWindow::refresh() {
     const int scroll = runOfShow_->verticalScrollBar()->value();
     if (rows_->updateShow()) {
         runOfShow_->rowsRebuilt(scroll);
-        library_->clear();
-        if (hasShow)
-            for (const MediaItem& item : model_.show()->library) library_->addItem(qt(item.name));
     } else runOfShow_->followSelection();
+    library_->refresh();
 
     if (status_->text() != qt(model_.status())) status_->setText(qt(model_.status()));
     lock_->setVisible(hasShow && model_.isLocked());
@@ -182,7 +180,7 @@ void ConsoleWindow::refreshLive() {
     rows_->updateState();
     rail_->refresh();
     if (historyDock_->isVisible()) history_->refresh();
-    if (page_ == Page::slides) slidesPage_->refresh();
+    if (page_ == Page::slides) present_->refresh();
     preview_->refresh();
     followLiveView();
 }
@@ -212,8 +210,8 @@ void ConsoleWindow::showPage(Page page) {
     const bool start = page == Page::start;
     pages_->setCurrentWidget(start ? static_cast<QWidget*>(startPage_) : showPage_);
     if (start) startPage_->refresh();
-    else centre_->setCurrentWidget(page == Page::slides ? static_cast<QWidget*>(slidesPage_) : runOfShow_);
-    if (page == Page::slides) slidesPage_->refresh();
+    else centre_->setCurrentWidget(page == Page::slides ? static_cast<QWidget*>(present_) : runOfShow_);
+    if (page == Page::slides) present_->refresh();
     if (page == Page::cues) runOfShow_->setFocus();
     updateDocks();
 }

@@ -25,7 +25,6 @@
 
 class QDockWidget;
 class QLabel;
-class QListWidget;
 class QSplitter;
 class QStackedWidget;
 class QTimer;
@@ -39,12 +38,13 @@ namespace velarion::console {
 
 class HistoryView;
 class Inspector;
+class LibraryPanel;
 class LiveRail;
 class OperatorKeys;
 class ProgramPreview;
 class RunOfShowModel;
 class RunOfShowView;
-class SlidesPage;
+class PresentView;
 class StartPage;
 
 class ConsoleWindow final : public QMainWindow {
@@ -74,6 +74,8 @@ public:
     StartPage& startPage() { return *startPage_; }
     HistoryView& history() { return *history_; }
     Inspector& inspector() { return *inspector_; }
+    LibraryPanel& library() { return *library_; }
+    PresentView& present() { return *present_; }
     OperatorKeys& keys() { return *keys_; }
     QLabel& lockBadge() { return *lock_; }
 
@@ -112,14 +114,14 @@ private:
     StartPage* startPage_ = nullptr;
     QWidget* showPage_ = nullptr;
     RunOfShowView* runOfShow_ = nullptr;
-    SlidesPage* slidesPage_ = nullptr;
+    PresentView* present_ = nullptr;
     LiveRail* rail_ = nullptr;
     ProgramPreview* preview_ = nullptr;
     QSplitter* splitter_ = nullptr;
     HistoryView* history_ = nullptr;
     QDockWidget* historyDock_ = nullptr;
     QDockWidget* libraryDock_ = nullptr;
-    QListWidget* library_ = nullptr;
+    LibraryPanel* library_ = nullptr;
     QDockWidget* inspectorDock_ = nullptr;
     Inspector* inspector_ = nullptr;
     QWidget* readyWindow_ = nullptr;

@@ -7,6 +7,7 @@
 
 #include <QFont>
 #include <QMimeData>
+#include <QUrl>
 #include <QTimer>
 
 namespace velarion::console {
@@ -303,18 +304,41 @@ bool RunOfShowModel::moveCue(const Uuid& cueID, const DropPoint& point) {
     return model_.edit(edit::MoveMomentToSection{cueID, point.section, point.before});
 }
 
+bool RunOfShowModel::addMediaCues(const std::vector<Uuid>& itemIDs, const DropPoint& point) {
+    if (!model_.show()) return false;
+    std::vector<Cue> cues;
+    for (const Uuid& id : itemIDs)
+        if (const MediaItem* item = model_.show()->media(id)) cues.push_back(AppModel::makeCue(*item));
+    if (cues.empty() || !model_.edit(edit::InsertCues{cues, point.section, point.before})) return false;
+    model_.selectCue(cues.back().id);
+    model_.setStatus("Added " + cues.back().name);
+    return true;
+}
+
 bool RunOfShowModel::dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int, const QModelIndex& parent) {
-    if (action != Qt::MoveAction || !data->hasFormat(mimeType)) return false;
+    const QString format = data->hasFormat(mimeType) && action == Qt::MoveAction ? mimeType
+                           : data->hasFormat(mediaMimeType)                      ? mediaMimeType
+                                                                                 : QString();
+    if (format.isEmpty() && !data->hasUrls()) return false;
     if (row < 0 && parent.isValid()) row = parent.row();
     const auto point = dropPoint(row);
     if (!point) return false;
+    if (format.isEmpty()) {
+        // Files from the file manager: imported, with their cues landing here.
+        std::vector<std::filesystem::path> files;
+        for (const QUrl& url : data->urls())
+            if (url.isLocalFile()) files.emplace_back(url.toLocalFile().toStdString());
+        model_.importFiles(files, true, CueInsertionPoint{point->section, point->before});
+        return !files.empty();
+    }
     std::vector<Uuid> ids;
-    for (const QString& text : QString::fromUtf8(data->data(mimeType)).split('\n'))
+    for (const QString& text : QString::fromUtf8(data->data(format)).split('\n'))
         if (auto id = Uuid::parse(text.toStdString())) ids.push_back(*id);
     // The edit waits for the drag to finish: the rows it rebuilds are the
     // ones the view is still dropping on.
-    QTimer::singleShot(0, this, [this, ids, point = *point] {
-        for (const Uuid& id : ids) moveCue(id, point);
+    QTimer::singleShot(0, this, [this, ids, point = *point, format] {
+        if (format == mediaMimeType) addMediaCues(ids, point);
+        else for (const Uuid& id : ids) moveCue(id, point);
     });
     return false;
 }

@@ -38,6 +38,8 @@ public:
     };
     enum Mark { sectionMark = 1, nextMark = 2, runningMark = 4, groupStartMark = 8, groupEndMark = 16 };
     static inline const QString mimeType = QStringLiteral("application/x-velarion-cue-ids");
+    // Library items dragged in: each becomes a new cue where it is dropped.
+    static inline const QString mediaMimeType = QStringLiteral("application/x-velarion-media-ids");
 
     explicit RunOfShowModel(AppModel& model);
 
@@ -62,9 +64,9 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;
-    Qt::DropActions supportedDropActions() const override { return Qt::MoveAction; }
+    Qt::DropActions supportedDropActions() const override { return Qt::MoveAction | Qt::CopyAction; }
     Qt::DropActions supportedDragActions() const override { return Qt::MoveAction; }
-    QStringList mimeTypes() const override { return {mimeType}; }
+    QStringList mimeTypes() const override { return {mimeType, mediaMimeType, QStringLiteral("text/uri-list")}; }
     QMimeData* mimeData(const QModelIndexList& indexes) const override;
     bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
                       const QModelIndex& parent) override;
@@ -77,6 +79,9 @@ public:
     std::optional<DropPoint> dropPoint(int row) const;
     // Moves a cue's moment to `point` as one edit; false when refused.
     bool moveCue(const Uuid& cueID, const DropPoint& point);
+    // A cue for each library item at `point`, as one edit, the last one
+    // selected: "Added " and its name. False when refused or none is left.
+    bool addMediaCues(const std::vector<Uuid>& itemIDs, const DropPoint& point);
 
 private:
     struct Row {

@@ -4,7 +4,10 @@
 #include "Console/ConsoleWindow.h"
 #include "Console/Inspector.h"
 #include "Console/KindIcons.h"
+#include "Console/LibraryPanel.h"
+#include "Console/LibraryPictures.h"
 #include "Console/LiveRail.h"
+#include "Console/PresentView.h"
 #include "Console/ProgramPreview.h"
 #include "Console/RunOfShowView.h"
 #include "DemoShowBuilder.h"
@@ -75,6 +78,14 @@ std::map<std::string, QImage> snapshotViews(AppModel& model, std::function<doubl
     }
     // Past every dissolve, so the picture is the settled one.
     views["program.png"] = window.preview().drawAt(now() + 5);
+    const auto picturesLoaded = [&] { return window.library().pictures().pending() == 0; };
+    settle(10000, picturesLoaded);
+    views["library.png"] = window.library().grab().toImage();
+    window.showPage(ConsoleWindow::Page::slides);
+    settle(10000, picturesLoaded);
+    settle(100);
+    views["present.png"] = window.present().grab().toImage();
+    window.showPage(ConsoleWindow::Page::cues);
     window.action("History")->trigger();
     settle(100);
     views["history.png"] = window.history().grab().toImage();

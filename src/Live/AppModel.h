@@ -36,6 +36,7 @@
 #include "LiveEngine/LiveEngine.h"
 #include "LiveEngine/MediaImportQueue.h"
 #include "LiveEngine/ProviderPreviewSession.h"
+#include "LiveEngine/MediaPreviewPlayer.h"
 #include "LiveModel/CueInsertionPoint.h"
 #include "LiveEngine/ReadyCheck.h"
 #include "LiveModel/EditHistory.h"
@@ -288,6 +289,21 @@ public:
     using MediaImported = std::function<void(std::optional<ImportResult> result, const std::string& failure)>;
     void agentImportMedia(const std::vector<std::filesystem::path>& files, MediaImported done);
 
+    // ---- Preview of a library item on the Headphones output ----
+    // Apart from the show: nothing reaches the engine or the house sound.
+    // Without a Headphones output chosen nothing plays and the status says
+    // so (AppModelPreview.cpp).
+    static constexpr const char* noHeadphones =
+        "Choose a Headphones output in Settings \u2192 Sound to preview privately.";
+    bool previewMedia(const Uuid& itemID);
+    void stopPreview();
+    const std::optional<Uuid>& previewedMediaID() const { return previewedMediaID_; }
+    // None until the first preview.
+    const MediaPreviewPlayer* previewPlayer() const { return preview_.get(); }
+    // About ten times a second while previewing: follows the position and
+    // notices the end or a broken stream.
+    void tickPreview();
+
     // ---- MIDI control ----
     MIDIControlCenter& midi() { return *midi_; }
     // At launch: listens when MIDI control is enabled.
@@ -450,6 +466,9 @@ private:
                          std::function<void(ImportResult)> finished);
     // Made at the first import; its thread stops before the model goes.
     std::unique_ptr<MediaImportQueue> importQueue_;
+    std::unique_ptr<MediaPreviewPlayer> preview_;
+    std::optional<Uuid> previewedMediaID_;
+    bool previewStarts_ = false; // plays once the file has opened
     bool agentMayRun_ = false;
     bool agentMayEdit_ = false;
     bool skipsQuitQuestion_ = false;
