@@ -7,6 +7,7 @@
 #include "Console/ProgramPreview.h"
 #include "Console/RunOfShowModel.h"
 #include "Console/RunOfShowView.h"
+#include "Console/SlideEditorWindow.h"
 #include "Live/AppModel.h"
 #include "Live/OperatorText.h"
 #include "LiveModel/CueDescription.h"
@@ -40,6 +41,7 @@ ConsoleWindow::ConsoleWindow(AppModel& model, std::function<double()> now, Prefe
     setWindowIcon(QApplication::windowIcon());
     rows_ = std::make_unique<RunOfShowModel>(model_);
     keys_ = std::make_unique<OperatorKeys>(model_, *this);
+    slideEditors_ = std::make_unique<SlideEditorWindows>(model_, this);
     buildPanels();
     buildMenus();
 
@@ -88,6 +90,12 @@ void ConsoleWindow::buildPanels() {
     splitter_ = new QSplitter(Qt::Horizontal, showPage_);
     centre_ = new QStackedWidget(splitter_);
     runOfShow_ = new RunOfShowView(model_, *rows_, centre_);
+    // The name renames in place; elsewhere on a slides cue, its slides open.
+    connect(runOfShow_, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
+        const auto cue = rows_->cueAt(index);
+        if (cue && index.column() != RunOfShowModel::nameColumn && slideEditors_->deckOfCue(*cue))
+            slideEditors_->editOrMake(cue);
+    });
     slidesPage_ = new SlidesPage(model_, centre_);
     centre_->addWidget(runOfShow_);
     centre_->addWidget(slidesPage_);
@@ -183,6 +191,7 @@ void ConsoleWindow::refresh() {
     inspector_->setText(inspector);
     updateTitle();
     updateActions();
+    slideEditors_->refresh();
     refreshLive();
 }
 

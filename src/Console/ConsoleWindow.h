@@ -43,6 +43,7 @@ class OperatorKeys;
 class ProgramPreview;
 class RunOfShowModel;
 class RunOfShowView;
+class SlideEditorWindows;
 class SlidesPage;
 class StartPage;
 
@@ -74,6 +75,7 @@ public:
     HistoryView& history() { return *history_; }
     OperatorKeys& keys() { return *keys_; }
     QLabel& lockBadge() { return *lock_; }
+    SlideEditorWindows& slideEditors() { return *slideEditors_; }
 
     // Asks before closing while cues run: "Keep Running" keeps the window.
     std::function<bool()> confirmQuit;
@@ -105,6 +107,7 @@ private:
     std::function<void()> previousOnChange_;
     std::unique_ptr<RunOfShowModel> rows_;
     std::unique_ptr<OperatorKeys> keys_;
+    std::unique_ptr<SlideEditorWindows> slideEditors_;
     QStackedWidget* pages_ = nullptr;
     QStackedWidget* centre_ = nullptr;
     StartPage* startPage_ = nullptr;
