@@ -59,9 +59,8 @@ void SlideEditorCanvas::setSlide(const std::optional<MadeSlide>& slide, const QI
     if (slide == slide_ && sameBackground) return;
     slide_ = slide;
     background_ = background;
-    const std::vector<TextBox> boxes = shownBoxes();
-    if (selected_ && std::none_of(boxes.begin(), boxes.end(), [&](const TextBox& box) { return box.id == *selected_; }))
-        selected_.reset();
+    // The choice stays while its box is away: a box just added arrives with
+    // the redrawn slide, chosen.
     update();
 }
 
@@ -69,6 +68,7 @@ void SlideEditorCanvas::selectBox(const std::optional<Uuid>& boxID) {
     if (selected_ == boxID) return;
     selected_ = boxID;
     update();
+    if (onBoxSelected) onBoxSelected(selected_);
 }
 
 QRectF SlideEditorCanvas::pageRect() const {

@@ -31,6 +31,7 @@ public:
     void setSlide(const std::optional<MadeSlide>& slide, const QImage& background = {});
     const std::optional<MadeSlide>& slide() const { return slide_; }
     const std::optional<Uuid>& selectedBox() const { return selected_; }
+    // Also tells `onBoxSelected` when the choice changes.
     void selectBox(const std::optional<Uuid>& boxID);
 
     // Where the slide stands in the widget, and where a box stands on it.

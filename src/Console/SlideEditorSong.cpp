@@ -185,7 +185,11 @@ void SlideEditorSong::showParsed() {
     for (const Uuid& id : parsed_.order) ++sung[id];
     const int sectionCount = int(parsed_.sections.size());
     while (sections_->topLevelItemCount() > sectionCount) delete sections_->takeTopLevelItem(sectionCount);
-    while (sections_->topLevelItemCount() < sectionCount) sections_->addTopLevelItem(new QTreeWidgetItem);
+    while (sections_->topLevelItemCount() < sectionCount) {
+        auto* item = new QTreeWidgetItem;
+        sections_->addTopLevelItem(item);
+        item->setExpanded(true);
+    }
     int slideCount = 0;
     for (int i = 0; i < sectionCount; ++i) {
         const SongSection& section = parsed_.sections[std::size_t(i)];

@@ -95,7 +95,7 @@ SlideEditorWindow::SlideEditorWindow(AppModel& model, const Uuid& itemID, QWidge
     splitter->addWidget(centre);
     splitter->addWidget(songColumn_);
     splitter->setStretchFactor(1, 1);
-    splitter->setSizes({thumbnailWidth + 60, 700, 360});
+    splitter->setSizes({thumbnailWidth + 180, 640, 360});
 
     song_->onCommit = [this](const Song& song) { return model_.updateSong(itemID_, song); };
     canvas_->onBoxSelected = [this](const std::optional<Uuid>&) {
@@ -142,13 +142,18 @@ void SlideEditorWindow::buildSlideColumn(QWidget* column) {
     slides_->setIconSize(QSize(thumbnailWidth, thumbnailWidth * 9 / 16));
     slides_->setSpacing(2);
     slides_->setUniformItemSizes(true);
+    slides_->setTextElideMode(Qt::ElideRight);
+    slides_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     layout->addWidget(slides_, 1);
     templates_ = new QComboBox(column);
     for (SlideTemplate kind : templateList) templates_->addItem(qt(std::string(slideTemplate::name(kind))));
-    layout->addWidget(templates_);
+    templates_->setToolTip("The template of a slide added");
     auto* add = new QPushButton("Add Slide", column);
     connect(add, &QPushButton::clicked, this, [this] { addSlide(); });
-    layout->addWidget(add);
+    auto* addRow = new QHBoxLayout;
+    addRow->addWidget(templates_, 1);
+    addRow->addWidget(add);
+    layout->addLayout(addRow);
     auto* row = new QHBoxLayout;
     auto* copy = new QPushButton("Copy", column);
     connect(copy, &QPushButton::clicked, this, [this] { copySlide(); });
