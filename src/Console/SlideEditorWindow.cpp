@@ -206,7 +206,18 @@ void SlideEditorWindow::buildBoxRow(QWidget* column) {
     colour_ = new QPushButton("Colour…", column);
     backgroundRow->addWidget(colour_);
     layout->addLayout(backgroundRow);
+    auto* deckRow = new QHBoxLayout;
+    deckRow->addWidget(new QLabel("Behind every slide", column));
+    deckBackground_ = new QComboBox(column);
+    deckRow->addWidget(deckBackground_, 1);
+    covering_ = new QLabel(column);
+    covering_->setStyleSheet("color: #e0a030;");
+    deckRow->addWidget(covering_);
+    layout->addLayout(deckRow);
     editing_.insert(editing_.end(), {boxSize_, boxBold_, boxAlign_, addBox, removeBox, ink, background_, colour_});
+    connect(deckBackground_, &QComboBox::currentIndexChanged, this, [this](int index) {
+        if (!filling_) deckBackgroundChosen(index);
+    });
 
     boxTimer_ = new QTimer(this);
     boxTimer_->setSingleShot(true);
@@ -307,10 +318,59 @@ void SlideEditorWindow::refresh() {
     }
     refreshSlides(*deck->deck->made);
     const MadeSlide* chosen = chosenSlide();
-    canvas_->setSlide(chosen ? std::optional<MadeSlide>(*chosen) : std::nullopt,
-                      chosen ? picture(chosen->imageID) : QImage());
+    // While pages are drawn the show still has the slide as it was: a box
+    // just let go stays where it was put until the change is in.
+    const bool waiting = model_.isDrawingPages() && chosen && canvas_->slide() && canvas_->slide()->id == chosen->id;
+    if (!waiting)
+        canvas_->setSlide(chosen ? std::optional<MadeSlide>(*chosen) : std::nullopt,
+                          chosen ? picture(chosen->imageID) : QImage());
     refreshBoxFields();
     refreshBackgrounds();
+    refreshDeckBackground(*deck);
+}
+
+void SlideEditorWindow::refreshDeckBackground(const MediaItem& deck) {
+    std::vector<Backdrop> backdrops{backdrop::None{}};
+    QStringList words{"Nothing"};
+    for (BuiltInBackdrop loop : {BuiltInBackdrop::drift, BuiltInBackdrop::ember, BuiltInBackdrop::mono,
+                                 BuiltInBackdrop::dawn, BuiltInBackdrop::forest, BuiltInBackdrop::ocean}) {
+        backdrops.push_back(backdrop::BuiltIn{loop});
+        words << qt(std::string(displayName(loop))) + " loop";
+    }
+    for (const MediaItem& media : model_.show()->library)
+        if (media.kind == MediaKind::image || media.kind == MediaKind::video) {
+            backdrops.push_back(backdrop::Media{media.id});
+            words << (media.kind == MediaKind::image ? "Picture: " : "Video: ") + qt(media.name);
+        }
+    filling_ = true;
+    if (backdrops != deckBackdrops_) {
+        deckBackground_->clear();
+        deckBackground_->addItems(words);
+        deckBackdrops_ = backdrops;
+    }
+    const Backdrop current = deck.deck->background.value_or(backdrop::None{});
+    const auto found = std::find(backdrops.begin(), backdrops.end(), current);
+    // A colour behind the deck has no row of its own: it reads as nothing chosen.
+    const int index = found == backdrops.end() ? 0 : int(found - backdrops.begin());
+    if (deckBackground_->currentIndex() != index) deckBackground_->setCurrentIndex(index);
+    // Whatever is drawn while pages are being drawn would be overwritten.
+    deckBackground_->setEnabled(!model_.isLocked() && !model_.isDrawingPages());
+    filling_ = false;
+    const int covering = deck.deck->backgroundCoveringPageCount();
+    covering_->setText(covering == 0 ? QString()
+                                     : (covering == 1 ? QString("1 slide hides it")
+                                                      : QString::number(covering) + " slides hide it"));
+}
+
+void SlideEditorWindow::deckBackgroundChosen(int index) {
+    const auto& show = model_.show();
+    const MediaItem* found = show ? show->media(itemID_) : nullptr;
+    if (!found || !found->deck || index < 0 || index >= int(deckBackdrops_.size())) return;
+    MediaItem changed = *found;
+    const Backdrop& chosen = deckBackdrops_[std::size_t(index)];
+    if (std::holds_alternative<backdrop::None>(chosen)) changed.deck->background.reset();
+    else changed.deck->background = chosen;
+    model_.edit(edit::UpdateMedia{std::move(changed)});
 }
 
 void SlideEditorWindow::refreshSlides(const std::vector<MadeSlide>& slides) {

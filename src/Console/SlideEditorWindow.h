@@ -19,6 +19,7 @@
 
 #include "Identity/Uuid.h"
 #include "LiveModel/DeckInfo.h"
+#include "LiveModel/TimerMode.h"
 
 #include <QIcon>
 #include <QImage>
@@ -33,6 +34,7 @@
 class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
+class QLabel;
 class QListWidget;
 class QPlainTextEdit;
 class QPushButton;
@@ -70,6 +72,7 @@ public:
     QPlainTextEdit& boxText() { return *boxText_; }
     QComboBox& background() { return *background_; }
     QComboBox& templates() { return *templates_; }
+    QComboBox& deckBackground() { return *deckBackground_; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -92,6 +95,8 @@ private:
     void copySlide();
     void pasteSlide();
     void backgroundChosen(int index);
+    void refreshDeckBackground(const MediaItem& deck);
+    void deckBackgroundChosen(int index);
     QImage picture(const std::optional<Uuid>& imageID);
     QIcon thumbnail(const MadeSlide& slide);
 
@@ -109,6 +114,9 @@ private:
     QComboBox* boxAlign_ = nullptr;
     QComboBox* background_ = nullptr;
     QPushButton* colour_ = nullptr;
+    QComboBox* deckBackground_ = nullptr;
+    QLabel* covering_ = nullptr;
+    std::vector<Backdrop> deckBackdrops_; // by row of `deckBackground_`
     QTimer* boxTimer_ = nullptr;
     std::vector<QWidget*> editing_; // off in Show Mode
     // Words typed into a box and not yet sent: which slide and box.

@@ -10,6 +10,7 @@
 #include "Console/SlideEditorWindow.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -147,6 +148,33 @@ TEST_F(SlideEditorTest, ADragOnTheCanvasIsOneChangeThatUndoTakesBack) {
         settle();
         EXPECT_EQ(lyricBox(0), before) << item.what;
         EXPECT_EQ(model->status(), "Undone") << item.what;
+    }
+}
+
+TEST_F(SlideEditorTest, BackgroundsChosenFromTheListsReachTheShow) {
+    const MediaItem sky = makeItem(MediaKind::image, "Sky");
+    ASSERT_TRUE(model->edit(edit::AddMedia{sky}));
+    settle();
+    const auto slide = [&] { return deck().deck->made->front(); };
+    struct Case {
+        QComboBox& list;
+        const char* row;
+        std::function<bool()> landed;
+    };
+    const std::vector<Case> cases{
+        {editor->background(), "Picture: Sky", [&] { return slide().imageID == sky.id; }},
+        {editor->background(), "Clear — what is behind shows through",
+         [&] { return slide().isClear == true && !slide().imageID; }},
+        {editor->deckBackground(), "Ember loop",
+         [&] { return deck().deck->background == Backdrop(backdrop::BuiltIn{BuiltInBackdrop::ember}); }},
+        {editor->deckBackground(), "Picture: Sky", [&] { return deck().deck->background == Backdrop(backdrop::Media{sky.id}); }},
+    };
+    for (const Case& item : cases) {
+        const int row = item.list.findText(item.row);
+        ASSERT_GE(row, 0) << item.row;
+        item.list.setCurrentIndex(row);
+        settle();
+        EXPECT_TRUE(item.landed()) << item.row;
     }
 }
 
