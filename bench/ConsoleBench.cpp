@@ -15,14 +15,22 @@
 //   the Library panel painted: its rows rebuilt, the pictures asked of the
 //   worker (they load behind; the answers are not waited for) and one paint
 //   of the visible list. Aim: 100 ms.
+// - Console/songKeystroke: one key typed into the slide editor's lyrics of
+//   a 120-line song to the parser's slides shown beside them and painted.
+//   Aim: 16 ms.
+// - Console/songSendToSlides: the typed lyrics sent to the show: the deck's
+//   slides redrawn with hand edits kept (page pictures by the double), the
+//   edit, and the console and editor refreshed and painted. Aim: 16 ms.
 // The program runs on a private Xvfb with Mesa's software OpenGL.
 // Each reports the console's resident memory ("rssMiB") with the show open.
 // Times are the main thread's CPU time, so a busy machine doesn't inflate
 // them.
 
 #include "BenchAppDoubles.h"
+#include "GeneratedText.h"
 #include "GoldenScenes.h"
 #include "PrivateXServer.h"
+#include "ShowBuilder.h"
 #include "FakePictures.h"
 #include "FakePlayers.h"
 #include "ShowGenerator.h"
@@ -38,6 +46,8 @@
 #include "Console/OperatorKeys.h"
 #include "Console/RunOfShowModel.h"
 #include "Console/RunOfShowView.h"
+#include "Console/SlideEditorSong.h"
+#include "Console/SlideEditorWindow.h"
 #include "Live/AppModel.h"
 #include "Live/ThreadShowWriter.h"
 #include "LiveModel/ShowEdit.h"
@@ -48,6 +58,9 @@
 #include <QImage>
 #include <QListView>
 #include <QKeyEvent>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QTextBlock>
 #include <QScreen>
 #include <QScrollBar>
 
@@ -336,6 +349,79 @@ void framesWhilePasting(benchmark::State& state) {
     }
 }
 BENCHMARK(framesWhilePasting)->Name("Console/framesWhilePasting")->Arg(0)->Arg(1)->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
+
+// A small show holding the 120-line song, its slide editor open.
+struct BenchSongEditor : BenchAppDoubles {
+    BenchSongEditor() : BenchAppDoubles("velarion-song-editor-bench") {
+        const auto location = home / "Documents" / "Songs.velarion";
+        ShowPackage::create(location, testing::makeShow("Songs", {testing::makeSection("Worship")}));
+        model = std::make_unique<AppModel>(ports());
+        model->openShow(location);
+        model->addSong(Song::parsing(songLyrics(), LyricLook::overBackground, 2));
+        window = std::make_unique<console::ConsoleWindow>(*model, [this] { return scheduler.now(); });
+        window->show();
+        const Uuid deckID = model->show()->library.front().id;
+        editor = window->slideEditors().open(deckID);
+        QApplication::processEvents();
+        lyrics = &editor->song().lyrics();
+        lyrics->setFocus();
+    }
+    // The cursor at the end of a line in the middle of the second verse.
+    void placeCursor() {
+        QTextCursor cursor(lyrics->document()->findBlockByNumber(30));
+        cursor.movePosition(QTextCursor::EndOfBlock);
+        lyrics->setTextCursor(cursor);
+    }
+    void type(Qt::Key key, const QString& text) {
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QApplication::sendEvent(lyrics, &press);
+    }
+
+    std::unique_ptr<AppModel> model;
+    std::unique_ptr<console::ConsoleWindow> window;
+    console::SlideEditorWindow* editor = nullptr;
+    QPlainTextEdit* lyrics = nullptr;
+};
+
+void songKeystroke(benchmark::State& state) {
+    BenchSongEditor bench;
+    bench.placeCursor();
+    int typed = 0;
+    for (auto _ : state) {
+        // A word typed, then rubbed out again, so the song stays its size.
+        const bool erase = ++typed % 12 > 6;
+        const auto start = Clock::now();
+        bench.type(erase ? Qt::Key_Backspace : Qt::Key_A, erase ? QString() : "a");
+        bench.editor->song().repaint();
+        state.SetIterationTime(secondsSince(start));
+    }
+    state.counters["lyricLines"] = 120;
+    state.counters["typing"] = bench.editor->song().hasTyping() ? 1 : 0;
+    state.counters["slides"] = bench.editor->song().summary().text().section(' ', 3, 3).toDouble();
+}
+BENCHMARK(songKeystroke)->Name("Console/songKeystroke")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(300);
+
+void songSendToSlides(benchmark::State& state) {
+    BenchSongEditor bench;
+    bench.placeCursor();
+    int sent = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const bool add = ++sent % 2 == 1;
+        bench.type(add ? Qt::Key_A : Qt::Key_Backspace, add ? "a" : "");
+        QCoreApplication::processEvents();
+        state.ResumeTiming();
+        const auto start = Clock::now();
+        bench.editor->sendTyping();
+        bench.window->refresh();
+        bench.editor->repaint();
+        state.SetIterationTime(secondsSince(start));
+    }
+    state.counters["slides"] = double(bench.model->show()->library.front().deck->made->size());
+    // Each send is one step of the history: the redraw went in every time.
+    state.counters["edits"] = double(bench.model->history().undoStack().size());
+}
+BENCHMARK(songSendToSlides)->Name("Console/songSendToSlides")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(100);
 
 } // namespace
 

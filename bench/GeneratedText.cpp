@@ -108,4 +108,41 @@ std::string fileStem(SeededRandom& random) {
     return text;
 }
 
+namespace {
+
+struct Part {
+    const char* heading;
+    int lines; // 0: the heading alone, a repeat
+};
+
+// 120 lyric lines: intro 8, four verses of 16, pre-chorus 8, chorus 16,
+// bridge 16, tag 8.
+constexpr Part songParts[] = {
+    {"Intro", 8},      {"Verse 1", 16}, {"Pre-Chorus", 8}, {"Chorus", 16}, {"Verse 2", 16},
+    {"Pre-Chorus", 0}, {"Chorus", 0},   {"Verse 3", 16},   {"Chorus", 0},  {"Bridge", 16},
+    {"Chorus", 0},     {"Verse 4", 16}, {"Chorus", 0},     {"Tag", 8}};
+
+} // namespace
+
+std::string songLyrics() {
+    SeededRandom random(7);
+    std::string text = "Title: " + titleText(random, 2, 4) + "\n";
+    text += "Author: " + personName(random) + "\n";
+    text += "Copyright: © 2024 Lantern Songs\n";
+    text += "CCLI Song # 7654321\n\n";
+    for (const Part& part : songParts) {
+        text += '[';
+        text += part.heading;
+        text += "]\n";
+        for (int line = 0; line < part.lines; ++line) {
+            // A slide break halfway through the longer parts.
+            if (part.lines > 8 && line == part.lines / 2)
+                text += '\n';
+            text += lyricLine(random) + "\n";
+        }
+        text += '\n';
+    }
+    return text;
+}
+
 } // namespace velarion::bench

@@ -18,6 +18,10 @@ std::string noteText(SeededRandom& random);
 std::string personName(SeededRandom& random);
 // One sung line of a lyric.
 std::string lyricLine(SeededRandom& random);
+// A song as an operator pastes it, the same every run: credits, then 120
+// lyric lines under headings (intro, four verses, pre-chorus, chorus,
+// bridge, tag), with repeats and slide breaks.
+std::string songLyrics();
 // A name safe to use as a file name part.
 std::string fileStem(SeededRandom& random);
 

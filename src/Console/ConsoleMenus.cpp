@@ -7,6 +7,7 @@
 #include "Console/LibraryPanel.h"
 #include "Console/OperatorKeys.h"
 #include "Console/RunOfShowView.h"
+#include "Console/SlideEditorWindow.h"
 #include "Live/AppModel.h"
 
 #include <QAction>
@@ -146,7 +147,7 @@ void ConsoleWindow::buildMenus() {
         readyWindow_->raise();
     });
     addAction(showMenu, "Outputs and Sound…", QKeySequence("Ctrl+Shift+O"), [] {});
-    addAction(showMenu, "Make Slides", QKeySequence("Ctrl+Shift+K"), [] {});
+    addAction(showMenu, "Make Slides", QKeySequence("Ctrl+Shift+K"), [this] { slideEditors_->editOrMake(model_.selectedCueID()); });
 
     QMenu& transport = *menuBar()->addMenu("&Transport");
     addAction(transport, "GO", none, [this] { keys_->perform(OperatorKeyAction::go, {}); }, "Space");
@@ -184,8 +185,8 @@ void ConsoleWindow::updateActions() {
                             "Resume All", "Pause Follows", "Talk Over", "Clear Slides", "Fade Out All Sound",
                             "Clear Everything", "Reset Live Column"})
         set(key, hasShow);
-    // Built by the media import, outputs and slide editor work still to come.
-    for (const char* key : {"Outputs and Sound", "Make Slides"}) set(key, false);
+    // Built by the outputs work still to come.
+    set("Outputs and Sound", false);
     set("Import Media", hasShow && !locked && !model_.isImporting());
     set("Show in File Manager", hasShow && model_.package() && !model_.package()->isScratch());
     set("Undo", model_.history().canUndo());
@@ -196,6 +197,8 @@ void ConsoleWindow::updateActions() {
     set("Disable Cue", cue && !locked, cue && !cue->isEnabled ? "Enable Cue" : "Disable Cue");
     set("Delete Cue", cue && !locked);
     for (const char* key : {"Message", "Lower Third", "Timer", "Clear Everything Cue"}) set(key, hasShow && !locked);
+    const QString slidesWords = slideEditors_->actionWords(selected);
+    set("Make Slides", hasShow && (!locked || slidesWords == "Edit Slides"), slidesWords);
     set("Enter Show Mode", hasShow, locked ? "Return to Edit" : "Enter Show Mode");
     set("Hide Library", true, libraryDock_->isVisible() ? "Hide Library" : "Show Library");
     set("Hide Inspector", true, inspectorDock_->isVisible() ? "Hide Inspector" : "Show Inspector");

@@ -10,6 +10,7 @@
 #include "Console/ProgramPreview.h"
 #include "Console/RunOfShowModel.h"
 #include "Console/RunOfShowView.h"
+#include "Console/SlideEditorWindow.h"
 #include "Live/AppModel.h"
 #include "Live/OperatorText.h"
 #include "LiveModel/CueDescription.h"
@@ -42,6 +43,7 @@ ConsoleWindow::ConsoleWindow(AppModel& model, std::function<double()> now, Prefe
     setWindowIcon(QApplication::windowIcon());
     rows_ = std::make_unique<RunOfShowModel>(model_);
     keys_ = std::make_unique<OperatorKeys>(model_, *this);
+    slideEditors_ = std::make_unique<SlideEditorWindows>(model_, this);
     buildPanels();
     buildMenus();
 
@@ -92,6 +94,12 @@ void ConsoleWindow::buildPanels() {
     runOfShow_ = new RunOfShowView(model_, *rows_, centre_);
     library_ = new LibraryPanel(model_, this);
     present_ = new PresentView(model_, library_->pictures(), centre_);
+    // The name renames in place; elsewhere on a slides cue, its slides open.
+    connect(runOfShow_, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
+        const auto cue = rows_->cueAt(index);
+        if (cue && index.column() != RunOfShowModel::nameColumn && slideEditors_->deckOfCue(*cue))
+            slideEditors_->editOrMake(cue);
+    });
     centre_->addWidget(runOfShow_);
     centre_->addWidget(present_);
     auto* railColumn = new QWidget(splitter_);
@@ -173,6 +181,7 @@ void ConsoleWindow::refresh() {
     inspector_->refresh();
     updateTitle();
     updateActions();
+    slideEditors_->refresh();
     refreshLive();
 }
 

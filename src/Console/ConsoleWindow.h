@@ -45,6 +45,7 @@ class ProgramPreview;
 class RunOfShowModel;
 class RunOfShowView;
 class PresentView;
+class SlideEditorWindows;
 class StartPage;
 
 class ConsoleWindow final : public QMainWindow {
@@ -78,6 +79,7 @@ public:
     PresentView& present() { return *present_; }
     OperatorKeys& keys() { return *keys_; }
     QLabel& lockBadge() { return *lock_; }
+    SlideEditorWindows& slideEditors() { return *slideEditors_; }
 
     // Asks before closing while cues run: "Keep Running" keeps the window.
     std::function<bool()> confirmQuit;
@@ -109,6 +111,7 @@ private:
     std::function<void()> previousOnChange_;
     std::unique_ptr<RunOfShowModel> rows_;
     std::unique_ptr<OperatorKeys> keys_;
+    std::unique_ptr<SlideEditorWindows> slideEditors_;
     QStackedWidget* pages_ = nullptr;
     QStackedWidget* centre_ = nullptr;
     StartPage* startPage_ = nullptr;

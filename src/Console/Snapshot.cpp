@@ -10,6 +10,8 @@
 #include "Console/PresentView.h"
 #include "Console/ProgramPreview.h"
 #include "Console/RunOfShowView.h"
+#include "Console/SlideEditorCanvas.h"
+#include "Console/SlideEditorWindow.h"
 #include "DemoShowBuilder.h"
 #include "Live/AppModel.h"
 #include "Live/OperatorText.h"
@@ -89,6 +91,17 @@ std::map<std::string, QImage> snapshotViews(AppModel& model, std::function<doubl
     window.action("History")->trigger();
     settle(100);
     views["history.png"] = window.history().grab().toImage();
+    // The song's editor on its second slide, the lyric box chosen.
+    if (const Cue* cue = cueNamed(*model.show(), "Morning Light"))
+        if (SlideEditorWindow* editor = window.slideEditors().open(std::get<SlidesCue>(cue->kind).deckID)) {
+            editor->resize(snapshotWidth, snapshotHeight);
+            const auto& slides = *model.show()->media(editor->itemID())->deck->made;
+            model.selectSlide(editor->itemID(), slides.at(std::min<std::size_t>(1, slides.size() - 1)).id);
+            settle(200);
+            if (const auto& slide = editor->canvas().slide()) editor->canvas().selectBox(slide->effectiveBoxes().front().id);
+            settle(100);
+            views["slide-editor.png"] = editor->grab().toImage();
+        }
     model.close();
     return views;
 }
