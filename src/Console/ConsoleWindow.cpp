@@ -5,8 +5,10 @@
 #include "Console/LiveRail.h"
 #include "Console/OperatorKeys.h"
 #include "Console/ProgramPreview.h"
+#include "Console/ReadyView.h"
 #include "Console/RunOfShowModel.h"
 #include "Console/RunOfShowView.h"
+#include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 #include "Live/OperatorText.h"
 #include "LiveModel/CueDescription.h"
@@ -41,6 +43,7 @@ ConsoleWindow::ConsoleWindow(AppModel& model, std::function<double()> now, Prefe
     rows_ = std::make_unique<RunOfShowModel>(model_);
     keys_ = std::make_unique<OperatorKeys>(model_, *this);
     buildPanels();
+    buildSettingsAndReady();
     buildMenus();
 
     status_ = new QLabel(this);
@@ -181,6 +184,8 @@ void ConsoleWindow::refresh() {
             if (!cue->isEnabled) inspector += "<br><i>Disabled</i>";
         }
     inspector_->setText(inspector);
+    if (settings_->isVisible()) settings_->refresh();
+    readyView_->refresh();
     updateTitle();
     updateActions();
     refreshLive();
@@ -192,6 +197,7 @@ void ConsoleWindow::refreshLive() {
     if (historyDock_->isVisible()) history_->refresh();
     if (page_ == Page::slides) slidesPage_->refresh();
     preview_->refresh();
+    readyView_->refreshLive();
     followLiveView();
 }
 

@@ -41,8 +41,10 @@ class HistoryView;
 class LiveRail;
 class OperatorKeys;
 class ProgramPreview;
+class ReadyView;
 class RunOfShowModel;
 class RunOfShowView;
+class SettingsWindow;
 class SlidesPage;
 class StartPage;
 
@@ -74,6 +76,8 @@ public:
     HistoryView& history() { return *history_; }
     OperatorKeys& keys() { return *keys_; }
     QLabel& lockBadge() { return *lock_; }
+    ReadyView& readyView() { return *readyView_; }
+    SettingsWindow& settings() { return *settings_; }
 
     // Asks before closing while cues run: "Keep Running" keeps the window.
     std::function<bool()> confirmQuit;
@@ -98,6 +102,7 @@ private:
     void scheduleRefresh();
     void moveSelected(bool up);
     void addCue(CueKind kind, const std::string& name);
+    void buildSettingsAndReady();
 
     AppModel& model_;
     std::function<double()> now_;
@@ -120,7 +125,8 @@ private:
     QListWidget* library_ = nullptr;
     QDockWidget* inspectorDock_ = nullptr;
     QLabel* inspector_ = nullptr;
-    QWidget* readyWindow_ = nullptr;
+    ReadyView* readyView_ = nullptr;
+    SettingsWindow* settings_ = nullptr;
     QLabel* status_ = nullptr;
     QLabel* lock_ = nullptr;
     QLabel* showTitle_ = nullptr;
