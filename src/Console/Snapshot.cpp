@@ -86,6 +86,13 @@ std::map<std::string, QImage> snapshotViews(AppModel& model, std::function<doubl
     window.settings().showTab(SettingsWindow::Tab::screens);
     settle(100);
     views["settings-screens.png"] = window.settings().grab().toImage();
+    for (const auto& [tab, name] : {std::pair{SettingsWindow::Tab::sound, "settings-sound.png"},
+                                    {SettingsWindow::Tab::agent, "settings-agent.png"},
+                                    {SettingsWindow::Tab::midi, "settings-midi.png"}}) {
+        window.settings().showTab(tab);
+        settle(50);
+        views[name] = window.settings().grab().toImage();
+    }
     window.settings().hide();
     window.action("Ready Check")->trigger();
     settle(100);
