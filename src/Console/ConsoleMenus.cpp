@@ -8,6 +8,8 @@
 #include "Console/OperatorKeys.h"
 #include "Console/RunOfShowView.h"
 #include "Console/SlideEditorWindow.h"
+#include "Console/ReadyView.h"
+#include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 
 #include <QAction>
@@ -19,8 +21,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 const QKeySequence none;
 
@@ -71,6 +71,8 @@ void ConsoleWindow::buildMenus() {
     });
     file.addSeparator();
     addAction(file, "Import Media…", QKeySequence("Ctrl+I"), [this] { library_->importPanel(); });
+    file.addSeparator();
+    addAction(file, "Settings…", QKeySequence("Ctrl+,"), [this] { settings_->showTab(settings_->currentTab()); });
     file.addSeparator();
     addAction(file, "Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
 
@@ -129,24 +131,9 @@ void ConsoleWindow::buildMenus() {
 
     QMenu& showMenu = *menuBar()->addMenu("&Show");
     addAction(showMenu, "Enter Show Mode", QKeySequence("Ctrl+L"), [this] { model_.setLocked(!model_.isLocked()); });
-    addAction(showMenu, "Ready Check", QKeySequence("Ctrl+Shift+R"), [this] {
-        if (!readyWindow_) {
-            readyWindow_ = new QListWidget(this);
-            readyWindow_->setWindowFlag(Qt::Window);
-            readyWindow_->setWindowTitle("Ready Check");
-            readyWindow_->resize(520, 420);
-        }
-        auto* list = static_cast<QListWidget*>(readyWindow_);
-        list->clear();
-        for (const ReadyItem& item : model_.readyItems()) {
-            const char* mark = item.status == ReadyStatus::ready ? "✓" : item.status == ReadyStatus::attention ? "!" : "○";
-            list->addItem(QString(mark) + "  " + qt(item.title) + (item.detail.empty() ? "" : " — " + qt(item.detail)));
-        }
-        if (list->count() == 0) list->addItem("Open a show to check it.");
-        readyWindow_->show();
-        readyWindow_->raise();
-    });
-    addAction(showMenu, "Outputs and Sound…", QKeySequence("Ctrl+Shift+O"), [] {});
+    addAction(showMenu, "Ready Check", QKeySequence("Ctrl+Shift+R"), [this] { readyView_->present(); });
+    addAction(showMenu, "Outputs and Sound…", QKeySequence("Ctrl+Shift+O"),
+              [this] { settings_->showTab(SettingsWindow::Tab::screens); });
     addAction(showMenu, "Make Slides", QKeySequence("Ctrl+Shift+K"), [this] { slideEditors_->editOrMake(model_.selectedCueID()); });
 
     QMenu& transport = *menuBar()->addMenu("&Transport");
@@ -185,8 +172,6 @@ void ConsoleWindow::updateActions() {
                             "Resume All", "Pause Follows", "Talk Over", "Clear Slides", "Fade Out All Sound",
                             "Clear Everything", "Reset Live Column"})
         set(key, hasShow);
-    // Built by the outputs work still to come.
-    set("Outputs and Sound", false);
     set("Import Media", hasShow && !locked && !model_.isImporting());
     set("Show in File Manager", hasShow && model_.package() && !model_.package()->isScratch());
     set("Undo", model_.history().canUndo());

@@ -8,9 +8,11 @@
 #include "Console/OperatorKeys.h"
 #include "Console/PresentView.h"
 #include "Console/ProgramPreview.h"
+#include "Console/ReadyView.h"
 #include "Console/RunOfShowModel.h"
 #include "Console/RunOfShowView.h"
 #include "Console/SlideEditorWindow.h"
+#include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 #include "Live/OperatorText.h"
 #include "LiveModel/CueDescription.h"
@@ -45,6 +47,7 @@ ConsoleWindow::ConsoleWindow(AppModel& model, std::function<double()> now, Prefe
     keys_ = std::make_unique<OperatorKeys>(model_, *this);
     slideEditors_ = std::make_unique<SlideEditorWindows>(model_, this);
     buildPanels();
+    buildSettingsAndReady();
     buildMenus();
 
     status_ = new QLabel(this);
@@ -179,6 +182,8 @@ void ConsoleWindow::refresh() {
     runOfShow_->setStyleSheet(model_.isLocked() ? "QTreeView { border: 2px solid #d89a28; }" : "");
 
     inspector_->refresh();
+    if (settings_->isVisible()) settings_->refresh();
+    readyView_->refresh();
     updateTitle();
     updateActions();
     slideEditors_->refresh();
@@ -191,6 +196,7 @@ void ConsoleWindow::refreshLive() {
     if (historyDock_->isVisible()) history_->refresh();
     if (page_ == Page::slides) present_->refresh();
     preview_->refresh();
+    readyView_->refreshLive();
     followLiveView();
 }
 

@@ -42,10 +42,12 @@ class LibraryPanel;
 class LiveRail;
 class OperatorKeys;
 class ProgramPreview;
+class ReadyView;
 class RunOfShowModel;
 class RunOfShowView;
 class PresentView;
 class SlideEditorWindows;
+class SettingsWindow;
 class StartPage;
 
 class ConsoleWindow final : public QMainWindow {
@@ -80,6 +82,8 @@ public:
     OperatorKeys& keys() { return *keys_; }
     QLabel& lockBadge() { return *lock_; }
     SlideEditorWindows& slideEditors() { return *slideEditors_; }
+    ReadyView& readyView() { return *readyView_; }
+    SettingsWindow& settings() { return *settings_; }
 
     // Asks before closing while cues run: "Keep Running" keeps the window.
     std::function<bool()> confirmQuit;
@@ -104,6 +108,7 @@ private:
     void scheduleRefresh();
     void moveSelected(bool up);
     void addCue(CueKind kind, const std::string& name);
+    void buildSettingsAndReady();
 
     AppModel& model_;
     std::function<double()> now_;
@@ -127,7 +132,8 @@ private:
     LibraryPanel* library_ = nullptr;
     QDockWidget* inspectorDock_ = nullptr;
     Inspector* inspector_ = nullptr;
-    QWidget* readyWindow_ = nullptr;
+    ReadyView* readyView_ = nullptr;
+    SettingsWindow* settings_ = nullptr;
     QLabel* status_ = nullptr;
     QLabel* lock_ = nullptr;
     QLabel* showTitle_ = nullptr;

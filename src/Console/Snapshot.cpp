@@ -9,12 +9,15 @@
 #include "Console/LiveRail.h"
 #include "Console/PresentView.h"
 #include "Console/ProgramPreview.h"
+#include "Console/ReadyView.h"
 #include "Console/RunOfShowView.h"
 #include "Console/SlideEditorCanvas.h"
 #include "Console/SlideEditorWindow.h"
+#include "Console/SettingsWindow.h"
 #include "DemoShowBuilder.h"
 #include "Live/AppModel.h"
 #include "Live/OperatorText.h"
+#include "LiveModel/ScreenPreset.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -102,6 +105,32 @@ std::map<std::string, QImage> snapshotViews(AppModel& model, std::function<doubl
             settle(100);
             views["slide-editor.png"] = editor->grab().toImage();
         }
+    // Screens as a venue has them: the room's display and a Stage Display
+    // still to be chosen.
+    OutputSetup setup = model.show()->outputs;
+    setup.materializeScreens();
+    const auto displays = model.availableDisplays();
+    LogicalScreen room{"room", "Main screen", ScreenRole::audience,
+                       destination::Display{displays.empty() ? "HDMI-1" : displays.front().id},
+                       screenPreset::layers(ScreenPreset::everything), std::nullopt, std::nullopt};
+    LogicalScreen stage{"stage", "Stage", ScreenRole::stage, destination::Placeholder{},
+                        screenPreset::layers(ScreenPreset::clean), std::nullopt, std::nullopt};
+    setup.screens = {room, stage};
+    model.edit(edit::SetOutputs{setup});
+    window.settings().showTab(SettingsWindow::Tab::screens);
+    settle(100);
+    views["settings-screens.png"] = window.settings().grab().toImage();
+    for (const auto& [tab, name] : {std::pair{SettingsWindow::Tab::sound, "settings-sound.png"},
+                                    {SettingsWindow::Tab::agent, "settings-agent.png"},
+                                    {SettingsWindow::Tab::midi, "settings-midi.png"}}) {
+        window.settings().showTab(tab);
+        settle(50);
+        views[name] = window.settings().grab().toImage();
+    }
+    window.settings().hide();
+    window.action("Ready Check")->trigger();
+    settle(100);
+    views["ready-check.png"] = window.readyView().grab().toImage();
     model.close();
     return views;
 }

@@ -34,6 +34,7 @@
 #include "Live/ports/SlidePages.h"
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveEngine/LiveEngine.h"
+#include "LiveEngine/TestTone.h"
 #include "LiveEngine/MediaImportQueue.h"
 #include "LiveEngine/ProviderPreviewSession.h"
 #include "LiveEngine/MediaPreviewPlayer.h"
@@ -368,6 +369,17 @@ public:
     void stopAudition();
     AuditionState auditionState() const;
 
+    // ---- Sound: the outputs to choose from and the test tone ----
+    // The computer's sound outputs now; empty without a sound server.
+    std::vector<AudioDevice> soundOutputs() const;
+    // The test tone on the bus's chosen device (the system output when none
+    // is chosen); false, with the status set, when that device is gone.
+    bool playTestTone(AudioBus bus);
+    static inline const std::string toneDeviceMissing = "The chosen sound output isn't connected.";
+
+    // The operator's preferences, as given at construction.
+    Preferences& preferences() { return ports_.preferences; }
+
     // ---- The agent's grants and connection ----
     bool agentMayRun() const { return agentMayRun_; }
     void setAgentMayRun(bool may);
@@ -479,6 +491,8 @@ private:
     std::optional<MadeSlide> copiedSlide_;
     std::function<void()> pendingEdit_;
     std::unique_ptr<AwakeActivity> awakeActivity_;
+    // Made at the first tone.
+    std::unique_ptr<TestTone> testTone_;
     std::optional<Uuid> selectedCueID_;
     std::optional<Uuid> selectedMediaID_;
     std::map<Uuid, SlideEditor> slideEditors_;

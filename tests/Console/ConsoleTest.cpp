@@ -172,7 +172,7 @@ TEST(ConsoleSnapshots, MatchTheGoldens) {
     ASSERT_EQ(tool.wait(), 0) << tool.transcript();
     const bool update = std::getenv("VELARION_UPDATE_GOLDEN") != nullptr;
     for (const char* name : {"start-page", "run-of-show", "live-rail", "program", "inspector", "library", "present",
-                             "slide-editor"}) {
+                             "slide-editor", "settings-screens", "ready-check"}) {
         const QString golden = QString(VELARION_CONSOLE_GOLDEN_DIR) + "/" + name + ".png";
         const QImage actual = QImage(QString::fromStdString((folder / (std::string(name) + ".png")).string()))
                                   .convertToFormat(QImage::Format_ARGB32);

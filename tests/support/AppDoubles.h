@@ -28,6 +28,7 @@ class RecordingOutputManagers final : public OutputManagers {
 public:
     std::unique_ptr<OutputManager> make() override {
         auto made = std::make_unique<RecordingOutputManager>();
+        made->displays = displays;
         latest = made.get();
         ++madeCount;
         return made;
@@ -35,6 +36,8 @@ public:
 
     RecordingOutputManager* latest = nullptr;
     int madeCount = 0;
+    // The displays each new manager lists as connected.
+    std::vector<DisplayInfo> displays;
 };
 
 // Names each made slide's page "Slides/<deck id>/<slide index>.png" without

@@ -70,7 +70,7 @@ public:
     void showProgramPreview() override {}
     void addMirror(const std::weak_ptr<SceneSink>& sink) override { mirrors.push_back(sink); }
     void removeMirror(const std::shared_ptr<SceneSink>&) override { mirrors.clear(); }
-    std::vector<DisplayInfo> availableDisplays() const override { return {}; }
+    std::vector<DisplayInfo> availableDisplays() const override { return displays; }
 
     // Stores the health and calls the engine's callback, if it set one.
     void emitHealth(std::vector<OutputHealth> health);
@@ -92,6 +92,7 @@ public:
     std::map<std::string, bool> testWindows;
     std::vector<std::weak_ptr<SceneSink>> mirrors;
     std::string programName = "Program";
+    std::vector<DisplayInfo> displays;
 
 private:
     HealthCallback onHealthChange_;
