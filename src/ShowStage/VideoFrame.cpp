@@ -104,7 +104,7 @@ void convertToBGRA(const VideoFrame& frame, StillPixels& target) {
     const int chromaStep = interleaved ? 2 : 1;
     const int crOffset = interleaved ? 1 : 0;
     const int chromaWidth = (width + 1) / 2;
-    const auto columns = chromaTaps(width, chromaWidth);
+    const auto columns = width % 2 == 0 ? std::vector<ChromaTap>{} : chromaTaps(width, chromaWidth);
     const auto rows = chromaTaps(height, (height + 1) / 2);
 
     // Coefficients in 1/1024ths against values in 1/256ths of a level.
@@ -118,34 +118,52 @@ void convertToBGRA(const VideoFrame& frame, StillPixels& target) {
     }
     const auto level = [](int value) { return static_cast<std::uint8_t>(std::clamp(value >> shift, 0, 255)); };
 
-    std::vector<int> cbRow(static_cast<std::size_t>(chromaWidth));
-    std::vector<int> crRow(static_cast<std::size_t>(chromaWidth));
+    // Per row, each chroma site's share of red, green and blue (offsets
+    // included); per pixel, a table lookup for luma and a blend of two sites.
+    std::array<int, 256> lumaTerm{};
+    for (int value = 0; value < 256; ++value) lumaTerm[static_cast<std::size_t>(value)] = k[0] * value * 256;
+    std::vector<int> redSite(static_cast<std::size_t>(chromaWidth));
+    std::vector<int> greenSite(redSite.size()), blueSite(redSite.size());
+    const bool halves = width % 2 == 0;
     for (int y = 0; y < height; ++y) {
-        // The chroma row for this line, blended between its two source rows.
         const ChromaTap& row = rows[static_cast<std::size_t>(y)];
         const std::uint8_t* cbA = cbPlane.data + static_cast<std::ptrdiff_t>(row.first) * cbPlane.strideBytes;
         const std::uint8_t* cbB = cbPlane.data + static_cast<std::ptrdiff_t>(row.second) * cbPlane.strideBytes;
         const std::uint8_t* crA = crPlane.data + static_cast<std::ptrdiff_t>(row.first) * crPlane.strideBytes;
         const std::uint8_t* crB = crPlane.data + static_cast<std::ptrdiff_t>(row.second) * crPlane.strideBytes;
         for (int x = 0; x < chromaWidth; ++x) {
-            const int cb = x * chromaStep, cr = x * chromaStep + crOffset;
-            cbRow[static_cast<std::size_t>(x)] = cbA[cb] * (16 - row.weight) + cbB[cb] * row.weight;
-            crRow[static_cast<std::size_t>(x)] = crA[cr] * (16 - row.weight) + crB[cr] * row.weight;
+            const int at = x * chromaStep;
+            // In sixteenths of a level; the column blend makes them 1/256ths.
+            const int cb = cbA[at] * (16 - row.weight) + cbB[at] * row.weight;
+            const int cr = crA[at + crOffset] * (16 - row.weight) + crB[at + crOffset] * row.weight;
+            redSite[static_cast<std::size_t>(x)] = k[1] * cb + k[2] * cr;
+            greenSite[static_cast<std::size_t>(x)] = k[5] * cb + k[6] * cr;
+            blueSite[static_cast<std::size_t>(x)] = k[9] * cb + k[10] * cr;
         }
         const std::uint8_t* lumaRow = luma.data + static_cast<std::ptrdiff_t>(y) * luma.strideBytes;
         std::uint8_t* out = target.bgra.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width) * 4;
+        const auto put = [&](int x, std::size_t a, std::size_t b, int weight) {
+            const int l = lumaTerm[lumaRow[x]];
+            std::uint8_t* p = out + static_cast<std::ptrdiff_t>(x) * 4;
+            p[0] = level(l + blueSite[a] * (16 - weight) + blueSite[b] * weight + k[11]);
+            p[1] = level(l + greenSite[a] * (16 - weight) + greenSite[b] * weight + k[7]);
+            p[2] = level(l + redSite[a] * (16 - weight) + redSite[b] * weight + k[3]);
+            p[3] = 255;
+        };
+        if (halves) {
+            // Each site lies between its two pixels: a quarter of the
+            // neighbour's share on the outside of each.
+            const auto last = static_cast<std::size_t>(chromaWidth - 1);
+            for (std::size_t site = 0; site <= last; ++site) {
+                const int x = static_cast<int>(site) * 2;
+                put(x, site == 0 ? 0 : site - 1, site, 12);
+                put(x + 1, site, site == last ? last : site + 1, 4);
+            }
+            continue;
+        }
         for (int x = 0; x < width; ++x) {
             const ChromaTap& column = columns[static_cast<std::size_t>(x)];
-            const auto first = static_cast<std::size_t>(column.first);
-            const auto second = static_cast<std::size_t>(column.second);
-            const int cb = cbRow[first] * (16 - column.weight) + cbRow[second] * column.weight;
-            const int cr = crRow[first] * (16 - column.weight) + crRow[second] * column.weight;
-            const int yy = lumaRow[x] * 256;
-            out[0] = level(k[8] * yy + k[9] * cb + k[10] * cr + k[11]);
-            out[1] = level(k[4] * yy + k[5] * cb + k[6] * cr + k[7]);
-            out[2] = level(k[0] * yy + k[1] * cb + k[2] * cr + k[3]);
-            out[3] = 255;
-            out += 4;
+            put(x, static_cast<std::size_t>(column.first), static_cast<std::size_t>(column.second), column.weight);
         }
     }
 }
