@@ -51,7 +51,7 @@ std::filesystem::path video(int framesPerSecond) {
     const int frames = framesPerSecond * 4;
     const std::string command =
         "gst-launch-1.0 -q videotestsrc pattern=smpte horizontal-speed=4 num-buffers=" + std::to_string(frames) +
-        " ! video/x-raw,width=1920,height=1080,framerate=" + std::to_string(framesPerSecond) +
+        " ! video/x-raw,format=I420,width=1920,height=1080,framerate=" + std::to_string(framesPerSecond) +
         "/1 ! x264enc speed-preset=veryfast bitrate=8000 key-int-max=" + std::to_string(framesPerSecond * 2) +
         " ! h264parse ! mp4mux name=mux ! filesink location=\"" + path.string() +
         "\" audiotestsrc num-buffers=" + std::to_string(4 * 44100 / 1024) +
