@@ -31,46 +31,27 @@ StillImage generatedStill(int width, int height, bool translucent) {
     return *StillImage::fromBGRA(width, height, std::move(bgra));
 }
 
-std::shared_ptr<const VideoFrame> generatedVideoFrame(int width, int height, VideoPlaneLayout layout) {
-    const StillImage still = generatedStill(width, height);
+std::shared_ptr<const VideoFrame> generatedVideoFrame(int width, int height) {
     const int chromaWidth = (width + 1) / 2, chromaHeight = (height + 1) / 2;
-    const std::size_t lumaBytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    const std::size_t chromaBytes = static_cast<std::size_t>(chromaWidth) * static_cast<std::size_t>(chromaHeight);
-    auto bytes = std::make_shared<std::vector<std::uint8_t>>(lumaBytes + 2 * chromaBytes);
+    auto bytes = std::make_shared<std::vector<std::uint8_t>>(
+        static_cast<std::size_t>(width * height + chromaWidth * chromaHeight * 2));
     std::uint8_t* luma = bytes->data();
-    std::uint8_t* chroma = luma + lumaBytes;
-    const auto at = [&](int x, int y, int channel) {
-        x = std::min(x, width - 1), y = std::min(y, height - 1);
-        return still.bgra()[(static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + x) * 4 + channel] / 255.0;
-    };
-    const auto lumaOf = [&](int x, int y) { return 0.2126 * at(x, y, 2) + 0.7152 * at(x, y, 1) + 0.0722 * at(x, y, 0); };
-    const auto level = [](double value) { return static_cast<std::uint8_t>(std::clamp(std::lround(value), 0L, 255L)); };
+    std::uint8_t* chroma = luma + width * height;
     for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) luma[y * width + x] = level(16 + 219 * lumaOf(x, y));
-    for (int y = 0; y < chromaHeight; ++y) {
-        for (int x = 0; x < chromaWidth; ++x) {
-            double cb = 0, cr = 0;
-            for (const auto& [dx, dy] : {std::pair{0, 0}, {1, 0}, {0, 1}, {1, 1}}) {
-                const double l = lumaOf(2 * x + dx, 2 * y + dy);
-                cb += (at(2 * x + dx, 2 * y + dy, 0) - l) / 1.8556 / 4;
-                cr += (at(2 * x + dx, 2 * y + dy, 2) - l) / 1.5748 / 4;
-            }
-            const std::size_t i = static_cast<std::size_t>(y * chromaWidth + x);
-            if (layout == VideoPlaneLayout::nv12) {
-                chroma[2 * i] = level(128 + 224 * cb);
-                chroma[2 * i + 1] = level(128 + 224 * cr);
-            } else {
-                chroma[i] = level(128 + 224 * cb);
-                chroma[chromaBytes + i] = level(128 + 224 * cr);
-            }
+        for (int x = 0; x < width; ++x) {
+            const bool block = x >= width / 4 && x < width / 2 && y >= height / 4 && y < height / 2;
+            luma[y * width + x] = static_cast<std::uint8_t>(block ? 235 : 16 + 200 * x / width);
         }
-    }
-    const bool pairs = layout == VideoPlaneLayout::nv12;
-    const std::array<VideoPlane, 3> planes{
-        VideoPlane{luma, width, width, height},
-        VideoPlane{chroma, pairs ? 2 * chromaWidth : chromaWidth, chromaWidth, chromaHeight},
-        VideoPlane{chroma + chromaBytes, chromaWidth, chromaWidth, chromaHeight}};
-    return VideoFrame::make(layout, width, height, planes, {}, bytes);
+    for (int y = 0; y < chromaHeight; ++y)
+        for (int x = 0; x < chromaWidth; ++x) {
+            const bool block = x > chromaWidth * 2 / 3 && y < chromaHeight / 2;
+            chroma[(y * chromaWidth + x) * 2] = static_cast<std::uint8_t>(60 + 140 * x / chromaWidth);
+            chroma[(y * chromaWidth + x) * 2 + 1] = static_cast<std::uint8_t>(block ? 230 : 70 + 110 * y / chromaHeight);
+        }
+    return VideoFrame::make(VideoPlaneLayout::nv12, width, height,
+                            {VideoPlane{luma, width, width, height},
+                             VideoPlane{chroma, chromaWidth * 2, chromaWidth, chromaHeight}, VideoPlane{}},
+                            {}, bytes);
 }
 
 SceneLayer stillLayer(const StillImage& still, SceneRect frame, SceneScaling scaling) {
@@ -165,7 +146,7 @@ std::vector<GoldenScene> goldenScenes() {
     video.id = Uuid::random();
     video.content = SceneVideoContent{surfaceID};
     GoldenScene golden = still("video-planes", {video});
-    golden.surfaces[surfaceID] = std::make_shared<OneFrameVideo>(generatedVideoFrame(160, 90, VideoPlaneLayout::nv12));
+    golden.surfaces[surfaceID] = std::make_shared<OneFrameVideo>(generatedVideoFrame(160, 90));
     scenes.push_back(std::move(golden));
     return scenes;
 }

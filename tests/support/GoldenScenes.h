@@ -32,9 +32,9 @@ std::vector<GoldenScene> goldenScenes();
 // towards the bottom. Premultiplied BGRA, a fresh id each call.
 StillImage generatedStill(int width, int height, bool translucent = false);
 
-// `generatedStill`'s picture as a decoder would give it: BT.709 studio
-// range, chroma averaged over each 2 by 2 block.
-std::shared_ptr<const VideoFrame> generatedVideoFrame(int width, int height, VideoPlaneLayout layout);
+// A decoded frame in NV12 (BT.709, studio range): gradients with a
+// hard-edged block in each plane, so that placement and filtering show.
+std::shared_ptr<const VideoFrame> generatedVideoFrame(int width, int height);
 
 // A video surface that always shows one frame, in planes.
 class OneFrameVideo final : public SceneVideoSource {
