@@ -1,8 +1,11 @@
 // Video surfaces on generated 1080p H.264 files (AAC sound):
 // - cold `prepare` until the first frame is in the slot;
 // - decoding and presenting one 1080p30 and one 1080p60 stream, as CPU per
-//   cent of one core with frames shown and dropped;
-// - a crossfade's worth of two 1080p30 streams at once.
+//   cent of one core with frames shown and dropped; the presenter takes the
+//   planes an OpenGL window uploads;
+// - a crossfade of two 1080p30 streams, their levels ramped at 30 steps a
+//   second as the engine does;
+// - the BGRA conversion a CPU reader (feed, preview) pays once per frame.
 // VELARION_VIDEO_BENCH_SECONDS sets how long each stream plays (default 20).
 
 #include "PrivateSoundServer.h"
@@ -10,6 +13,7 @@
 #include "TempFolder.h"
 
 #include "Platform/Video/GstVideoSurface.h"
+#include "ShowStage/VideoFrame.h"
 
 #include <benchmark/benchmark.h>
 
@@ -47,7 +51,7 @@ std::filesystem::path video(int framesPerSecond) {
     const int frames = framesPerSecond * 4;
     const std::string command =
         "gst-launch-1.0 -q videotestsrc pattern=smpte horizontal-speed=4 num-buffers=" + std::to_string(frames) +
-        " ! video/x-raw,width=1920,height=1080,framerate=" + std::to_string(framesPerSecond) +
+        " ! video/x-raw,format=I420,width=1920,height=1080,framerate=" + std::to_string(framesPerSecond) +
         "/1 ! x264enc speed-preset=veryfast bitrate=8000 key-int-max=" + std::to_string(framesPerSecond * 2) +
         " ! h264parse ! mp4mux name=mux ! filesink location=\"" + path.string() +
         "\" audiotestsrc num-buffers=" + std::to_string(4 * 44100 / 1024) +
@@ -97,8 +101,9 @@ void BM_ColdPrepareToFirstFrame(benchmark::State& state) {
 BENCHMARK(BM_ColdPrepareToFirstFrame)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(10);
 
 // Plays `streams` copies of the file at once, looping, while a renderer
-// takes the latest frame of each at 60 Hz.
-void playStreams(benchmark::State& state, int framesPerSecond, int streams) {
+// takes the latest frame of each at 60 Hz; with `crossfade`, the first
+// fades out and the second in over the run.
+void playStreams(benchmark::State& state, int framesPerSecond, int streams, bool crossfade = false) {
     const auto path = video(framesPerSecond);
     for (auto _ : state) {
         RealTimeScheduler scheduler;
@@ -116,8 +121,13 @@ void playStreams(benchmark::State& state, int framesPerSecond, int streams) {
         const double seconds = playSeconds();
         const double cpuBefore = cpuSeconds();
         for (const auto& surface : surfaces) surface->play();
-        for (double played = 0; played < seconds; played += 1.0 / 60) {
-            for (const auto& surface : surfaces) benchmark::DoNotOptimize(surface->latestFrame());
+        int tick = 0;
+        for (double played = 0; played < seconds; played += 1.0 / 60, ++tick) {
+            for (const auto& surface : surfaces) benchmark::DoNotOptimize(surface->latestVideoFrame());
+            if (crossfade && tick % 2 == 0) {
+                surfaces.front()->setVolume(0.5 * (1 - played / seconds), false);
+                surfaces.back()->setVolume(0.5 * played / seconds, false);
+            }
             scheduler.runFor(1.0 / 60);
         }
         const double cpu = cpuSeconds() - cpuBefore;
@@ -139,10 +149,31 @@ void playStreams(benchmark::State& state, int framesPerSecond, int streams) {
 
 void BM_Play1080p30(benchmark::State& state) { playStreams(state, 30, 1); }
 void BM_Play1080p60(benchmark::State& state) { playStreams(state, 60, 1); }
-void BM_Crossfade1080p30(benchmark::State& state) { playStreams(state, 30, 2); }
+void BM_Crossfade1080p30(benchmark::State& state) { playStreams(state, 30, 2, true); }
 BENCHMARK(BM_Play1080p30)->UseManualTime()->Unit(benchmark::kSecond)->Iterations(1);
 BENCHMARK(BM_Play1080p60)->UseManualTime()->Unit(benchmark::kSecond)->Iterations(1);
 BENCHMARK(BM_Crossfade1080p30)->UseManualTime()->Unit(benchmark::kSecond)->Iterations(1);
+
+// A 1080p frame in I420 with a gradient in every plane, converted as the
+// first CPU reader of each frame converts it.
+void BM_ConvertFrameForCpuReaders(benchmark::State& state) {
+    constexpr int width = 1920, height = 1080;
+    auto bytes = std::make_shared<std::vector<std::uint8_t>>(width * height * 3 / 2);
+    for (std::size_t i = 0; i < bytes->size(); ++i) (*bytes)[i] = static_cast<std::uint8_t>(i * 7 / 1920);
+    const std::uint8_t* data = bytes->data();
+    const auto frame = VideoFrame::make(VideoPlaneLayout::i420, width, height,
+                                        {VideoPlane{data, width, width, height},
+                                         VideoPlane{data + width * height, width / 2, width / 2, height / 2},
+                                         VideoPlane{data + width * height * 5 / 4, width / 2, width / 2, height / 2}},
+                                        {}, bytes);
+    StillPixels target;
+    for (auto _ : state) {
+        convertToBGRA(*frame, target);
+        benchmark::DoNotOptimize(target.bgra.data());
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_ConvertFrameForCpuReaders)->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace velarion

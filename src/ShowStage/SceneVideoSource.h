@@ -15,6 +15,7 @@
 
 #include "ShowStage/SceneID.h"
 #include "ShowStage/StillImage.h"
+#include "ShowStage/VideoFrame.h"
 
 #include <memory>
 #include <unordered_map>
@@ -33,7 +34,14 @@ public:
     // before the first. It never waits for a decoder. A new frame is a new
     // buffer: while a caller holds a frame, the source never writes into it,
     // so a back end may tell frames apart by address.
+    // A source that decodes into planes answers it with the planes' BGRA,
+    // converted once per frame when a CPU reader first asks.
     virtual std::shared_ptr<const StillPixels> latestFrame() const { return nullptr; }
+
+    // The newest frame as the decoder's planes, for a back end that converts
+    // on the GPU; null from a source whose frames are BGRA only (then
+    // `latestFrame` is the picture). The same frame stays the same object.
+    virtual std::shared_ptr<const VideoFrame> latestVideoFrame() const { return nullptr; }
 };
 
 using SceneSurfaces = std::unordered_map<SceneID, std::shared_ptr<const SceneVideoSource>>;

@@ -40,7 +40,7 @@ bool writeCodedVideo(const std::filesystem::path& path, const CodedVideo& video)
     std::string pipeline = "filesrc " + quoted(raw) + " ! rawvideoparse format=bgra width=" +
                            std::to_string(video.width) + " height=" + std::to_string(video.height) +
                            " framerate=" + std::to_string(video.framesPerSecond) +
-                           "/1 ! videoconvert ! x264enc speed-preset=ultrafast pass=quant quantizer=12 key-int-max=" +
+                           "/1 ! videoconvert ! video/x-raw,format=I420 ! x264enc speed-preset=ultrafast pass=quant quantizer=12 key-int-max=" +
                            std::to_string(video.framesPerSecond / 2) + " ! h264parse ! " +
                            (mkv ? "matroskamux" : "mp4mux") + " name=mux ! filesink " + quoted(path);
     if (video.soundAmplitude > 0) {

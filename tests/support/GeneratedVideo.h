@@ -2,7 +2,8 @@
 // Video files made by tests and benchmarks with gst-launch-1.0, whose
 // pictures tell their own frame number: eight blocks across, each white for
 // a set bit (the lowest on the left), black for a clear one, big enough to
-// survive H.264. Nothing recorded enters the repository.
+// survive H.264 in 4:2:0, as cameras and editors write it. Nothing recorded
+// enters the repository.
 
 #include "ShowStage/StillImage.h"
 

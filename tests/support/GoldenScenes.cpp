@@ -31,6 +31,29 @@ StillImage generatedStill(int width, int height, bool translucent) {
     return *StillImage::fromBGRA(width, height, std::move(bgra));
 }
 
+std::shared_ptr<const VideoFrame> generatedVideoFrame(int width, int height) {
+    const int chromaWidth = (width + 1) / 2, chromaHeight = (height + 1) / 2;
+    auto bytes = std::make_shared<std::vector<std::uint8_t>>(
+        static_cast<std::size_t>(width * height + chromaWidth * chromaHeight * 2));
+    std::uint8_t* luma = bytes->data();
+    std::uint8_t* chroma = luma + width * height;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const bool block = x >= width / 4 && x < width / 2 && y >= height / 4 && y < height / 2;
+            luma[y * width + x] = static_cast<std::uint8_t>(block ? 235 : 16 + 200 * x / width);
+        }
+    for (int y = 0; y < chromaHeight; ++y)
+        for (int x = 0; x < chromaWidth; ++x) {
+            const bool block = x > chromaWidth * 2 / 3 && y < chromaHeight / 2;
+            chroma[(y * chromaWidth + x) * 2] = static_cast<std::uint8_t>(60 + 140 * x / chromaWidth);
+            chroma[(y * chromaWidth + x) * 2 + 1] = static_cast<std::uint8_t>(block ? 230 : 70 + 110 * y / chromaHeight);
+        }
+    return VideoFrame::make(VideoPlaneLayout::nv12, width, height,
+                            {VideoPlane{luma, width, width, height},
+                             VideoPlane{chroma, chromaWidth * 2, chromaWidth, chromaHeight}, VideoPlane{}},
+                            {}, bytes);
+}
+
 SceneLayer stillLayer(const StillImage& still, SceneRect frame, SceneScaling scaling) {
     SceneLayer layer;
     layer.id = Uuid::random();
@@ -42,7 +65,7 @@ SceneLayer stillLayer(const StillImage& still, SceneRect frame, SceneScaling sca
 
 SceneFrame GoldenScene::frame() const {
     SceneRenderer renderer(width, height);
-    for (const auto& [scene, atSeconds] : applied) renderer.apply(scene, {}, atSeconds);
+    for (const auto& [scene, atSeconds] : applied) renderer.apply(scene, surfaces, atSeconds);
     return renderer.drawList(drawAtSeconds);
 }
 
@@ -115,6 +138,16 @@ std::vector<GoldenScene> goldenScenes() {
                                    {frameLayer, stillLayer(picture, box, scaling)}));
         }
     }
+
+    // A video in planes, one for one. (Scaled, the two back ends filter the
+    // chroma in another order, and hard colour edges differ.)
+    const SceneID surfaceID = Uuid::random();
+    SceneLayer video;
+    video.id = Uuid::random();
+    video.content = SceneVideoContent{surfaceID};
+    GoldenScene golden = still("video-planes", {video});
+    golden.surfaces[surfaceID] = std::make_shared<OneFrameVideo>(generatedVideoFrame(160, 90));
+    scenes.push_back(std::move(golden));
     return scenes;
 }
 

@@ -17,6 +17,7 @@
 #include <gst/gst.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -103,5 +104,13 @@ void ensureInitialized();
 
 // A GLib string as a std::string; null gives "".
 std::string text(const gchar* value);
+
+// Points a sound sink at a device by the server's name; none is the system
+// output, given as `systemOutput` (the server's default) where it is known.
+// A sink with an open stream can only move to a named device, so without one
+// it stays where it plays (the server moves the stream off a device that
+// goes). Nothing changes when the sink is already there or has no device.
+void pointSinkAt(GstElement* sink, const std::optional<std::string>& device,
+                 const std::optional<std::string>& systemOutput);
 
 } // namespace velarion::gst

@@ -18,6 +18,14 @@ using gst::GstRef;
 
 namespace {
 
+// The server's default output, when the device list knows it.
+std::optional<std::string> systemOutputID(const AudioDevices* devices) {
+    if (devices != nullptr)
+        for (const AudioDevice& output : devices->outputs())
+            if (output.isDefault) return output.id;
+    return std::nullopt;
+}
+
 constexpr double silentDecibels = -160;
 constexpr double stopFadeSeconds = 0.01;
 constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
@@ -412,7 +420,7 @@ bool GstSoundFilePlayer::setDevice(const std::optional<std::string>& deviceUID) 
     if (stopped_) return false;
     // A device that is gone leaves the sound on the system output.
     const bool found = !deviceUID || devices_ == nullptr || devices_->isPresent(*deviceUID);
-    g_object_set(shared_->sink.get(), "device", found && deviceUID ? deviceUID->c_str() : nullptr, nullptr);
+    gst::pointSinkAt(shared_->sink.get(), found ? deviceUID : std::nullopt, systemOutputID(devices_));
     return found;
 }
 

@@ -8,6 +8,7 @@
 #include <gst/video/video.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <cstring>
@@ -20,11 +21,15 @@ using gst::GstRef;
 
 namespace {
 
-constexpr double nanosecondsPerSecond = 1e9;
-// Frames a surface keeps for reuse: the slot's, one a render thread holds,
-// one being written.
-constexpr std::size_t framePoolSize = 4;
+// The server's default output, when the device list knows it.
+std::optional<std::string> systemOutputID(const AudioDevices* devices) {
+    if (devices != nullptr)
+        for (const AudioDevice& output : devices->outputs())
+            if (output.isDefault) return output.id;
+    return std::nullopt;
+}
 
+constexpr double nanosecondsPerSecond = 1e9;
 // A looping pass is a segment, so that its end is reported before the
 // sinks run dry and the next pass can join it; any other pass ends by EOS,
 // which also drains the frames a decoder still holds.
@@ -92,10 +97,9 @@ struct GstVideoSurface::Shared {
     std::string missingPlugin;
     std::string failure;
 
-    // The latest-frame slot. The pool is the streaming thread's own.
+    // The latest-frame slot.
     mutable std::mutex frameMutex;
-    std::shared_ptr<const StillPixels> latest;
-    std::vector<std::shared_ptr<StillPixels>> pool;
+    std::shared_ptr<const VideoFrame> latest;
     const GstBuffer* prerolled = nullptr; // compared, never read
 
     // The audio tap: `sinkMutex` only guards the copy of the sink;
@@ -312,6 +316,39 @@ VideoPreparation Shared::readInfo(GstElement* pipeline) {
     return info;
 }
 
+namespace {
+
+// A decoder's buffer mapped for as long as a frame shows it; unmapping
+// lets the buffer go back to the decoder's pool.
+struct MappedFrame {
+    GstVideoFrame frame{};
+    ~MappedFrame() { gst_video_frame_unmap(&frame); }
+};
+
+VideoColorimetry colorimetryOf(const GstVideoInfo& info) {
+    VideoColorimetry colorimetry;
+    switch (info.colorimetry.matrix) {
+    case GST_VIDEO_COLOR_MATRIX_BT601:
+    case GST_VIDEO_COLOR_MATRIX_FCC:
+    case GST_VIDEO_COLOR_MATRIX_SMPTE240M:
+        colorimetry.matrix = VideoColorMatrix::bt601;
+        break;
+    case GST_VIDEO_COLOR_MATRIX_BT2020:
+        colorimetry.matrix = VideoColorMatrix::bt2020;
+        break;
+    case GST_VIDEO_COLOR_MATRIX_BT709:
+        colorimetry.matrix = VideoColorMatrix::bt709;
+        break;
+    default: // unknown: what a decoder assumes for the size
+        colorimetry.matrix = info.height > 576 ? VideoColorMatrix::bt709 : VideoColorMatrix::bt601;
+        break;
+    }
+    colorimetry.fullRange = info.colorimetry.range == GST_VIDEO_COLOR_RANGE_0_255;
+    return colorimetry;
+}
+
+} // namespace
+
 void Shared::publish(GstSample* sample, bool preroll) {
     GstBuffer* buffer = gst_sample_get_buffer(sample);
     if (buffer == nullptr) return;
@@ -320,40 +357,26 @@ void Shared::publish(GstSample* sample, bool preroll) {
     else if (std::exchange(prerolled, nullptr) == buffer) return;
     GstVideoInfo info;
     if (!gst_video_info_from_caps(&info, gst_sample_get_caps(sample))) return;
-    GstVideoFrame frame;
-    if (!gst_video_frame_map(&frame, &info, buffer, GST_MAP_READ)) return;
-    const int width = GST_VIDEO_FRAME_WIDTH(&frame);
-    const int height = GST_VIDEO_FRAME_HEIGHT(&frame);
-    const std::size_t row = static_cast<std::size_t>(width) * 4;
-
-    // A pooled buffer only this pool holds: no slot and no reader has it.
-    std::shared_ptr<StillPixels> target;
-    for (const auto& candidate : pool)
-        if (candidate.use_count() == 1 && candidate->width == width && candidate->height == height) {
-            target = candidate;
-            break;
-        }
-    std::atomic_thread_fence(std::memory_order_acquire);
-    if (!target) {
-        target = std::make_shared<StillPixels>();
-        target->width = width;
-        target->height = height;
-        target->bgra.resize(row * static_cast<std::size_t>(height));
-        if (pool.size() >= framePoolSize) pool.erase(pool.begin());
-        pool.push_back(target);
+    const GstVideoFormat format = GST_VIDEO_INFO_FORMAT(&info);
+    if (format != GST_VIDEO_FORMAT_I420 && format != GST_VIDEO_FORMAT_NV12) return;
+    // Zero copy: the frame holds the decoder's buffer, mapped, until the
+    // last renderer lets it go.
+    auto mapped = std::make_shared<MappedFrame>();
+    if (!gst_video_frame_map(&mapped->frame, &info, buffer, GST_MAP_READ)) return;
+    GstVideoFrame& frame = mapped->frame;
+    std::array<VideoPlane, 3> planes{};
+    for (guint i = 0; i < GST_VIDEO_FRAME_N_PLANES(&frame) && i < planes.size(); ++i) {
+        planes[i] = VideoPlane{static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, i)),
+                               GST_VIDEO_FRAME_PLANE_STRIDE(&frame, i), GST_VIDEO_FRAME_COMP_WIDTH(&frame, i),
+                               GST_VIDEO_FRAME_COMP_HEIGHT(&frame, i)};
     }
-    const auto* source = static_cast<const std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0));
-    const auto stride = static_cast<std::size_t>(GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0));
-    if (stride == row) {
-        std::memcpy(target->bgra.data(), source, row * static_cast<std::size_t>(height));
-    } else {
-        for (int y = 0; y < height; ++y)
-            std::memcpy(target->bgra.data() + row * static_cast<std::size_t>(y), source + stride * y, row);
-    }
-    gst_video_frame_unmap(&frame);
+    auto next = VideoFrame::make(format == GST_VIDEO_FORMAT_I420 ? VideoPlaneLayout::i420 : VideoPlaneLayout::nv12,
+                                 GST_VIDEO_FRAME_WIDTH(&frame), GST_VIDEO_FRAME_HEIGHT(&frame), planes,
+                                 colorimetryOf(info), std::move(mapped));
+    if (!next) return;
     {
         std::lock_guard lock(frameMutex);
-        latest = target;
+        latest = std::move(next);
     }
     if (!preroll) shownFrames.fetch_add(1);
 }
@@ -416,12 +439,12 @@ std::shared_ptr<GstVideoSurface> GstVideoSurface::make(Scheduler& scheduler, con
     g_signal_connect_data(decode.get(), "pad-added", G_CALLBACK(onPadAdded),
                           new std::shared_ptr<Shared>(surface->shared_), deleteSharedClosure, GConnectFlags{});
 
-    // Several conversion threads: a 1080p frame's conversion must stay well
-    // inside a frame's time at 60 frames a second.
+    // The decoders' own planes pass through untouched; `videoconvert` only
+    // works for the rare file decoded into anything else.
     g_object_set(shared.videoConvert.get(), "n-threads", 0u, nullptr);
-    auto bgra = gst::GstMiniRef<GstCaps>::adopt(gst_caps_from_string("video/x-raw,format=BGRA"));
+    auto planar = gst::GstMiniRef<GstCaps>::adopt(gst_caps_from_string("video/x-raw,format={I420,NV12}"));
     // Late by more than a frame of 50 fps: dropped, as a video sink would.
-    g_object_set(shared.appSink.get(), "caps", bgra.get(), "sync", TRUE, "qos", TRUE, "max-buffers", 2u,
+    g_object_set(shared.appSink.get(), "caps", planar.get(), "sync", TRUE, "qos", TRUE, "max-buffers", 2u,
                  "max-lateness", static_cast<gint64>(20 * GST_MSECOND), "enable-last-sample", FALSE, nullptr);
     GstAppSinkCallbacks callbacks{};
     callbacks.new_preroll = onPreroll;
@@ -464,9 +487,14 @@ GstVideoSurface::~GstVideoSurface() {
     shared_->sink.reset();
 }
 
-bool GstVideoSurface::hasFrameToShow() const { return latestFrame() != nullptr; }
+bool GstVideoSurface::hasFrameToShow() const { return latestVideoFrame() != nullptr; }
 
 std::shared_ptr<const StillPixels> GstVideoSurface::latestFrame() const {
+    const auto frame = latestVideoFrame();
+    return frame ? frame->bgra() : nullptr;
+}
+
+std::shared_ptr<const VideoFrame> GstVideoSurface::latestVideoFrame() const {
     std::lock_guard lock(shared_->frameMutex);
     return shared_->latest;
 }
@@ -576,10 +604,9 @@ void GstVideoSurface::setAudioOutputDeviceUID(const std::optional<std::string>& 
     device_ = deviceUID;
     // A device that is gone leaves the sound on the system output.
     const bool found = !deviceUID || devices_ == nullptr || devices_->isPresent(*deviceUID);
+    const std::optional<std::string> systemOutput = systemOutputID(devices_);
     std::lock_guard lock(shared_->branchMutex);
-    if (shared_->audioSink &&
-        g_object_class_find_property(G_OBJECT_GET_CLASS(shared_->audioSink.get()), "device") != nullptr)
-        g_object_set(shared_->audioSink.get(), "device", found && deviceUID ? deviceUID->c_str() : nullptr, nullptr);
+    gst::pointSinkAt(shared_->audioSink.get(), found ? deviceUID : std::nullopt, systemOutput);
 }
 
 void GstVideoSurface::setAudioSink(VideoAudioSink sink) {

@@ -1,17 +1,18 @@
 #pragma once
 // GstVideoSurface: one video file on a GStreamer pipeline,
-//   uridecodebin ┬ videoconvert → videoflip (auto) → appsink (BGRA)
+//   uridecodebin ┬ videoconvert → videoflip (auto) → appsink (I420 or NV12)
 //                └ audioconvert → audioresample → F32 → volume → pulsesink
 // the engine's VideoSurface.
 //
 // How it keeps its promises:
 // - Frames: the appsink renders on the pipeline clock, so each decoded frame
 //   reaches the latest-frame slot at its moment; render threads and the CPU
-//   compositor read the slot without waiting. Frames are BGRA because both
-//   back ends take it as it is: GL uploads it with GL_BGRA and no shader
-//   conversion, the CPU compositor blends it directly; a video is opaque, so
-//   it is already premultiplied. The colour conversion runs on the
-//   streaming thread, never on a render thread.
+//   compositor read the slot without waiting. A frame is the decoder's own
+//   buffer in its planes (I420 or NV12, which H.264 decoders give), with no
+//   copy and no conversion on the way: the GL back end uploads the planes
+//   and converts in its shader, and a CPU reader gets BGRA converted once
+//   per frame on its own thread when it asks (VideoFrame). At 1080p60 the
+//   streaming threads then do nothing but decode.
 // - Loops by segment seeks issued from the bus thread the moment a pass is
 //   read, as the sound player does, so the join has no gap and no repeated
 //   frame. A pass that doesn't loop ends by EOS, holding its last frame.
@@ -50,6 +51,7 @@ public:
 
     bool hasFrameToShow() const override;
     std::shared_ptr<const StillPixels> latestFrame() const override;
+    std::shared_ptr<const VideoFrame> latestVideoFrame() const override;
 
     const SceneID& id() const override { return id_; }
     const std::filesystem::path& path() const override { return path_; }

@@ -15,6 +15,10 @@
 namespace velarion::testing {
 
 inline constexpr int parityLevels = 2;
+// A sampler places chroma with 8-bit sub-texel precision, so where the chroma
+// changes hard a video's pixel may differ by a level more; a misplaced plane
+// differs by tens.
+inline constexpr int videoParityLevels = 3;
 
 // A deep copy, so the image may outlive the raster.
 QImage toImage(const RasterImage& raster);

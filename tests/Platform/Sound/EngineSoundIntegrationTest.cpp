@@ -2,7 +2,8 @@
 // playlist songs overlap for their crossfade, and
 // a device pulled out mid-song is heard on the system output and logged, and
 // a sound server that crashes mid-song ends the cue with a sentence, and a
-// video's sound plays on the House output at its level until a song takes over.
+// video's sound plays on the House output at its level until a song takes over,
+// dips the song under it, and moves to the system output when House is pulled out.
 
 #include "FakePictures.h"
 #include "GeneratedVideo.h"
@@ -107,6 +108,54 @@ TEST_F(EngineSound, AVideosSoundPlaysAtItsLevelUntilASongTakesOver) {
     ASSERT_GT(frames, static_cast<std::size_t>(recordedRate / 2));
     EXPECT_LT(pitchAmplitude(heard, frames - window * 3, window * 3, 441), 0.005) << "faded for the song";
     EXPECT_GT(pitchAmplitude(heard, frames - window * 3, window * 3, 735), 0.2);
+}
+
+TEST_F(EngineSound, AVideoThatDipsPlaysOverTheSongAndTalkOverLeavesItsSoundAlone) {
+    ASSERT_TRUE(writeCodedVideo(package / "Media" / "clip.mkv", {.frames = 40}));
+    add("Song", AudioCue{.mediaID = song("song.wav", {.hertz = 735, .seconds = 5}), .role = SoundRole::music});
+    add("Clip", VideoCue{.mediaID = ShowBuilder(show).addItem("clip.mkv", MediaKind::video, 4.0), .level = 0.5,
+                         .musicRule = VideoMusicRule::dip});
+    start();
+    auto house = server()->record("House");
+    engine->perform(command::Go{});
+    scheduler.runFor(0.6);
+    engine->perform(command::Go{});
+    scheduler.runFor(2.4); // the video's start and the dip's one-second fade, on a busy machine
+    engine->perform(command::SetTalkOver{true});
+    scheduler.runFor(0.8);
+    const auto heard = house->stop();
+    ASSERT_EQ(engine->state().running.size(), 2u);
+
+    const std::size_t window = recordedRate / 5, frames = heard.size() / 2;
+    ASSERT_GT(frames, window * 12);
+    // Before talk-over and under it: the song (a 0.5 sine) dipped to a
+    // quarter, the clip at its 0.5.
+    for (const std::size_t from : {frames - window * 6, frames - window}) {
+        EXPECT_NEAR(pitchAmplitude(heard, from, window, 735), 0.125, 0.015) << from;
+        EXPECT_NEAR(pitchAmplitude(heard, from, window, 441), 0.25, 0.02) << from;
+    }
+}
+
+TEST_F(EngineSound, AVideoWhoseDevicePullsOutGoesOnOnTheSystemOutputAndSaysSo) {
+    ASSERT_TRUE(writeCodedVideo(package / "Media" / "clip.mkv", {.frames = 40}));
+    add("Clip", VideoCue{.mediaID = ShowBuilder(show).addItem("clip.mkv", MediaKind::video, 4.0), .level = 0.5});
+    add("Next", AudioCue{.mediaID = song("next.wav", {.hertz = 735, .seconds = 2})});
+    start();
+    engine->perform(command::Go{});
+    scheduler.runFor(0.6);
+    auto speakers = server()->record("Speakers");
+    ASSERT_TRUE(server()->removeSink("House"));
+    scheduler.runFor(1.2);
+    const auto heard = speakers->stop();
+    EXPECT_TRUE(logged("Clip moved to the system output — its sound device is gone"));
+    ASSERT_EQ(engine->state().running.size(), 1u) << "the video plays on";
+    const std::size_t window = recordedRate / 5;
+    ASSERT_GT(heard.size() / 2, window * 2);
+    EXPECT_NEAR(pitchAmplitude(heard, heard.size() / 2 - window, window, 441), 0.25, 0.03) << "heard on the default";
+    engine->perform(command::Go{});
+    scheduler.runFor(0.3);
+    EXPECT_EQ(engine->state().running.size(), 2u) << "the show goes on";
+    ASSERT_TRUE(server()->addSink("House"));
 }
 
 TEST_F(EngineSound, AVideosStandbyPictureIsItsFrameAtATenthOfASecondFittedWithin960By540) {
