@@ -4,25 +4,17 @@
 // private bus and sound server.
 
 #include "ChildProcess.h"
-#include "FakePictures.h"
-#include "FakePlayers.h"
 #include "FakeStreamApp.h"
+#include "LiveMusicShow.h"
+#include "PrivateSessionBus.h"
 #include "PrivateSoundServer.h"
-#include "RecordingOutputManager.h"
-#include "ShowBuilder.h"
-#include "TempFolder.h"
 #include "VirtualScheduler.h"
 
-#include "LiveEngine/LiveEngine.h"
-#include "Platform/Music/MprisRemote.h"
 
 #include <QCoreApplication>
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
-#include <fstream>
-#include <thread>
 
 namespace velarion {
 namespace {
@@ -75,33 +67,26 @@ void BM_StatusPollOnTheMainThread(benchmark::State& state) {
 BENCHMARK(BM_StatusPollOnTheMainThread)->Unit(benchmark::kMicrosecond);
 
 void BM_GoToConfirmedStartAgainstTheStandIn(benchmark::State& state) {
+    constexpr int songs = 20;
     std::string whyNot;
     auto sound = testing::PrivateSoundServer::start(whyNot);
-    if (!sound) return state.SkipWithError(whyNot.c_str());
-    testing::TempFolder folder("velarion-bench-bus");
-    const std::string address = "unix:path=" + (folder / "bus").string();
-    std::ofstream(folder / "bus.conf") << "<busconfig><type>session</type><listen>" << address
-                                       << "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow "
-                                          "send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-                                          "<allow own=\"*\"/></policy></busconfig>";
-    testing::ChildProcess daemon("/usr/bin/dbus-daemon",
-                                 {"--nofork", "--nopidfile", "--config-file=" + (folder / "bus.conf").string()});
-    for (int i = 0; i < 100 && !std::filesystem::exists(folder / "bus"); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+    auto bus = sound ? testing::PrivateSessionBus::start(whyNot) : nullptr;
+    if (!bus) return state.SkipWithError(whyNot.c_str());
     testing::ChildProcess player(VELARION_MPRIS_STANDIN, {"--name", "spotify", "--identity", "Spotify",
                                                           "--app-name", "Spotify", "--ignores-volume"});
     if (player.readLine(10) != "ready") return state.SkipWithError("the stand-in player didn't start");
-    MprisRemote mpris;
-    StreamQueue queue;
-    const StreamRemote remote = queue.serial(mpris.remote());
+    testing::LiveMusicShow live;
+    for (int song = 0; song < songs; ++song)
+        live.song("Song " + std::to_string(song), StreamApp::spotify, "spotify:track:f" + std::to_string(400 + song * 10));
+    live.start();
     int song = 0;
     for (auto _ : state) {
-        const std::string reference = "spotify:track:f" + std::to_string(400 + (++song % 50) * 10);
-        if (auto error = remote.startTrack(StreamApp::spotify, reference, 0, 50, 0, {}, {}))
-            return state.SkipWithError(error->message.c_str());
+        live.engine->perform(command::Go{});
+        if (!live.runUntil([&] { return live.confirmed("Song " + std::to_string(song)); }, 10))
+            return state.SkipWithError("the start wasn't confirmed");
         state.PauseTiming();
-        remote.command(StreamApp::spotify, streamCommand::Pause{});
+        live.scheduler.runFor(0.3); // past GO's lockout
+        ++song;
         state.ResumeTiming();
     }
 }

@@ -63,11 +63,22 @@ std::optional<SinkInputLevel::Stream> SinkInputLevel::find(std::string& error) {
 bool SinkInputLevel::set(int percent, std::string& error) {
     std::lock_guard guard(lock_);
     wanted_ = std::clamp(percent, 0, 100);
+    std::string output;
+    const auto apply = [&](int index, std::string& why) {
+        return run({"set-sink-input-volume", std::to_string(index), std::to_string(*wanted_) + "%"}, output, why);
+    };
+    // A fade sets twenty levels a second: the stream last seen is tried
+    // first, and the list is asked again only when it has gone.
+    std::string stale;
+    if (lastIndex_ >= 0 && apply(lastIndex_, stale)) {
+        wanted_.reset();
+        return true;
+    }
+    lastIndex_ = -1;
     const auto stream = find(error);
     if (!stream) return error.empty();
-    std::string output;
-    if (!run({"set-sink-input-volume", std::to_string(stream->index), std::to_string(*wanted_) + "%"}, output, error))
-        return false;
+    if (!apply(stream->index, error)) return false;
+    lastIndex_ = stream->index;
     wanted_.reset();
     return true;
 }
@@ -76,6 +87,7 @@ std::optional<int> SinkInputLevel::level() {
     std::lock_guard guard(lock_);
     std::string error;
     auto stream = find(error);
+    lastIndex_ = stream ? stream->index : -1;
     if (!stream) return wanted_;
     if (wanted_ && *wanted_ != stream->percent) {
         std::string output;

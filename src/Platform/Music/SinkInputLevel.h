@@ -43,6 +43,7 @@ private:
     double timeoutSeconds_;
     std::mutex lock_;
     std::optional<int> wanted_;
+    int lastIndex_ = -1; // the app's stream when last found
 };
 
 } // namespace velarion

@@ -3,13 +3,19 @@
 // server whose monitor is recorded; and oEmbed from a local HTTP server.
 
 #include "ChildProcess.h"
+#include "GeneratedSound.h"
+#include "LiveMusicShow.h"
+#include "PrivateSessionBus.h"
 #include "PrivateSoundServer.h"
 #include "ScopedEnvironment.h"
 #include "TempFolder.h"
+#include "VirtualScheduler.h"
 
 #include "Live/SpotifyMetadata.h"
+#include "LiveEngine/ProviderPreviewSession.h"
 #include "LiveEngine/ports/StreamTasks.h"
 #include "Platform/Music/MprisRemote.h"
+#include "Platform/Music/MusicLibrary.h"
 #include "Platform/Music/QtWebRequests.h"
 
 #include <QCoreApplication>
@@ -23,8 +29,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <fstream>
 #include <thread>
+
+#include <taglib/fileref.h>
+#include <taglib/tag.h>
 
 namespace velarion::testing {
 namespace {
@@ -43,31 +51,27 @@ double toneLevel(const std::vector<float>& stereo, double hertz) {
     return frames == 0 ? 0 : 2 * std::sqrt(std::max(power, 0.0)) / static_cast<double>(frames);
 }
 
+// Confirmations that give up after a second.
+StreamRemote quick(StreamRemote remote) {
+    remote.songConfirmSeconds = 1;
+    remote.positionConfirmSeconds = 1;
+    return remote;
+}
+
 class MusicApps : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         std::string whyNot;
         sound = PrivateSoundServer::start(whyNot).release();
-        if (sound == nullptr) skipReason = whyNot;
-        folder = new TempFolder("velarion-music-bus");
-        const std::string address = "unix:path=" + (*folder / "bus").string();
-        std::ofstream(*folder / "bus.conf")
-            << "<busconfig><type>session</type><listen>" << address
-            << "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\" "
-               "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>";
-        daemon = new ChildProcess("/usr/bin/dbus-daemon",
-                                  {"--nofork", "--nopidfile", "--config-file=" + (*folder / "bus.conf").string()});
-        for (int i = 0; i < 100 && !std::filesystem::exists(*folder / "bus"); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+        if (sound != nullptr) bus = PrivateSessionBus::start(whyNot).release();
+        if (bus == nullptr) skipReason = whyNot;
     }
     static void TearDownTestSuite() {
-        delete daemon;
-        delete folder;
+        delete bus;
         delete sound;
     }
     void SetUp() override {
-        if (sound == nullptr) GTEST_SKIP() << skipReason;
+        if (bus == nullptr) GTEST_SKIP() << skipReason;
     }
 
     // A stand-in player; answers once it owns its name.
@@ -84,15 +88,9 @@ protected:
         EXPECT_EQ(player->readLine(10), "ready");
         return player;
     }
-    static StreamRemote quick(StreamRemote remote) {
-        remote.songConfirmSeconds = 1;
-        remote.positionConfirmSeconds = 1;
-        return remote;
-    }
 
     static inline PrivateSoundServer* sound = nullptr;
-    static inline TempFolder* folder = nullptr;
-    static inline ChildProcess* daemon = nullptr;
+    static inline PrivateSessionBus* bus = nullptr;
     static inline std::string skipReason;
 };
 
@@ -158,6 +156,105 @@ TEST_F(MusicApps, AnAppThatHangsFailsWithinItsBoundAndTheQueueGoesOn) {
     waiting.join();
     ASSERT_TRUE(hung);
     EXPECT_EQ(hung->message, "Spotify didn't answer within 0.5 seconds");
+}
+
+TEST_F(MusicApps, AnAppThatQuitsMidSongEndsItsCueWithItsWordsAndTheShowGoesOn) {
+    auto player = spotify();
+    auto rhythmbox = standIn({"--name", "rhythmbox", "--identity", "Rhythmbox", "--app-name", "Rhythmbox"});
+    LiveMusicShow live("rhythmbox");
+    live.remote = quick(live.remote);
+    live.song("Walk-in", StreamApp::spotify, "spotify:track:f440");
+    live.song("Reading", StreamApp::music, "file:///music/Reading.ogg");
+    live.start();
+    live.engine->perform(command::Go{});
+    ASSERT_TRUE(live.runUntil([&] { return live.confirmed("Walk-in"); }, 5));
+    player.reset(); // quits mid-song
+    EXPECT_TRUE(live.runUntil([&] { return live.runOf("Walk-in") == nullptr; }, 5));
+    EXPECT_TRUE(live.logged("Walk-in stopped — Spotify isn't running"));
+    live.engine->perform(command::Go{});
+    EXPECT_TRUE(live.runUntil([&] { return live.confirmed("Reading"); }, 5));
+}
+
+TEST_F(MusicApps, APreviewGivesWayToALiveStartWhichStaysSilentUntilConfirmed) {
+    // The live song never confirms: the app plays another in its place.
+    auto player = spotify({"--plays-instead", "spotify:track:f440=spotify:track:f880"});
+    LiveMusicShow live;
+    live.remote = quick(live.remote);
+    live.song("Walk-in", StreamApp::spotify, "spotify:track:f440");
+    live.start();
+    ProviderPreviewSession preview(live.remote, live.tasks, live.scheduler);
+    live.engine->onProviderWillStart = [&](StreamApp app) { preview.cancelForLive(app); };
+    auto recording = sound->record("Speakers");
+    StreamTrackCue audition;
+    audition.reference = "spotify:track:f660";
+    audition.level = 80;
+    audition.fadeIn = 2;
+    preview.start(Uuid::random(), StreamApp::spotify, audition, [&](StreamApp) { return live.runOf("Walk-in"); });
+    const auto heardLevel = [&] {
+        const StreamStatusReply reply = live.remote.status(StreamApp::spotify);
+        return reply.status && reply.status->reference == audition.reference ? reply.status->volume : 0;
+    };
+    ASSERT_TRUE(live.runUntil([&] { return heardLevel() >= 30; }, 5)) << "the preview fades in";
+    live.engine->perform(command::Go{});
+    const std::string tookOver = "Live playback has taken control of Spotify.";
+    EXPECT_EQ(preview.note(), tookOver);
+    EXPECT_TRUE(live.runUntil([&] { return live.runOf("Walk-in") == nullptr; }, 5));
+    EXPECT_TRUE(live.logged("Walk-in didn't play — Spotify did not confirm the selected song. "
+                            "Its volume remains at zero."));
+    live.scheduler.runFor(2.5); // the monitor's delay, and time for any stray step of the preview
+    EXPECT_EQ(preview.note(), tookOver);
+    const std::vector<float> heard = recording->stop();
+    EXPECT_LT(toneLevel(heard, 880) * 20, toneLevel(heard, 660)) << "the preview was heard, the unconfirmed song never";
+}
+
+TEST(MusicLibrary, SongsAreFoundByTagsAndNamesAndARescanRereadsOnlyWhatChanged) {
+    TempFolder folder("velarion-library");
+    const auto write = [&](const std::filesystem::path& relative, const char* title, const char* artist,
+                           const char* album) {
+        std::filesystem::create_directories((folder / relative).parent_path());
+        writeSineWav(folder / relative, Sine{441, 0.5, 0.01});
+        if (title == nullptr) return;
+        TagLib::FileRef file((folder / relative).c_str());
+        file.tag()->setTitle(TagLib::String(title, TagLib::String::UTF8));
+        file.tag()->setArtist(TagLib::String(artist, TagLib::String::UTF8));
+        file.tag()->setAlbum(TagLib::String(album, TagLib::String::UTF8));
+        ASSERT_TRUE(file.save());
+    };
+    write("a1.wav", "Amazing Grace", "Choir of St Mary", "Hymns Vol 2");
+    write("Band/Live Album/03 intro.wav", nullptr, nullptr, nullptr);
+    VirtualScheduler clock;
+    MusicLibrary library(clock, folder.path());
+    const auto titles = [&](const std::string& query) {
+        std::optional<std::vector<StreamTrackResult>> found;
+        library.searchMusicLibrary(query, [&](std::vector<StreamTrackResult> songs) { found = std::move(songs); });
+        for (int i = 0; i < 1000 && !found; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            clock.runDue();
+        }
+        std::vector<std::string> names;
+        for (const StreamTrackResult& song : found.value_or(std::vector<StreamTrackResult>{}))
+            names.push_back(song.title + " / " + song.artist);
+        return names;
+    };
+    const std::vector<std::string> grace = {"Amazing Grace / Choir of St Mary"};
+    const std::vector<std::string> intro = {"03 intro / Band"};
+    const struct {
+        std::string query;
+        std::vector<std::string> found;
+    } cases[] = {{"grace", grace}, {"ST MARY", grace}, {"hymns vol", grace}, {"a1.wav", grace},
+                 {"live album intro", intro}, {"grace band", {}}, {"  ", {}}};
+    for (const auto& c : cases) EXPECT_EQ(titles(c.query), c.found) << c.query;
+    EXPECT_EQ(library.tagReads(), 2u);
+
+    write("a1.wav", "Be Thou My Vision", "Choir of St Mary", "Hymns Vol 2");
+    std::filesystem::last_write_time(folder / "a1.wav", std::filesystem::file_time_type::clock::now() +
+                                                              std::chrono::seconds(5));
+    std::filesystem::remove_all(folder / "Band");
+    EXPECT_EQ(titles("vision"), std::vector<std::string>{}) << "the listing is fresh for a while";
+    clock.advance(MusicLibrary::rescanSeconds + 1);
+    EXPECT_EQ(titles("vision"), std::vector<std::string>{"Be Thou My Vision / Choir of St Mary"});
+    EXPECT_EQ(titles("intro"), std::vector<std::string>{});
+    EXPECT_EQ(library.tagReads(), 3u);
 }
 
 TEST_F(MusicApps, OEmbedNamesComeFromALocalServer) {

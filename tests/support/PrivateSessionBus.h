@@ -1,0 +1,31 @@
+#pragma once
+// A private D-Bus session bus for tests: its own dbus-daemon on a socket in
+// a fresh folder, which anyone may own names on. While it lives,
+// DBUS_SESSION_BUS_ADDRESS points at it (set before any connection is made,
+// since a process keeps the session bus it first connected to).
+
+#include "ChildProcess.h"
+#include "TempFolder.h"
+
+#include <memory>
+#include <string>
+
+namespace velarion::testing {
+
+class PrivateSessionBus {
+public:
+    // None, with the reason, when the daemon didn't come up.
+    static std::unique_ptr<PrivateSessionBus> start(std::string& whyNot);
+    ~PrivateSessionBus();
+    const std::string& address() const { return address_; }
+
+private:
+    PrivateSessionBus() = default;
+    TempFolder folder_{"velarion-bus"};
+    std::unique_ptr<ChildProcess> daemon_;
+    std::string address_;
+    std::string previous_;
+    bool hadPrevious_ = false;
+};
+
+} // namespace velarion::testing
