@@ -1,7 +1,6 @@
 #include "PrivateSessionBus.h"
 
 #include <chrono>
-#include <cstdlib>
 #include <fstream>
 #include <thread>
 
@@ -24,17 +23,8 @@ std::unique_ptr<PrivateSessionBus> PrivateSessionBus::start(std::string& whyNot)
         whyNot = "dbus-daemon did not start";
         return nullptr;
     }
-    if (const char* previous = std::getenv("DBUS_SESSION_BUS_ADDRESS")) {
-        bus->previous_ = previous;
-        bus->hadPrevious_ = true;
-    }
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", bus->address_.c_str(), 1);
+    bus->environment_ = std::make_unique<ScopedEnvironment>("DBUS_SESSION_BUS_ADDRESS", bus->address_);
     return bus;
-}
-
-PrivateSessionBus::~PrivateSessionBus() {
-    if (hadPrevious_) ::setenv("DBUS_SESSION_BUS_ADDRESS", previous_.c_str(), 1);
-    else ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
 
 } // namespace velarion::testing

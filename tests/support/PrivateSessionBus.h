@@ -5,6 +5,7 @@
 // since a process keeps the session bus it first connected to).
 
 #include "ChildProcess.h"
+#include "ScopedEnvironment.h"
 #include "TempFolder.h"
 
 #include <memory>
@@ -16,16 +17,14 @@ class PrivateSessionBus {
 public:
     // None, with the reason, when the daemon didn't come up.
     static std::unique_ptr<PrivateSessionBus> start(std::string& whyNot);
-    ~PrivateSessionBus();
     const std::string& address() const { return address_; }
 
 private:
     PrivateSessionBus() = default;
     TempFolder folder_{"velarion-bus"};
-    std::unique_ptr<ChildProcess> daemon_;
     std::string address_;
-    std::string previous_;
-    bool hadPrevious_ = false;
+    std::unique_ptr<ChildProcess> daemon_;
+    std::unique_ptr<ScopedEnvironment> environment_;
 };
 
 } // namespace velarion::testing

@@ -8,6 +8,7 @@
 #include <QDBusObjectPath>
 #include <QDBusReply>
 #include <QDBusVariant>
+#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
@@ -61,6 +62,12 @@ std::string spotifyReference(const QVariantMap& metadata) {
     const QString prefix = "/com/spotify/track/";
     if (track.startsWith(prefix)) return "spotify:track:" + track.mid(prefix.size()).toStdString();
     return track.toStdString();
+}
+
+bool sameAddress(const std::string& a, const std::string& b) {
+    if (a == b) return true;
+    const QUrl first(QString::fromStdString(a)), second(QString::fromStdString(b));
+    return first.isValid() && second.isValid() && first.toString(QUrl::FullyEncoded) == second.toString(QUrl::FullyEncoded);
 }
 
 } // namespace
@@ -217,6 +224,10 @@ StreamReply MprisRemote::status(StreamApp app, const std::string& bus) {
     } else {
         volume = static_cast<int>(std::lround(std::clamp(plain(properties.value("Volume")).toDouble(), 0.0, 1.0) * 100));
         reference = plain(metadata.value("xesam:url")).toString().toStdString();
+        // Players report a file's address in their own spelling ("%20" or a
+        // space): the song asked for keeps the operator's spelling.
+        std::lock_guard guard(lock_);
+        if (!musicOpened_.empty() && sameAddress(reference, musicOpened_)) reference = musicOpened_;
     }
     const std::string text = (state == "Playing" ? "playing" : "paused") + std::string("\t") +
                              field(plain(metadata.value("xesam:title")).toString()) + "\t" +
@@ -231,6 +242,10 @@ StreamReply MprisRemote::send(StreamApp app, const StreamCommand& command) {
     if (!bus) return {{}, StreamError{displayName(app) + " isn't running"}};
     std::optional<StreamError> error;
     if (const auto* play = std::get_if<streamCommand::Play>(&command)) {
+        if (app == StreamApp::music) {
+            std::lock_guard guard(lock_);
+            musicOpened_ = play->reference;
+        }
         error = call(app, *bus, "OpenUri", {QString::fromStdString(play->reference)});
     } else if (const auto* level = std::get_if<streamCommand::SetVolume>(&command)) {
         if (app == StreamApp::spotify) {

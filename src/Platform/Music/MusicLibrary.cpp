@@ -43,7 +43,9 @@ std::string oneLine(const TagLib::String& text) {
 // nothing: music folders are laid out Artist/Album/Song.
 LibrarySong describe(const std::filesystem::path& folder, const std::filesystem::path& file) {
     LibrarySong found;
-    found.song.reference = QUrl::fromLocalFile(QString::fromStdString(file.string())).toString().toStdString();
+    found.song.reference = QUrl::fromLocalFile(QString::fromStdString(file.string()))
+                                .toString(QUrl::FullyEncoded)
+                                .toStdString();
     found.fileName = file.filename().string();
     const TagLib::FileRef tags(file.c_str(), false);
     if (!tags.isNull() && tags.tag() != nullptr) {

@@ -164,7 +164,7 @@ TEST_F(MusicApps, AnAppThatQuitsMidSongEndsItsCueWithItsWordsAndTheShowGoesOn) {
     LiveMusicShow live("rhythmbox");
     live.remote = quick(live.remote);
     live.song("Walk-in", StreamApp::spotify, "spotify:track:f440");
-    live.song("Reading", StreamApp::music, "file:///music/Reading.ogg");
+    live.song("Reading", StreamApp::music, "file:///music/Bible Reading.ogg");
     live.start();
     live.engine->perform(command::Go{});
     ASSERT_TRUE(live.runUntil([&] { return live.confirmed("Walk-in"); }, 5));

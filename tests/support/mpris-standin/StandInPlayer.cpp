@@ -13,6 +13,7 @@
 #include <QDBusVirtualObject>
 #include <QElapsedTimer>
 #include <QRegularExpression>
+#include <QUrl>
 
 #include <gst/gst.h>
 
@@ -105,7 +106,7 @@ private:
             metadata.insert("mpris:length", QVariant::fromValue(static_cast<qlonglong>(215'000'000)));
             metadata.insert("xesam:title", "Song " + id);
             metadata.insert("xesam:artist", QStringList{"Stand-in"});
-            metadata.insert("xesam:url", uri_);
+            metadata.insert("xesam:url", QUrl(uri_).toString(QUrl::FullyEncoded)); // as players spell it
             return metadata;
         }
         return {};
