@@ -29,6 +29,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <array>
 #include <thread>
 
 #include <taglib/fileref.h>
@@ -209,51 +210,45 @@ TEST_F(MusicApps, APreviewGivesWayToALiveStartWhichStaysSilentUntilConfirmed) {
 
 TEST(MusicLibrary, SongsAreFoundByTagsAndNamesAndARescanRereadsOnlyWhatChanged) {
     TempFolder folder("velarion-library");
-    const auto write = [&](const std::filesystem::path& relative, const char* title, const char* artist,
-                           const char* album) {
+    const auto write = [&](const std::filesystem::path& relative, std::array<const char*, 3> tags) {
         std::filesystem::create_directories((folder / relative).parent_path());
         writeSineWav(folder / relative, Sine{441, 0.5, 0.01});
-        if (title == nullptr) return;
         TagLib::FileRef file((folder / relative).c_str());
-        file.tag()->setTitle(TagLib::String(title, TagLib::String::UTF8));
-        file.tag()->setArtist(TagLib::String(artist, TagLib::String::UTF8));
-        file.tag()->setAlbum(TagLib::String(album, TagLib::String::UTF8));
+        file.tag()->setTitle(TagLib::String(tags[0], TagLib::String::UTF8));
+        file.tag()->setArtist(TagLib::String(tags[1], TagLib::String::UTF8));
+        file.tag()->setAlbum(TagLib::String(tags[2], TagLib::String::UTF8));
         ASSERT_TRUE(file.save());
     };
-    write("a1.wav", "Amazing Grace", "Choir of St Mary", "Hymns Vol 2");
-    write("Band/Live Album/03 intro.wav", nullptr, nullptr, nullptr);
+    write("a1.wav", {"Amazing Grace", "Choir of St Mary", "Hymns Vol 2"});
+    write("Band/Live Album/03 intro.wav", {"", "", ""});
     VirtualScheduler clock;
     MusicLibrary library(clock, folder.path());
     const auto titles = [&](const std::string& query) {
-        std::optional<std::vector<StreamTrackResult>> found;
-        library.searchMusicLibrary(query, [&](std::vector<StreamTrackResult> songs) { found = std::move(songs); });
-        for (int i = 0; i < 1000 && !found; ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            clock.runDue();
-        }
         std::vector<std::string> names;
-        for (const StreamTrackResult& song : found.value_or(std::vector<StreamTrackResult>{}))
-            names.push_back(song.title + " / " + song.artist);
+        bool done = false;
+        library.searchMusicLibrary(query, [&](std::vector<StreamTrackResult> songs) {
+            for (const StreamTrackResult& song : songs) names.push_back(song.title + " / " + song.artist);
+            done = true;
+        });
+        for (int i = 0; i < 1000 && !done; ++i, clock.runDue()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
         return names;
     };
-    const std::vector<std::string> grace = {"Amazing Grace / Choir of St Mary"};
-    const std::vector<std::string> intro = {"03 intro / Band"};
-    const struct {
-        std::string query;
-        std::vector<std::string> found;
-    } cases[] = {{"grace", grace}, {"ST MARY", grace}, {"hymns vol", grace}, {"a1.wav", grace},
-                 {"live album intro", intro}, {"grace band", {}}, {"  ", {}}};
-    for (const auto& c : cases) EXPECT_EQ(titles(c.query), c.found) << c.query;
+    using Titles = std::vector<std::string>;
+    const Titles grace = {"Amazing Grace / Choir of St Mary"};
+    const std::pair<std::string, Titles> cases[] = {
+        {"grace", grace}, {"ST MARY", grace}, {"hymns vol", grace}, {"a1.wav", grace},
+        {"live album intro", {"03 intro / Band"}}, {"grace band", {}}, {"  ", {}}};
+    for (const auto& [query, found] : cases) EXPECT_EQ(titles(query), found) << query;
     EXPECT_EQ(library.tagReads(), 2u);
 
-    write("a1.wav", "Be Thou My Vision", "Choir of St Mary", "Hymns Vol 2");
+    write("a1.wav", {"Be Thou My Vision", "Choir of St Mary", "Hymns Vol 2"});
     std::filesystem::last_write_time(folder / "a1.wav", std::filesystem::file_time_type::clock::now() +
                                                               std::chrono::seconds(5));
     std::filesystem::remove_all(folder / "Band");
-    EXPECT_EQ(titles("vision"), std::vector<std::string>{}) << "the listing is fresh for a while";
+    EXPECT_EQ(titles("vision"), Titles{}) << "the listing is fresh for a while";
     clock.advance(MusicLibrary::rescanSeconds + 1);
-    EXPECT_EQ(titles("vision"), std::vector<std::string>{"Be Thou My Vision / Choir of St Mary"});
-    EXPECT_EQ(titles("intro"), std::vector<std::string>{});
+    EXPECT_EQ(titles("vision"), Titles{"Be Thou My Vision / Choir of St Mary"});
+    EXPECT_EQ(titles("intro"), Titles{});
     EXPECT_EQ(library.tagReads(), 3u);
 }
 
