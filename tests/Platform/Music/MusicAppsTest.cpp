@@ -8,6 +8,7 @@
 #include "PrivateSessionBus.h"
 #include "PrivateSoundServer.h"
 #include "ScopedEnvironment.h"
+#include "SoundAnalysis.h"
 #include "TempFolder.h"
 #include "VirtualScheduler.h"
 
@@ -27,9 +28,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cmath>
 #include <array>
+#include <chrono>
 #include <thread>
 
 #include <taglib/fileref.h>
@@ -38,18 +38,9 @@
 namespace velarion::testing {
 namespace {
 
-// The strength of one tone in a stereo recording (Goertzel), 0 to about 0.5.
+// The strength of one tone over a whole recording, 0 to about 0.5.
 double toneLevel(const std::vector<float>& stereo, double hertz) {
-    const double w = 2 * M_PI * hertz / PrivateSoundServer::sampleRate;
-    double s1 = 0, s2 = 0;
-    const std::size_t frames = stereo.size() / 2;
-    for (std::size_t i = 0; i < frames; ++i) {
-        const double s = stereo[2 * i] + 2 * std::cos(w) * s1 - s2;
-        s2 = s1;
-        s1 = s;
-    }
-    const double power = s1 * s1 + s2 * s2 - 2 * std::cos(w) * s1 * s2;
-    return frames == 0 ? 0 : 2 * std::sqrt(std::max(power, 0.0)) / static_cast<double>(frames);
+    return pitchAmplitude(stereo, 0, stereo.size() / 2, hertz);
 }
 
 // Confirmations that give up after a second.
