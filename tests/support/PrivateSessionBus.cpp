@@ -9,10 +9,11 @@ namespace velarion::testing {
 std::unique_ptr<PrivateSessionBus> PrivateSessionBus::start(std::string& whyNot) {
     std::unique_ptr<PrivateSessionBus> bus(new PrivateSessionBus);
     const std::filesystem::path socket = bus->folder_ / "bus";
+    std::filesystem::create_directories(bus->servicesFolder());
     bus->address_ = "unix:path=" + socket.string();
     std::ofstream(bus->folder_ / "bus.conf")
         << "<busconfig><type>session</type><listen>" << bus->address_
-        << "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\" "
+        << "</listen><servicedir>" << bus->servicesFolder().string() << "</servicedir><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\" "
            "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>";
     bus->daemon_ = std::make_unique<ChildProcess>(
         "/usr/bin/dbus-daemon",

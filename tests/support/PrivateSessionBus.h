@@ -18,6 +18,8 @@ public:
     // None, with the reason, when the daemon didn't come up.
     static std::unique_ptr<PrivateSessionBus> start(std::string& whyNot);
     const std::string& address() const { return address_; }
+    // Where `.service` files make names the bus may start on demand.
+    std::filesystem::path servicesFolder() const { return folder_ / "services"; }
 
 private:
     PrivateSessionBus() = default;

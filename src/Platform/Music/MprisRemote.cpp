@@ -64,6 +64,15 @@ std::string spotifyReference(const QVariantMap& metadata) {
     return track.toStdString();
 }
 
+// A call that never starts the player: the bus could otherwise launch one
+// that is installed as a service, and nothing on the live path launches an app.
+QDBusMessage methodCall(const std::string& bus, const QString& interface, const QString& method) {
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(QString::fromStdString(bus), objectPath, interface, method);
+    message.setAutoStartService(false);
+    return message;
+}
+
 bool sameAddress(const std::string& a, const std::string& b) {
     if (a == b) return true;
     const QUrl first(QString::fromStdString(a)), second(QString::fromStdString(b));
@@ -131,8 +140,7 @@ bool MprisRemote::isAppRunning(StreamApp app) {
             known = !musicIdentity_.empty();
         }
         if (!known) {
-            QDBusMessage get = QDBusMessage::createMethodCall(QString::fromStdString(*bus), objectPath,
-                                                              propertiesInterface, "Get");
+            QDBusMessage get = methodCall(*bus, propertiesInterface, "Get");
             get << rootInterface << QString("Identity");
             const QDBusMessage reply =
                 QDBusConnection::sessionBus().call(get, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));
@@ -173,14 +181,14 @@ StreamError MprisRemote::failure(StreamApp app, const QDBusError& error) const {
         std::snprintf(seconds, sizeof seconds, "%g", callTimeoutSeconds_);
         return {displayName(app) + " didn't answer within " + seconds + " seconds"};
     }
-    if (error.type() == QDBusError::ServiceUnknown) return {displayName(app) + " isn't running"};
+    if (error.type() == QDBusError::ServiceUnknown || error.name() == "org.freedesktop.DBus.Error.NameHasNoOwner")
+        return {displayName(app) + " isn't running"};
     return {displayName(app) + " refused the request: " + error.message().toStdString()};
 }
 
 std::optional<StreamError> MprisRemote::call(StreamApp app, const std::string& bus, const char* method,
                                              const QList<QVariant>& arguments) {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(QString::fromStdString(bus), objectPath, playerInterface, method);
+    QDBusMessage message = methodCall(bus, playerInterface, method);
     message.setArguments(arguments);
     const QDBusMessage reply =
         QDBusConnection::sessionBus().call(message, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));
@@ -190,8 +198,7 @@ std::optional<StreamError> MprisRemote::call(StreamApp app, const std::string& b
 
 std::optional<StreamError> MprisRemote::setProperty(StreamApp app, const std::string& bus, const char* name,
                                                     const QVariant& value) {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(QString::fromStdString(bus), objectPath, propertiesInterface, "Set");
+    QDBusMessage message = methodCall(bus, propertiesInterface, "Set");
     message << playerInterface << QString(name) << QVariant::fromValue(QDBusVariant(value));
     const QDBusMessage reply =
         QDBusConnection::sessionBus().call(message, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));
@@ -200,8 +207,7 @@ std::optional<StreamError> MprisRemote::setProperty(StreamApp app, const std::st
 }
 
 StreamReply MprisRemote::status(StreamApp app, const std::string& bus) {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(QString::fromStdString(bus), objectPath, propertiesInterface, "GetAll");
+    QDBusMessage message = methodCall(bus, propertiesInterface, "GetAll");
     message << playerInterface;
     const QDBusMessage reply =
         QDBusConnection::sessionBus().call(message, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));
@@ -256,8 +262,7 @@ StreamReply MprisRemote::send(StreamApp app, const StreamCommand& command) {
             error = setProperty(app, *bus, "Volume", std::clamp(level->percent, 0, 100) / 100.0);
         }
     } else if (const auto* seek = std::get_if<streamCommand::Seek>(&command)) {
-        QDBusMessage get = QDBusMessage::createMethodCall(QString::fromStdString(*bus), objectPath,
-                                                          propertiesInterface, "Get");
+        QDBusMessage get = methodCall(*bus, propertiesInterface, "Get");
         get << playerInterface << QString("Metadata");
         const QDBusMessage reply =
             QDBusConnection::sessionBus().call(get, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));

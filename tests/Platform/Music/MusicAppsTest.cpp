@@ -30,6 +30,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <fstream>
 #include <thread>
 
 #include <taglib/fileref.h>
@@ -148,6 +149,20 @@ TEST_F(MusicApps, AnAppThatHangsFailsWithinItsBoundAndTheQueueGoesOn) {
     waiting.join();
     ASSERT_TRUE(hung);
     EXPECT_EQ(hung->message, "Spotify didn't answer within 0.5 seconds");
+}
+
+TEST_F(MusicApps, NothingStartsAnAppThatIsNotRunning) {
+    // Installed as a service the bus could start on demand.
+    const auto launched = bus->servicesFolder() / "launched";
+    std::ofstream(bus->servicesFolder() / "spotify.service")
+        << "[D-BUS Service]\nName=org.mpris.MediaPlayer2.spotify\nExec=/usr/bin/touch " << launched.string() << "\n";
+    MprisRemote mpris;
+    EXPECT_EQ(mpris.send(StreamApp::spotify, streamCommand::Pause{}).error.value_or(StreamError{}).message, "Spotify isn't running");
+    EXPECT_EQ(quick(mpris.remote()).startTrack(StreamApp::spotify, "spotify:track:f440", 0, 80, 0, {}, {}),
+              StreamError{"Spotify isn't running"});
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_FALSE(std::filesystem::exists(launched));
+    std::filesystem::remove(bus->servicesFolder() / "spotify.service");
 }
 
 TEST_F(MusicApps, AnAppThatQuitsMidSongEndsItsCueWithItsWordsAndTheShowGoesOn) {
