@@ -253,6 +253,7 @@ StreamReply MprisRemote::send(StreamApp app, const StreamCommand& command) {
             musicOpened_ = play->reference;
         }
         error = call(app, *bus, "OpenUri", {QString::fromStdString(play->reference)});
+        if (!error && app == StreamApp::spotify) spotifyLevel_.applyWhenStreamAppears(std::min(callTimeoutSeconds_, 2.0));
     } else if (const auto* level = std::get_if<streamCommand::SetVolume>(&command)) {
         if (app == StreamApp::spotify) {
             std::string why;

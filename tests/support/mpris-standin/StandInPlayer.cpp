@@ -88,7 +88,8 @@ public:
             return false;
         }
         gst_element_set_state(pipeline_, GST_STATE_PAUSED);
-        return true;
+        // Ready only once pre-rolled: the stream is there from then on.
+        return gst_element_get_state(pipeline_, nullptr, nullptr, 10 * GST_SECOND) == GST_STATE_CHANGE_SUCCESS;
     }
 
 private:
