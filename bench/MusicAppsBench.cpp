@@ -1,27 +1,23 @@
 // The music apps: what a status poll costs the main thread (the app's
 // answer is taken off the clock, as it comes from a worker), and the time
 // from GO to a confirmed start against the stand-in MPRIS player on a
-// private bus and sound server.
+// private bus and sound server; and a music folder search, first and again.
 
 #include "ChildProcess.h"
-#include "FakePictures.h"
-#include "FakePlayers.h"
 #include "FakeStreamApp.h"
+#include "GeneratedSound.h"
+#include "LiveMusicShow.h"
+#include "PrivateSessionBus.h"
 #include "PrivateSoundServer.h"
-#include "RecordingOutputManager.h"
-#include "ShowBuilder.h"
 #include "TempFolder.h"
 #include "VirtualScheduler.h"
 
-#include "LiveEngine/LiveEngine.h"
-#include "Platform/Music/MprisRemote.h"
+#include "Platform/Music/MusicLibrary.h"
 
 #include <QCoreApplication>
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
-#include <fstream>
 #include <thread>
 
 namespace velarion {
@@ -75,37 +71,63 @@ void BM_StatusPollOnTheMainThread(benchmark::State& state) {
 BENCHMARK(BM_StatusPollOnTheMainThread)->Unit(benchmark::kMicrosecond);
 
 void BM_GoToConfirmedStartAgainstTheStandIn(benchmark::State& state) {
+    constexpr int songs = 20;
     std::string whyNot;
     auto sound = testing::PrivateSoundServer::start(whyNot);
-    if (!sound) return state.SkipWithError(whyNot.c_str());
-    testing::TempFolder folder("velarion-bench-bus");
-    const std::string address = "unix:path=" + (folder / "bus").string();
-    std::ofstream(folder / "bus.conf") << "<busconfig><type>session</type><listen>" << address
-                                       << "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow "
-                                          "send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-                                          "<allow own=\"*\"/></policy></busconfig>";
-    testing::ChildProcess daemon("/usr/bin/dbus-daemon",
-                                 {"--nofork", "--nopidfile", "--config-file=" + (folder / "bus.conf").string()});
-    for (int i = 0; i < 100 && !std::filesystem::exists(folder / "bus"); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+    auto bus = sound ? testing::PrivateSessionBus::start(whyNot) : nullptr;
+    if (!bus) return state.SkipWithError(whyNot.c_str());
     testing::ChildProcess player(VELARION_MPRIS_STANDIN, {"--name", "spotify", "--identity", "Spotify",
                                                           "--app-name", "Spotify", "--ignores-volume"});
     if (player.readLine(10) != "ready") return state.SkipWithError("the stand-in player didn't start");
-    MprisRemote mpris;
-    StreamQueue queue;
-    const StreamRemote remote = queue.serial(mpris.remote());
+    testing::LiveMusicShow live;
+    for (int song = 0; song < songs; ++song)
+        live.song("Song " + std::to_string(song), StreamApp::spotify, "spotify:track:f" + std::to_string(400 + song * 10));
+    live.start();
     int song = 0;
     for (auto _ : state) {
-        const std::string reference = "spotify:track:f" + std::to_string(400 + (++song % 50) * 10);
-        if (auto error = remote.startTrack(StreamApp::spotify, reference, 0, 50, 0, {}, {}))
-            return state.SkipWithError(error->message.c_str());
+        live.engine->perform(command::Go{});
+        if (!live.runUntil([&] { return live.confirmed("Song " + std::to_string(song)); }, 10))
+            return state.SkipWithError("the start wasn't confirmed");
         state.PauseTiming();
-        remote.command(StreamApp::spotify, streamCommand::Pause{});
+        live.scheduler.runFor(0.3); // past GO's lockout
+        ++song;
         state.ResumeTiming();
     }
 }
 BENCHMARK(BM_GoToConfirmedStartAgainstTheStandIn)->Unit(benchmark::kMillisecond)->Iterations(20);
+
+// A search of a music folder of 500 songs: with `fresh` every file's tags
+// are read (a first search), else the folder is walked again and the cached
+// tags are kept (a rescan).
+void BM_MusicLibrarySearch(benchmark::State& state) {
+    const bool fresh = state.range(0) == 1;
+    testing::TempFolder folder("velarion-bench-library");
+    for (int song = 0; song < 500; ++song) {
+        const auto path = folder / ("Artist " + std::to_string(song / 50)) / ("Album " + std::to_string(song / 10)) /
+                          ("Song " + std::to_string(song) + ".wav");
+        std::filesystem::create_directories(path.parent_path());
+        testing::writeSineWav(path, testing::Sine{441, 0.5, 0.01});
+    }
+    testing::VirtualScheduler clock;
+    auto library = std::make_unique<MusicLibrary>(clock, folder.path());
+    const auto search = [&] {
+        bool done = false;
+        library->searchMusicLibrary("song 42", [&](std::vector<StreamTrackResult>) { done = true; });
+        while (!done) {
+            std::this_thread::yield();
+            clock.runDue();
+        }
+    };
+    search();
+    for (auto _ : state) {
+        state.PauseTiming();
+        if (fresh) library = std::make_unique<MusicLibrary>(clock, folder.path());
+        clock.advance(MusicLibrary::rescanSeconds + 1);
+        state.ResumeTiming();
+        search();
+    }
+}
+BENCHMARK(BM_MusicLibrarySearch)->Arg(1)->Arg(0)->ArgNames({"fresh"})->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace velarion

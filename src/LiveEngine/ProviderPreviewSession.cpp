@@ -92,7 +92,8 @@ void ProviderPreviewSession::started(const Uuid& token, const std::optional<Stre
     note_ = track.startAt > 0 ? "Testing from " + TimeText::duration(track.startAt) + " in " + name +
                                     ". Audio uses that app’s output."
                               : "Testing in " + name + ". Audio uses that app’s output.";
-    if (auto window = ProviderPlaybackWindow::make(track.playFor, track.fadeOut, 0)) scheduleEnd(*window);
+    if (auto window = ProviderPlaybackWindow::make(track.playFor, track.fadeOut, 0))
+        scheduleEnd(*window, std::clamp(track.level, 0, 100));
     changed();
 }
 
@@ -106,14 +107,15 @@ void ProviderPreviewSession::watched(const Uuid& token, const StreamStatusReply&
     changed();
 }
 
-void ProviderPreviewSession::scheduleEnd(const ProviderPlaybackWindow& window) {
+void ProviderPreviewSession::scheduleEnd(const ProviderPlaybackWindow& window, int startedLevel) {
     const Uuid token = token_;
     std::weak_ptr<int> life = life_;
-    endWait_ = scheduler_.after(window.remaining - window.fadeDuration, [this, life, token, window] {
+    endWait_ = scheduler_.after(window.remaining - window.fadeDuration, [this, life, token, window, startedLevel] {
         if (life.expired() || token != token_ || !app_) return;
         note_ = "Finishing provider test with the cue’s fade out…";
         const StreamApp app = *app_;
-        const int from = status_ ? status_->volume : 100;
+        // Before the first watch the app is where the start left it.
+        const int from = status_ ? status_->volume : startedLevel;
         StreamCancel cancel;
         endTask_ = cancel;
         tasks_.launch(

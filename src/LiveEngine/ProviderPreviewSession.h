@@ -61,7 +61,7 @@ public:
 private:
     void started(const Uuid& token, const std::optional<StreamError>& error, const StreamTrackCue& track);
     void watched(const Uuid& token, const StreamStatusReply& reply);
-    void scheduleEnd(const ProviderPlaybackWindow& window);
+    void scheduleEnd(const ProviderPlaybackWindow& window, int startedLevel);
     void cancelTasks();
     void finish(const std::string& note);
     void changed();

@@ -1,7 +1,9 @@
 #include "FakeStreamApp.h"
+#include "VirtualScheduler.h"
 
 #include "LiveEngine/ProviderPreviewSession.h"
 #include "LiveEngine/StreamRemote.h"
+#include "LiveEngine/ports/StreamTasks.h"
 
 #include <gtest/gtest.h>
 
@@ -148,6 +150,26 @@ TEST(StreamRemoteTest, PositionsAndWindowsTakeBadNumbersAsZero) {
     EXPECT_EQ(ProviderPlaybackWindow::make(10, 15, 0), (ProviderPlaybackWindow{10, 10}));
     EXPECT_EQ(ProviderPlaybackWindow::make(10, 2, 12), (ProviderPlaybackWindow{0, 0}));
     EXPECT_EQ(ProviderPlaybackWindow::make(10, NAN, 4), (ProviderPlaybackWindow{6, 0}));
+}
+
+TEST(ProviderPreviewSessionTest, AWindowShorterThanItsFadeFadesAtOnceFromTheLevelItStarted) {
+    FakeStreamApp app;
+    StreamRemote remote = app.remote();
+    remote.sleep = [](double, const StreamCancel&) { return false; }; // no watch, and one step of the fade
+    InlineStreamTasks tasks;
+    VirtualScheduler scheduler;
+    ProviderPreviewSession preview(remote, tasks, scheduler);
+    StreamTrackCue track;
+    track.reference = song;
+    track.level = 60;
+    track.playFor = 10;
+    track.fadeOut = 15;
+    preview.start(Uuid::random(), StreamApp::spotify, track, {});
+    preview.start(Uuid::random(), StreamApp::music, track, {});
+    EXPECT_EQ(preview.note(), "Stop the current provider test before testing another app.");
+    scheduler.runDue();
+    EXPECT_EQ(app.volumes, (std::vector<int>{0, 60, 60}));
+    EXPECT_FALSE(app.playing);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <QDBusObjectPath>
 #include <QDBusReply>
 #include <QDBusVariant>
+#include <QUrl>
 
 #include <algorithm>
 #include <cmath>
@@ -61,6 +62,21 @@ std::string spotifyReference(const QVariantMap& metadata) {
     const QString prefix = "/com/spotify/track/";
     if (track.startsWith(prefix)) return "spotify:track:" + track.mid(prefix.size()).toStdString();
     return track.toStdString();
+}
+
+// A call that never starts the player: the bus could otherwise launch one
+// that is installed as a service, and nothing on the live path launches an app.
+QDBusMessage methodCall(const std::string& bus, const QString& interface, const QString& method) {
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(QString::fromStdString(bus), objectPath, interface, method);
+    message.setAutoStartService(false);
+    return message;
+}
+
+bool sameAddress(const std::string& a, const std::string& b) {
+    if (a == b) return true;
+    const QUrl first(QString::fromStdString(a)), second(QString::fromStdString(b));
+    return first.isValid() && second.isValid() && first.toString(QUrl::FullyEncoded) == second.toString(QUrl::FullyEncoded);
 }
 
 } // namespace
@@ -124,8 +140,7 @@ bool MprisRemote::isAppRunning(StreamApp app) {
             known = !musicIdentity_.empty();
         }
         if (!known) {
-            QDBusMessage get = QDBusMessage::createMethodCall(QString::fromStdString(*bus), objectPath,
-                                                              propertiesInterface, "Get");
+            QDBusMessage get = methodCall(*bus, propertiesInterface, "Get");
             get << rootInterface << QString("Identity");
             const QDBusMessage reply =
                 QDBusConnection::sessionBus().call(get, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));
@@ -166,14 +181,14 @@ StreamError MprisRemote::failure(StreamApp app, const QDBusError& error) const {
         std::snprintf(seconds, sizeof seconds, "%g", callTimeoutSeconds_);
         return {displayName(app) + " didn't answer within " + seconds + " seconds"};
     }
-    if (error.type() == QDBusError::ServiceUnknown) return {displayName(app) + " isn't running"};
+    if (error.type() == QDBusError::ServiceUnknown || error.name() == "org.freedesktop.DBus.Error.NameHasNoOwner")
+        return {displayName(app) + " isn't running"};
     return {displayName(app) + " refused the request: " + error.message().toStdString()};
 }
 
 std::optional<StreamError> MprisRemote::call(StreamApp app, const std::string& bus, const char* method,
                                              const QList<QVariant>& arguments) {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(QString::fromStdString(bus), objectPath, playerInterface, method);
+    QDBusMessage message = methodCall(bus, playerInterface, method);
     message.setArguments(arguments);
     const QDBusMessage reply =
         QDBusConnection::sessionBus().call(message, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));
@@ -183,8 +198,7 @@ std::optional<StreamError> MprisRemote::call(StreamApp app, const std::string& b
 
 std::optional<StreamError> MprisRemote::setProperty(StreamApp app, const std::string& bus, const char* name,
                                                     const QVariant& value) {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(QString::fromStdString(bus), objectPath, propertiesInterface, "Set");
+    QDBusMessage message = methodCall(bus, propertiesInterface, "Set");
     message << playerInterface << QString(name) << QVariant::fromValue(QDBusVariant(value));
     const QDBusMessage reply =
         QDBusConnection::sessionBus().call(message, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));
@@ -193,8 +207,7 @@ std::optional<StreamError> MprisRemote::setProperty(StreamApp app, const std::st
 }
 
 StreamReply MprisRemote::status(StreamApp app, const std::string& bus) {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(QString::fromStdString(bus), objectPath, propertiesInterface, "GetAll");
+    QDBusMessage message = methodCall(bus, propertiesInterface, "GetAll");
     message << playerInterface;
     const QDBusMessage reply =
         QDBusConnection::sessionBus().call(message, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));
@@ -217,6 +230,10 @@ StreamReply MprisRemote::status(StreamApp app, const std::string& bus) {
     } else {
         volume = static_cast<int>(std::lround(std::clamp(plain(properties.value("Volume")).toDouble(), 0.0, 1.0) * 100));
         reference = plain(metadata.value("xesam:url")).toString().toStdString();
+        // Players report a file's address in their own spelling ("%20" or a
+        // space): the song asked for keeps the operator's spelling.
+        std::lock_guard guard(lock_);
+        if (!musicOpened_.empty() && sameAddress(reference, musicOpened_)) reference = musicOpened_;
     }
     const std::string text = (state == "Playing" ? "playing" : "paused") + std::string("\t") +
                              field(plain(metadata.value("xesam:title")).toString()) + "\t" +
@@ -231,7 +248,12 @@ StreamReply MprisRemote::send(StreamApp app, const StreamCommand& command) {
     if (!bus) return {{}, StreamError{displayName(app) + " isn't running"}};
     std::optional<StreamError> error;
     if (const auto* play = std::get_if<streamCommand::Play>(&command)) {
+        if (app == StreamApp::music) {
+            std::lock_guard guard(lock_);
+            musicOpened_ = play->reference;
+        }
         error = call(app, *bus, "OpenUri", {QString::fromStdString(play->reference)});
+        if (!error && app == StreamApp::spotify) spotifyLevel_.applyWhenStreamAppears(std::min(callTimeoutSeconds_, 2.0));
     } else if (const auto* level = std::get_if<streamCommand::SetVolume>(&command)) {
         if (app == StreamApp::spotify) {
             std::string why;
@@ -241,8 +263,7 @@ StreamReply MprisRemote::send(StreamApp app, const StreamCommand& command) {
             error = setProperty(app, *bus, "Volume", std::clamp(level->percent, 0, 100) / 100.0);
         }
     } else if (const auto* seek = std::get_if<streamCommand::Seek>(&command)) {
-        QDBusMessage get = QDBusMessage::createMethodCall(QString::fromStdString(*bus), objectPath,
-                                                          propertiesInterface, "Get");
+        QDBusMessage get = methodCall(*bus, propertiesInterface, "Get");
         get << playerInterface << QString("Metadata");
         const QDBusMessage reply =
             QDBusConnection::sessionBus().call(get, QDBus::Block, static_cast<int>(callTimeoutSeconds_ * 1000));

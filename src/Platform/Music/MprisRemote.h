@@ -66,6 +66,7 @@ private:
     mutable std::mutex lock_;
     std::optional<std::string> musicBus_;
     std::string musicIdentity_;
+    std::string musicOpened_; // the last song the music player was asked to play
     std::optional<bool> spotifyRunning_;
     std::optional<bool> musicRunning_;
 };

@@ -6,6 +6,8 @@
 #include <QProcess>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 namespace velarion {
 
@@ -60,27 +62,56 @@ std::optional<SinkInputLevel::Stream> SinkInputLevel::find(std::string& error) {
     return std::nullopt;
 }
 
+bool SinkInputLevel::applyWanted(int index, std::string& error) {
+    std::string output;
+    if (!run({"set-sink-input-volume", std::to_string(index), std::to_string(*wanted_) + "%"}, output, error))
+        return false;
+    lastIndex_ = index;
+    wanted_.reset();
+    return true;
+}
+
 bool SinkInputLevel::set(int percent, std::string& error) {
     std::lock_guard guard(lock_);
     wanted_ = std::clamp(percent, 0, 100);
+    // A fade sets twenty levels a second: the stream last seen is tried
+    // first, and the list is asked again only when it has gone.
+    std::string stale;
+    if (lastIndex_ >= 0 && applyWanted(lastIndex_, stale)) return true;
+    lastIndex_ = -1;
     const auto stream = find(error);
     if (!stream) return error.empty();
-    std::string output;
-    if (!run({"set-sink-input-volume", std::to_string(stream->index), std::to_string(*wanted_) + "%"}, output, error))
-        return false;
-    wanted_.reset();
-    return true;
+    return applyWanted(stream->index, error);
+}
+
+void SinkInputLevel::applyWhenStreamAppears(double seconds) {
+    // An app opens its stream when it first plays, at the level the sound
+    // server restores for it: the wanted level goes on as soon as it can.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    for (;;) {
+        {
+            std::lock_guard guard(lock_);
+            std::string error;
+            if (!wanted_) return;
+            if (const auto stream = find(error)) {
+                applyWanted(stream->index, error);
+                return;
+            }
+        }
+        if (std::chrono::steady_clock::now() >= deadline) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
 }
 
 std::optional<int> SinkInputLevel::level() {
     std::lock_guard guard(lock_);
     std::string error;
     auto stream = find(error);
+    lastIndex_ = stream ? stream->index : -1;
     if (!stream) return wanted_;
     if (wanted_ && *wanted_ != stream->percent) {
-        std::string output;
-        if (run({"set-sink-input-volume", std::to_string(stream->index), std::to_string(*wanted_) + "%"}, output, error))
-            stream->percent = *wanted_;
+        const int target = *wanted_;
+        if (applyWanted(stream->index, error)) stream->percent = target;
     }
     wanted_.reset();
     return stream->percent;

@@ -31,6 +31,9 @@ public:
     // The stream's level; none when the app has no stream. Applies a level
     // still waiting for its stream.
     std::optional<int> level();
+    // Right after the app was told to play: a level still waiting for its
+    // stream is applied the moment the stream appears, within `seconds`.
+    void applyWhenStreamAppears(double seconds);
 
 private:
     struct Stream {
@@ -39,10 +42,13 @@ private:
     };
     std::optional<Stream> find(std::string& error);
     bool run(const std::vector<std::string>& arguments, std::string& output, std::string& error);
+    // Sets the waiting level on a stream; the lock is held.
+    bool applyWanted(int index, std::string& error);
     std::string applicationName_;
     double timeoutSeconds_;
     std::mutex lock_;
     std::optional<int> wanted_;
+    int lastIndex_ = -1; // the app's stream when last found
 };
 
 } // namespace velarion

@@ -3,9 +3,7 @@
 
 #include "Platform/App/ScreenSaverInhibitor.h"
 
-#include "ChildProcess.h"
-#include "ScopedEnvironment.h"
-#include "TempFolder.h"
+#include "PrivateSessionBus.h"
 
 #include <QDBusConnection>
 #include <QEventLoop>
@@ -16,11 +14,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <fstream>
-#include <thread>
 #include <unistd.h>
 
 namespace velarion {
@@ -58,19 +53,10 @@ void spinUntil(const std::function<bool()>& done) {
 }
 
 TEST(ScreenSaverInhibitorTest, InhibitsThroughTheServiceAndReleasesOnEnd) {
-    testing::TempFolder folder("velarion-dbus");
-    const std::string address = "unix:path=" + (folder / "bus").string();
-    {
-        std::ofstream config(folder / "bus.conf");
-        config << "<busconfig><type>session</type><listen>" << address
-               << "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\" "
-                  "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>";
-    }
-    testing::ChildProcess daemon("/usr/bin/dbus-daemon",
-                                 {"--nofork", "--nopidfile", "--config-file=" + (folder / "bus.conf").string()});
-    for (int i = 0; i < 100 && !std::filesystem::exists(folder / "bus"); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    ASSERT_TRUE(std::filesystem::exists(folder / "bus")) << "dbus-daemon did not start";
+    std::string whyNot;
+    const auto bus = testing::PrivateSessionBus::start(whyNot);
+    ASSERT_TRUE(bus) << whyNot;
+    const std::string& address = bus->address();
 
     // The service lives on its own thread and connection, so that the
     // adapter's blocking call is answered while the test's thread waits.
@@ -83,7 +69,6 @@ TEST(ScreenSaverInhibitorTest, InhibitsThroughTheServiceAndReleasesOnEnd) {
                                           QDBusConnection::ExportAllSlots));
     ASSERT_TRUE(serviceBus.registerService("org.freedesktop.ScreenSaver"));
 
-    const testing::ScopedEnvironment bus("DBUS_SESSION_BUS_ADDRESS", address);
     {
         ScreenSaverInhibitor inhibitor;
         ASSERT_TRUE(inhibitor.begin("A Velarion show is open"));

@@ -3,13 +3,20 @@
 // server whose monitor is recorded; and oEmbed from a local HTTP server.
 
 #include "ChildProcess.h"
+#include "GeneratedSound.h"
+#include "LiveMusicShow.h"
+#include "PrivateSessionBus.h"
 #include "PrivateSoundServer.h"
 #include "ScopedEnvironment.h"
+#include "SoundAnalysis.h"
 #include "TempFolder.h"
+#include "VirtualScheduler.h"
 
 #include "Live/SpotifyMetadata.h"
+#include "LiveEngine/ProviderPreviewSession.h"
 #include "LiveEngine/ports/StreamTasks.h"
 #include "Platform/Music/MprisRemote.h"
+#include "Platform/Music/MusicLibrary.h"
 #include "Platform/Music/QtWebRequests.h"
 
 #include <QCoreApplication>
@@ -21,26 +28,27 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
-#include <cmath>
 #include <fstream>
 #include <thread>
+
+#include <taglib/fileref.h>
+#include <taglib/tag.h>
 
 namespace velarion::testing {
 namespace {
 
-// The strength of one tone in a stereo recording (Goertzel), 0 to about 0.5.
+// The strength of one tone over a whole recording, 0 to about 0.5.
 double toneLevel(const std::vector<float>& stereo, double hertz) {
-    const double w = 2 * M_PI * hertz / PrivateSoundServer::sampleRate;
-    double s1 = 0, s2 = 0;
-    const std::size_t frames = stereo.size() / 2;
-    for (std::size_t i = 0; i < frames; ++i) {
-        const double s = stereo[2 * i] + 2 * std::cos(w) * s1 - s2;
-        s2 = s1;
-        s1 = s;
-    }
-    const double power = s1 * s1 + s2 * s2 - 2 * std::cos(w) * s1 * s2;
-    return frames == 0 ? 0 : 2 * std::sqrt(std::max(power, 0.0)) / static_cast<double>(frames);
+    return pitchAmplitude(stereo, 0, stereo.size() / 2, hertz);
+}
+
+// Confirmations that give up after a second.
+StreamRemote quick(StreamRemote remote) {
+    remote.songConfirmSeconds = 1;
+    remote.positionConfirmSeconds = 1;
+    return remote;
 }
 
 class MusicApps : public ::testing::Test {
@@ -48,26 +56,15 @@ protected:
     static void SetUpTestSuite() {
         std::string whyNot;
         sound = PrivateSoundServer::start(whyNot).release();
-        if (sound == nullptr) skipReason = whyNot;
-        folder = new TempFolder("velarion-music-bus");
-        const std::string address = "unix:path=" + (*folder / "bus").string();
-        std::ofstream(*folder / "bus.conf")
-            << "<busconfig><type>session</type><listen>" << address
-            << "</listen><auth>EXTERNAL</auth><policy context=\"default\"><allow send_destination=\"*\" "
-               "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>";
-        daemon = new ChildProcess("/usr/bin/dbus-daemon",
-                                  {"--nofork", "--nopidfile", "--config-file=" + (*folder / "bus.conf").string()});
-        for (int i = 0; i < 100 && !std::filesystem::exists(*folder / "bus"); ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+        if (sound != nullptr) bus = PrivateSessionBus::start(whyNot).release();
+        if (bus == nullptr) skipReason = whyNot;
     }
     static void TearDownTestSuite() {
-        delete daemon;
-        delete folder;
+        delete bus;
         delete sound;
     }
     void SetUp() override {
-        if (sound == nullptr) GTEST_SKIP() << skipReason;
+        if (bus == nullptr) GTEST_SKIP() << skipReason;
     }
 
     // A stand-in player; answers once it owns its name.
@@ -84,15 +81,9 @@ protected:
         EXPECT_EQ(player->readLine(10), "ready");
         return player;
     }
-    static StreamRemote quick(StreamRemote remote) {
-        remote.songConfirmSeconds = 1;
-        remote.positionConfirmSeconds = 1;
-        return remote;
-    }
 
     static inline PrivateSoundServer* sound = nullptr;
-    static inline TempFolder* folder = nullptr;
-    static inline ChildProcess* daemon = nullptr;
+    static inline PrivateSessionBus* bus = nullptr;
     static inline std::string skipReason;
 };
 
@@ -158,6 +149,113 @@ TEST_F(MusicApps, AnAppThatHangsFailsWithinItsBoundAndTheQueueGoesOn) {
     waiting.join();
     ASSERT_TRUE(hung);
     EXPECT_EQ(hung->message, "Spotify didn't answer within 0.5 seconds");
+}
+
+TEST_F(MusicApps, NothingStartsAnAppThatIsNotRunning) {
+    // Installed as a service the bus could start on demand.
+    const auto launched = bus->servicesFolder() / "launched";
+    std::ofstream(bus->servicesFolder() / "spotify.service")
+        << "[D-BUS Service]\nName=org.mpris.MediaPlayer2.spotify\nExec=/usr/bin/touch " << launched.string() << "\n";
+    MprisRemote mpris;
+    EXPECT_EQ(mpris.send(StreamApp::spotify, streamCommand::Pause{}).error.value_or(StreamError{}).message, "Spotify isn't running");
+    EXPECT_EQ(quick(mpris.remote()).startTrack(StreamApp::spotify, "spotify:track:f440", 0, 80, 0, {}, {}),
+              StreamError{"Spotify isn't running"});
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_FALSE(std::filesystem::exists(launched));
+    std::filesystem::remove(bus->servicesFolder() / "spotify.service");
+}
+
+TEST_F(MusicApps, AnAppThatQuitsMidSongEndsItsCueWithItsWordsAndTheShowGoesOn) {
+    auto player = spotify();
+    auto rhythmbox = standIn({"--name", "rhythmbox", "--identity", "Rhythmbox", "--app-name", "Rhythmbox"});
+    LiveMusicShow live("rhythmbox");
+    live.remote = quick(live.remote);
+    live.song("Walk-in", StreamApp::spotify, "spotify:track:f440");
+    live.song("Reading", StreamApp::music, "file:///music/Bible Reading.ogg");
+    live.start();
+    live.engine->perform(command::Go{});
+    ASSERT_TRUE(live.runUntil([&] { return live.confirmed("Walk-in"); }, 5));
+    player.reset(); // quits mid-song
+    EXPECT_TRUE(live.runUntil([&] { return live.runOf("Walk-in") == nullptr; }, 5));
+    EXPECT_TRUE(live.logged("Walk-in stopped — Spotify isn't running"));
+    live.engine->perform(command::Go{});
+    EXPECT_TRUE(live.runUntil([&] { return live.confirmed("Reading"); }, 5));
+}
+
+TEST_F(MusicApps, APreviewGivesWayToALiveStartWhichStaysSilentUntilConfirmed) {
+    // The live song never confirms: the app plays another in its place.
+    auto player = spotify({"--plays-instead", "spotify:track:f440=spotify:track:f880"});
+    LiveMusicShow live;
+    live.remote = quick(live.remote);
+    live.song("Walk-in", StreamApp::spotify, "spotify:track:f440");
+    live.start();
+    ProviderPreviewSession preview(live.remote, live.tasks, live.scheduler);
+    live.engine->onProviderWillStart = [&](StreamApp app) { preview.cancelForLive(app); };
+    auto recording = sound->record("Speakers");
+    StreamTrackCue audition;
+    audition.reference = "spotify:track:f660";
+    audition.level = 80;
+    audition.fadeIn = 2;
+    preview.start(Uuid::random(), StreamApp::spotify, audition, [&](StreamApp) { return live.runOf("Walk-in"); });
+    const auto heardLevel = [&] {
+        const StreamStatusReply reply = live.remote.status(StreamApp::spotify);
+        return reply.status && reply.status->reference == audition.reference ? reply.status->volume : 0;
+    };
+    ASSERT_TRUE(live.runUntil([&] { return heardLevel() >= 30; }, 5)) << "the preview fades in";
+    live.engine->perform(command::Go{});
+    const std::string tookOver = "Live playback has taken control of Spotify.";
+    EXPECT_EQ(preview.note(), tookOver);
+    EXPECT_TRUE(live.runUntil([&] { return live.runOf("Walk-in") == nullptr; }, 5));
+    EXPECT_TRUE(live.logged("Walk-in didn't play — Spotify did not confirm the selected song. "
+                            "Its volume remains at zero."));
+    live.scheduler.runFor(2.5); // the monitor's delay, and time for any stray step of the preview
+    EXPECT_EQ(preview.note(), tookOver);
+    const std::vector<float> heard = recording->stop();
+    EXPECT_LT(toneLevel(heard, 880) * 20, toneLevel(heard, 660)) << "the preview was heard, the unconfirmed song never";
+}
+
+TEST(MusicLibrary, SongsAreFoundByTagsAndNamesAndARescanRereadsOnlyWhatChanged) {
+    TempFolder folder("velarion-library");
+    const auto write = [&](const std::filesystem::path& relative, std::array<const char*, 3> tags) {
+        std::filesystem::create_directories((folder / relative).parent_path());
+        writeSineWav(folder / relative, Sine{441, 0.5, 0.01});
+        TagLib::FileRef file((folder / relative).c_str());
+        file.tag()->setTitle(TagLib::String(tags[0], TagLib::String::UTF8));
+        file.tag()->setArtist(TagLib::String(tags[1], TagLib::String::UTF8));
+        file.tag()->setAlbum(TagLib::String(tags[2], TagLib::String::UTF8));
+        ASSERT_TRUE(file.save());
+    };
+    write("a1.wav", {"Amazing Grace", "Choir of St Mary", "Hymns Vol 2"});
+    write("Band/Live Album/03 intro.wav", {"", "", ""});
+    VirtualScheduler clock;
+    MusicLibrary library(clock, folder.path());
+    const auto titles = [&](const std::string& query) {
+        std::vector<std::string> names;
+        bool done = false;
+        library.searchMusicLibrary(query, [&](std::vector<StreamTrackResult> songs) {
+            for (const StreamTrackResult& song : songs) names.push_back(song.title + " / " + song.artist);
+            done = true;
+        });
+        for (int i = 0; i < 1000 && !done; ++i, clock.runDue()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return names;
+    };
+    using Titles = std::vector<std::string>;
+    const Titles grace = {"Amazing Grace / Choir of St Mary"};
+    const std::pair<std::string, Titles> cases[] = {
+        {"grace", grace}, {"ST MARY", grace}, {"hymns vol", grace}, {"a1.wav", grace},
+        {"live album intro", {"03 intro / Band"}}, {"grace band", {}}, {"  ", {}}};
+    for (const auto& [query, found] : cases) EXPECT_EQ(titles(query), found) << query;
+    EXPECT_EQ(library.tagReads(), 2u);
+
+    write("a1.wav", {"Be Thou My Vision", "Choir of St Mary", "Hymns Vol 2"});
+    std::filesystem::last_write_time(folder / "a1.wav", std::filesystem::file_time_type::clock::now() +
+                                                              std::chrono::seconds(5));
+    std::filesystem::remove_all(folder / "Band");
+    EXPECT_EQ(titles("vision"), Titles{}) << "the listing is fresh for a while";
+    clock.advance(MusicLibrary::rescanSeconds + 1);
+    EXPECT_EQ(titles("vision"), Titles{"Be Thou My Vision / Choir of St Mary"});
+    EXPECT_EQ(titles("intro"), Titles{});
+    EXPECT_EQ(library.tagReads(), 3u);
 }
 
 TEST_F(MusicApps, OEmbedNamesComeFromALocalServer) {

@@ -1,5 +1,6 @@
 // velarion-mpris-standin --name spotify --identity Spotify --app-name Spotify
-//   [--ignores-volume] [--plays-instead URI] [--seek-off SECONDS] [--hang]
+//   [--ignores-volume] [--plays-instead [ASKED=]URI] [--seek-off SECONDS] [--hang]
+// (--plays-instead with ASKED= swaps only that song.)
 // Prints "ready" once its bus name is owned, and "volume N" for each level
 // it is given over MPRIS.
 
@@ -11,6 +12,8 @@
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QElapsedTimer>
+#include <QRegularExpression>
+#include <QUrl>
 
 #include <gst/gst.h>
 
@@ -44,7 +47,7 @@ public:
         const QList<QVariant> args = message.arguments();
         QDBusMessage reply = message.createReply();
         if (member == "OpenUri") {
-            open(options_.playsInstead.isEmpty() ? args.value(0).toString() : options_.playsInstead);
+            open(played(args.value(0).toString()));
         } else if (member == "Play") {
             setPlaying(true);
         } else if (member == "Pause") {
@@ -85,7 +88,8 @@ public:
             return false;
         }
         gst_element_set_state(pipeline_, GST_STATE_PAUSED);
-        return true;
+        // Ready only once pre-rolled: the stream is there from then on.
+        return gst_element_get_state(pipeline_, nullptr, nullptr, 10 * GST_SECOND) == GST_STATE_CHANGE_SUCCESS;
     }
 
 private:
@@ -98,14 +102,21 @@ private:
             QVariantMap metadata;
             if (uri_.isEmpty()) return metadata;
             QString id = uri_.section(':', -1);
+            id.replace(QRegularExpression("[^A-Za-z0-9]"), "_");
             metadata.insert("mpris:trackid", QVariant::fromValue(QDBusObjectPath("/com/spotify/track/" + id)));
             metadata.insert("mpris:length", QVariant::fromValue(static_cast<qlonglong>(215'000'000)));
             metadata.insert("xesam:title", "Song " + id);
             metadata.insert("xesam:artist", QStringList{"Stand-in"});
-            metadata.insert("xesam:url", uri_);
+            metadata.insert("xesam:url", QUrl(uri_).toString(QUrl::FullyEncoded)); // as players spell it
             return metadata;
         }
         return {};
+    }
+    QString played(const QString& asked) const {
+        const QString instead = options_.playsInstead;
+        if (instead.isEmpty()) return asked;
+        if (!instead.contains('=')) return instead;
+        return instead.section('=', 0, 0) == asked ? instead.section('=', 1) : asked;
     }
     double position() const { return base_ + (playing_ ? clock_.elapsed() / 1000.0 : 0); }
     void open(const QString& uri) {
