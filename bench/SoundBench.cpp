@@ -4,11 +4,20 @@
 //   (target within 150 ms);
 // - 32 players at once on one device: late-buffer reports at the sinks,
 //   which is how an underrun shows;
-// - CPU per playing stereo file.
+// - CPU per playing stereo file;
+// - the main loop's hold at GO of a sound cue, the live engine on the real
+//   players (target within 5 ms: the file opens off the main loop), and
+//   "untilSoundingMs", the time until the cue sounds.
 
+#include "FakePictures.h"
 #include "GeneratedSound.h"
 #include "PrivateSoundServer.h"
+#include "RecordingOutputManager.h"
+#include "ShowBuilder.h"
 #include "TempFolder.h"
+#include "VirtualScheduler.h"
+
+#include "LiveEngine/LiveEngine.h"
 
 #include "Platform/Sound/GstMediaPlayers.h"
 
@@ -136,6 +145,51 @@ void BM_ThirtyTwoPlayersOnOneDevice(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_ThirtyTwoPlayersOnOneDevice)->Unit(benchmark::kSecond)->Iterations(1);
+
+void BM_GoOfASoundCueHoldsTheMainLoop(benchmark::State& state) {
+    if (!serverRuns(state)) return;
+    const ShowPackage package(setting().folder / "Bench.velarion");
+    std::filesystem::create_directories(package.mediaFolder());
+    std::filesystem::copy_file(setting().file, package.mediaURL("Go.wav"),
+                               std::filesystem::copy_options::overwrite_existing);
+    Show show;
+    show.sections.push_back(Section{Uuid::random(), "Main", std::nullopt, std::nullopt, {}});
+    show.audio.houseDeviceID = "House";
+    testing::ShowBuilder build(show);
+    const Uuid item = build.addItem("Go.wav", MediaKind::audio, 20);
+    build.add("Go", AudioCue{item});
+
+    testing::VirtualScheduler scheduler;
+    testing::RecordingOutputManager outputs;
+    testing::FakeImageLoader images;
+    testing::FakeTextCards cards;
+    testing::FakeSlidePictures slides;
+    double sounding = 0;
+    for (auto _ : state) {
+        LiveEngine engine(show, package, EnginePorts{scheduler, outputs, setting().players, images, cards, slides},
+                          false);
+        scheduler.runDue();
+        const auto pressed = std::chrono::steady_clock::now();
+        engine.perform(command::Go{});
+        state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - pressed).count());
+        // The main loop goes on turning until the player is in and plays.
+        const auto playing = [&] {
+            const auto& running = engine.runs();
+            return !running.empty() && running.begin()->second.audio &&
+                   running.begin()->second.audio->player->isPlaying();
+        };
+        for (int i = 0; i < 20000 && !playing(); ++i) {
+            scheduler.runDue();
+            std::this_thread::sleep_for(std::chrono::microseconds(250));
+        }
+        if (!playing()) return state.SkipWithError("the cue never sounded");
+        sounding += std::chrono::duration<double>(std::chrono::steady_clock::now() - pressed).count();
+        engine.shutdown();
+        scheduler.runDue();
+    }
+    state.counters["untilSoundingMs"] = sounding * 1000 / static_cast<double>(state.iterations());
+}
+BENCHMARK(BM_GoOfASoundCueHoldsTheMainLoop)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
 
 } // namespace
 } // namespace velarion::bench

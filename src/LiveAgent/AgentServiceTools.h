@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <unordered_map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -99,18 +100,21 @@ std::string_view kindWord(MediaKind kind);
 
 // --- Summaries --------------------------------------------------------------
 
-// Cue numbers and groups of a show, looked up once for a whole summary.
+// Cue numbers, groups and library items of a show, indexed once for a whole
+// summary (the show's own lookups scan the lists, thousands of times over).
 class ShowLookup {
 public:
     explicit ShowLookup(const Show& show);
     int number(const Uuid& cueID) const;
     std::optional<Uuid> groupID(const Uuid& cueID) const;
+    const MediaItem* media(const Uuid& id) const;
     const Show& show() const { return show_; }
 
 private:
     const Show& show_;
-    std::map<Uuid, int> numbers_;
-    std::map<Uuid, Uuid> groups_;
+    std::unordered_map<Uuid, int> numbers_;
+    std::unordered_map<Uuid, Uuid> groups_;
+    std::unordered_map<Uuid, const MediaItem*> media_;
 };
 
 // What get_show reads from the host, taken on the main loop; the summary

@@ -93,7 +93,7 @@ void addKind(JSONValue::Object& object, const ShowLookup& lookup, const Cue& cue
                 object["start_slide"] = kind.startSlide + 1;
                 object["slide_dissolve"] = orNull(kind.dissolve);
                 object["effective_slide_dissolve"] = kind.dissolve.value_or(show.effectiveSlideDissolve());
-                const MediaItem* deck = show.media(kind.deckID);
+                const MediaItem* deck = lookup.media(kind.deckID);
                 if (deck && deck->song) object["song"] = deck->id.text();
             } else if constexpr (std::is_same_v<T, VideoCue>) {
                 object["media"] = kind.mediaID.text();
@@ -111,7 +111,8 @@ void addKind(JSONValue::Object& object, const ShowLookup& lookup, const Cue& cue
             } else if constexpr (std::is_same_v<T, AudioCue>) {
                 object["media"] = kind.mediaID.text();
                 object["bus"] = toString(kind.bus);
-                const std::optional<SoundRole> role = show.soundRole(cue);
+                const std::optional<SoundRole> role =
+                    Show::soundRole(cue, kind.role ? nullptr : lookup.media(kind.mediaID));
                 object["role"] = role ? JSONValue(toString(*role)) : JSONValue(nullptr);
                 object["loops"] = kind.loops;
                 object["fade_in"] = kind.fadeIn;
@@ -195,6 +196,9 @@ JSONValue soundObject(const std::vector<AudioDevice>& devices, const AudioSetup&
 } // namespace
 
 ShowLookup::ShowLookup(const Show& show) : show_(show) {
+    // The first item with an id is the one the show's own lookup finds.
+    media_.reserve(show.library.size());
+    for (const MediaItem& item : show.library) media_.emplace(item.id, &item);
     int number = 0;
     for (const Section& section : show.sections) {
         for (const Cue& cue : section.cues) numbers_[cue.id] = ++number;
@@ -210,6 +214,11 @@ ShowLookup::ShowLookup(const Show& show) : show_(show) {
 int ShowLookup::number(const Uuid& cueID) const {
     const auto found = numbers_.find(cueID);
     return found == numbers_.end() ? 0 : found->second;
+}
+
+const MediaItem* ShowLookup::media(const Uuid& id) const {
+    const auto found = media_.find(id);
+    return found == media_.end() ? nullptr : found->second;
 }
 
 std::optional<Uuid> ShowLookup::groupID(const Uuid& cueID) const {

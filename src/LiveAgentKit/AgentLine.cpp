@@ -35,7 +35,9 @@ std::optional<std::string> encode(const AgentResponse& response) {
     if (response.result) {
         std::optional<std::string> result = response.result->encoded();
         if (!result) return std::nullopt;
-        line += ",\"result\":" + *result;
+        line.reserve(line.size() + result->size() + 16);
+        line += ",\"result\":";
+        line += *result;
     }
     line += '}';
     line.push_back(terminator);

@@ -6,9 +6,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <future>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace velarion {
 
@@ -41,11 +45,7 @@ public:
         } else if (const auto* items = std::get_if<JSONValue::Array>(&storage)) {
             if (items->empty()) return out.append("[]"), true;
             out.push_back('[');
-            for (std::size_t i = 0; i < items->size(); ++i) {
-                if (i > 0) out.push_back(',');
-                newline(depth + 1);
-                if (!write((*items)[i], depth + 1)) return false;
-            }
+            if (!writeItems(*items, depth)) return false;
             newline(depth);
             out.push_back(']');
         } else if (const auto* members = std::get_if<JSONValue::Object>(&storage)) {
@@ -71,6 +71,43 @@ public:
     std::string out;
 
 private:
+    // A long list near the top (a show's sections, its library) is written
+    // in a few parts side by side where the machine has the cores, and the
+    // parts joined in order: the text is the same as written in one go.
+    bool writeItems(const JSONValue::Array& items, int depth) {
+        constexpr std::size_t itemsPerPart = 32;
+        const std::size_t cores = std::max(1u, std::thread::hardware_concurrency());
+        const std::size_t most = depth > 1 || inPart_ ? 1 : std::min<std::size_t>(cores, 4);
+        const std::size_t parts = std::clamp<std::size_t>(items.size() / itemsPerPart, 1, most);
+        const auto writeRange = [&](Writer& writer, std::size_t part) {
+            const std::size_t from = items.size() * part / parts, to = items.size() * (part + 1) / parts;
+            for (std::size_t i = from; i < to; ++i) {
+                if (i > 0) writer.out.push_back(',');
+                writer.newline(depth + 1);
+                if (!writer.write(items[i], depth + 1)) return false;
+            }
+            return true;
+        };
+        std::vector<std::future<std::pair<bool, std::string>>> others;
+        for (std::size_t part = 1; part < parts; ++part) {
+            others.push_back(std::async(std::launch::async, [&, part] {
+                Writer writer(indent_);
+                writer.inPart_ = true;
+                const bool written = writeRange(writer, part);
+                return std::pair{written, std::move(writer.out)};
+            }));
+        }
+        const bool inPart = std::exchange(inPart_, true);
+        bool written = writeRange(*this, 0);
+        inPart_ = inPart;
+        for (auto& other : others) {
+            auto [partWritten, text] = other.get();
+            written = written && partWritten;
+            out.append(text);
+        }
+        return written;
+    }
+
     void newline(int depth) {
         if (indent_ < 0) return;
         out.push_back('\n');
@@ -157,6 +194,7 @@ private:
     }
 
     int indent_;
+    bool inPart_ = false; // a part of a list already written side by side
 };
 
 std::optional<std::string> write(const JSONValue& value, int indent) {

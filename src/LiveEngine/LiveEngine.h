@@ -287,19 +287,20 @@ private:
                                               const std::optional<std::string>& device,
                                               double inPoint, std::optional<double> outPoint,
                                               double fadeOut, double level, bool loopsItself,
-                                              std::shared_ptr<SoundFilePlayer> opened = nullptr);
+                                              std::shared_ptr<SoundFilePlayer> player);
     // Starts opening `file` off the main loop for the run, unless it already is.
     void openAhead(Run& run, const std::filesystem::path& file);
     void soundArrived(const Uuid& runID);
     void startPlayback(AudioPlayback& playback, double target, double fadeInSeconds);
     void beginAudio(Run& run);
+    void startAudio(Run& run); // when the player `beginAudio` asked for is in
     void tickAudio(Run& run);
     void crossfadeAudioLoop(const Uuid& runID);
     void beginPlaylist(Run& run);
     std::vector<Uuid> playingOrder(const PlaylistCue& cue, const std::optional<Uuid>& avoidingFirst);
     enum class SongStart { started, waiting, cantOpen, noneLeft };
     // At GO the first song opens here; later ones only ever off the main loop.
-    SongStart startPlaylistSong(const Uuid& runID, std::size_t from, double fadeInSeconds, bool openHere);
+    SongStart startPlaylistSong(const Uuid& runID, std::size_t from, double fadeInSeconds);
     void openNextSong(Run& run);
     void tickPlaylist(Run& run);
     void advancePlaylist(const Uuid& runID, double fadeSeconds);

@@ -26,7 +26,7 @@ void LiveEngine::beginPlaylist(Run& run) {
     handOffMusic(run, playlist.fadeIn);
     if (Run* current = findRun(runID)) handOffVideoSound(*current, playlist.fadeIn);
     if (!findRun(runID)) return;
-    switch (startPlaylistSong(runID, 0, playlist.fadeIn, true)) {
+    switch (startPlaylistSong(runID, 0, playlist.fadeIn)) {
     case SongStart::noneLeft: return fail(runID, "none of its songs can play");
     case SongStart::cantOpen: return fail(runID, "the sound file is missing");
     case SongStart::started:
@@ -35,7 +35,7 @@ void LiveEngine::beginPlaylist(Run& run) {
 }
 
 LiveEngine::SongStart LiveEngine::startPlaylistSong(const Uuid& runID, std::size_t from,
-                                                    double fadeInSeconds, bool openHere) {
+                                                    double fadeInSeconds) {
     Run* run = findRun(runID);
     if (run == nullptr) return SongStart::noneLeft;
     const auto& playlist = std::get<PlaylistCue>(run->cue.kind);
@@ -49,19 +49,15 @@ LiveEngine::SongStart LiveEngine::startPlaylistSong(const Uuid& runID, std::size
         }
         const std::filesystem::path file = mediaPath(*item);
         run->playlistIndex = static_cast<int>(index);
-        std::shared_ptr<SoundFilePlayer> opened;
-        if (!openHere) {
-            if (!ports_.players.fileExists(file)) return SongStart::cantOpen;
-            openAhead(*run, file);
-            if (!run->soundAhead->isOpen) {
-                // It starts when its player arrives; the tick never waits.
-                run->songWaitingFadeSeconds = fadeInSeconds;
-                return SongStart::waiting;
-            }
-            opened = std::move(run->soundAhead->player);
-            run->soundAhead.reset();
-            if (!opened) return SongStart::cantOpen;
+        if (!ports_.players.fileExists(file)) return SongStart::cantOpen;
+        openAhead(*run, file);
+        if (!run->soundAhead->isOpen) {
+            // It starts when its player arrives; GO and the tick never wait.
+            run->songWaitingFadeSeconds = fadeInSeconds;
+            return SongStart::waiting;
         }
+        std::shared_ptr<SoundFilePlayer> opened = std::move(run->soundAhead->player);
+        run->soundAhead.reset();
         auto playback = openPlayback(file, deviceUID(playlist.bus, run->cue), 0, std::nullopt, 0,
                                      playlist.level, false, std::move(opened));
         if (!playback) return SongStart::cantOpen;
@@ -99,9 +95,16 @@ void LiveEngine::openNextSong(Run& run) {
 
 void LiveEngine::soundArrived(const Uuid& runID) {
     Run* run = findRun(runID);
-    if (run == nullptr || !run->songWaitingFadeSeconds) return;
+    if (run == nullptr) return;
+    // An audio cue's first pass: later passes of a crossfading loop are
+    // taken at their seam.
+    if (!run->audio && std::holds_alternative<AudioCue>(run->cue.kind)) {
+        if (!run->fadingOut) startAudio(*run);
+        return publish();
+    }
+    if (!run->songWaitingFadeSeconds) return;
     const auto index = static_cast<std::size_t>(run->playlistIndex);
-    const SongStart result = startPlaylistSong(runID, index, *run->songWaitingFadeSeconds, false);
+    const SongStart result = startPlaylistSong(runID, index, *run->songWaitingFadeSeconds);
     if (result == SongStart::cantOpen || result == SongStart::noneLeft) {
         if (Run* failed = findRun(runID)) {
             log(HistoryEntry::Kind::warning, failed->cue.name + " didn't play — the sound file is missing");
@@ -154,7 +157,7 @@ void LiveEngine::advancePlaylist(const Uuid& runID, double fadeSeconds) {
         next = 0;
     }
     retireToTail(*run, fadeSeconds);
-    const SongStart result = startPlaylistSong(runID, next, fadeSeconds, false);
+    const SongStart result = startPlaylistSong(runID, next, fadeSeconds);
     if (result == SongStart::cantOpen || result == SongStart::noneLeft) {
         if (Run* failed = findRun(runID)) {
             log(HistoryEntry::Kind::warning, failed->cue.name + " didn't play — the sound file is missing");

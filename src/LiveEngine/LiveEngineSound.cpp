@@ -96,12 +96,7 @@ std::optional<AudioPlayback> LiveEngine::openPlayback(const std::filesystem::pat
                                                       const std::optional<std::string>& device,
                                                       double inPoint, std::optional<double> outPoint,
                                                       double fadeOut, double level, bool loopsItself,
-                                                      std::shared_ptr<SoundFilePlayer> opened) {
-    std::shared_ptr<SoundFilePlayer> player = std::move(opened);
-    if (!player) {
-        if (!ports_.players.fileExists(file)) return std::nullopt;
-        player = ports_.players.openSound(file);
-    }
+                                                      std::shared_ptr<SoundFilePlayer> player) {
     if (!player) return std::nullopt;
     AudioPlayback playback;
     playback.deviceMissing = device && !player->setDevice(device);
@@ -129,13 +124,25 @@ void LiveEngine::startPlayback(AudioPlayback& playback, double target, double fa
     }
 }
 
+// The file opens off the main loop, which never waits for a preroll: the
+// cue sounds, and hands off older music and video sound, once its player
+// is ready (within a few hundredths of a second), as it would have after
+// the wait. A pause meanwhile leaves it paused when it arrives.
 void LiveEngine::beginAudio(Run& run) {
     const auto& audio = std::get<AudioCue>(run.cue.kind);
     const MediaItem* item = index_.media(audio.mediaID);
-    if (item == nullptr) return fail(run.id, "the sound file is missing");
+    const std::filesystem::path file = item ? mediaPath(*item) : std::filesystem::path();
+    if (item == nullptr || !ports_.players.fileExists(file)) return fail(run.id, "the sound file is missing");
+    openAhead(run, file);
+}
+
+void LiveEngine::startAudio(Run& run) {
+    const auto& audio = std::get<AudioCue>(run.cue.kind);
+    SoundAhead ahead = std::move(*run.soundAhead);
+    run.soundAhead.reset();
     const bool crossfades = audio.loops && audio.crossfadesLoop.value_or(false);
-    auto playback = openPlayback(mediaPath(*item), deviceUID(audio.bus, run.cue), audio.inPoint,
-                                 audio.outPoint, audio.fadeOut, audio.level, audio.loops && !crossfades);
+    auto playback = openPlayback(ahead.file, deviceUID(audio.bus, run.cue), audio.inPoint, audio.outPoint,
+                                 audio.fadeOut, audio.level, audio.loops && !crossfades, ahead.player);
     if (!playback) return fail(run.id, "the sound file is missing");
     const Uuid runID = run.id;
     run.soundDeviceMissing = playback->deviceMissing;
@@ -146,6 +153,10 @@ void LiveEngine::beginAudio(Run& run) {
     Run* current = findRun(runID);
     if (current == nullptr) return;
     startPlayback(*current->audio, master() * dipFactor(*current) * current->audio->cueLevel, audio.fadeIn);
+    if (current->isPaused()) {
+        current->audio->isPaused = true;
+        current->audio->player->pause();
+    }
     if (crossfades) crossfadeAudioLoop(runID);
 }
 
@@ -196,10 +207,8 @@ void LiveEngine::crossfadeAudioLoop(const Uuid& runID) {
         const auto& audio = std::get<AudioCue>(looping->cue.kind);
         SoundAhead ahead = std::move(*looping->soundAhead);
         looping->soundAhead.reset();
-        auto next = ahead.player ? openPlayback(ahead.file, deviceUID(audio.bus, looping->cue),
-                                                audio.inPoint, audio.outPoint, audio.fadeOut,
-                                                looping->audio->cueLevel, false, ahead.player)
-                                 : std::nullopt;
+        auto next = openPlayback(ahead.file, deviceUID(audio.bus, looping->cue), audio.inPoint,
+                                 audio.outPoint, audio.fadeOut, looping->audio->cueLevel, false, ahead.player);
         if (!next) return; // the file went; this pass plays out and ends
         startPlayback(*next, master() * dipFactor(*looping) * next->cueLevel, overlap);
         retireToTail(*looping, overlap);

@@ -58,7 +58,8 @@ public:
         case 4: return JSONValue(text());
         case 5: {
             JSONValue::Array items;
-            for (int i = pick(4); i > 0; --i) items.push_back(make(depth + 1));
+            // Now and then a list long enough to be written in parts.
+            for (int i = depth < 2 && pick(16) == 0 ? 150 : pick(4); i > 0; --i) items.push_back(make(depth + 1));
             return JSONValue(std::move(items));
         }
         default: {

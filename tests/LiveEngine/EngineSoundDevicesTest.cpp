@@ -56,6 +56,7 @@ TEST_F(MovingSound, DevicesFollowEditsAndALostDeviceIsLoggedAndRegained) {
     start();
     outputs.setOnChange([this] { engine->audioDevicesChanged(); });
     go();
+    scheduler.runDue(); // the file opened off the main loop
     EXPECT_EQ(player("Song")->device(), "House");
 
     show.audio.houseDeviceID = "Stage";

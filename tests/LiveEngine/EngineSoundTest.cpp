@@ -149,18 +149,41 @@ TEST_F(Sound, PlaylistsSkipRemovedSongsOpenLaterOnesAheadAndEndAtOneThatCantOpen
     start();
     go();
     EXPECT_TRUE(logged("Walk-in: a song was removed from the library — skipped"));
+    scheduler.advance(1);
     EXPECT_EQ(engine->state().music->title, "A.mp3");
     scheduler.advance(4.5);
-    EXPECT_EQ(players.offLoopSoundRequests, std::vector<std::filesystem::path>{path("B.mp3")});
+    EXPECT_EQ(players.offLoopSoundRequests, (std::vector<std::filesystem::path>{path("A.mp3"), path("B.mp3")}));
     ASSERT_TRUE(runOf("Walk-in")) << "waiting for B, not ended";
     EXPECT_FALSE(runOf("Walk-in")->audio);
     scheduler.advance(0.6);
     EXPECT_EQ(engine->state().music->title, "B.mp3");
-    EXPECT_EQ(players.soundRequests, std::vector<std::filesystem::path>{path("A.mp3")})
-        << "only GO opens on the main loop";
+    EXPECT_TRUE(players.soundRequests.empty()) << "nothing opens on the main loop";
     scheduler.advance(5);
     EXPECT_TRUE(logged("Walk-in didn't play — the sound file is missing"));
     EXPECT_FALSE(runOf("Walk-in"));
+}
+
+// GO never waits for a file to open: the cue sounds once its player is in,
+// paused if it was paused meanwhile, and not at all if it was stopped.
+TEST_F(Sound, GoOpensTheFileOffTheMainLoop) {
+    song("Walk", 60);
+    song("Bed", 60).follow = Follow::withPrevious;
+    song("Late", 60);
+    players.offLoopOpenSeconds = 0.5; // a slow disk
+    start();
+    go();
+    perform(command::Pause{runOf("Bed")->id});
+    EXPECT_FALSE(player("Walk.mp3")) << "nothing opened on the main loop";
+    scheduler.advance(0.5);
+    EXPECT_TRUE(player("Walk.mp3")->isPlaying());
+    EXPECT_FALSE(player("Bed.mp3")->isPlaying()) << "paused while it opened";
+    EXPECT_TRUE(players.soundRequests.empty());
+
+    goLater();
+    perform(command::Stop{runOf("Late")->id});
+    scheduler.advance(1);
+    EXPECT_TRUE(!player("Late.mp3") || !player("Late.mp3")->isPlaying()) << "stopped while it opened";
+    EXPECT_TRUE(player("Walk.mp3")->isPlaying());
 }
 
 TEST_F(Sound, APauseOrPanicJustBeforeAVideoLoopSeamStartsNoNewPass) {

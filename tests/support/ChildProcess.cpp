@@ -198,6 +198,17 @@ void limitFileSizeBytes(long bytes) {
     ::setrlimit(RLIMIT_FSIZE, &limit);
 }
 
+ScopedFileSizeLimit::ScopedFileSizeLimit(long bytes) : savedHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &saved_);
+    const rlimit limit{static_cast<rlim_t>(bytes), saved_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+ScopedFileSizeLimit::~ScopedFileSizeLimit() {
+    ::setrlimit(RLIMIT_FSIZE, &saved_);
+    std::signal(SIGXFSZ, savedHandler_);
+}
+
 pid_t spawnBeside(const std::vector<std::string>& command, const std::filesystem::path& output, int passedFd) {
     std::vector<std::string> words{"setpriv", "--pdeathsig", "KILL", "--"};
     words.insert(words.end(), command.begin(), command.end());

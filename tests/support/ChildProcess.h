@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <sys/resource.h>
 #include <sys/types.h>
 #include <utility>
 #include <vector>
@@ -70,6 +71,20 @@ std::string runInForkedChild(const std::function<std::string()>& body);
 // Limits the files this process may write to `bytes` each; writing past it
 // fails with EFBIG instead of raising SIGXFSZ. For a forked child only.
 void limitFileSizeBytes(long bytes);
+
+// The same for this whole process while it lives (its soft limit only, put
+// back at the end): for writes made on threads a forked child wouldn't have.
+class ScopedFileSizeLimit {
+public:
+    explicit ScopedFileSizeLimit(long bytes);
+    ~ScopedFileSizeLimit();
+    ScopedFileSizeLimit(const ScopedFileSizeLimit&) = delete;
+    ScopedFileSizeLimit& operator=(const ScopedFileSizeLimit&) = delete;
+
+private:
+    rlimit saved_{};
+    void (*savedHandler_)(int) = nullptr;
+};
 
 // A server or tool run beside the test, from PATH: posix_spawn, not fork
 // (GStreamer's threads may hold locks a forked child would wait on for

@@ -1,6 +1,7 @@
 #include "Platform/Pictures/BackdropLoops.h"
 
 #include "Platform/Gst/GstHandles.h"
+#include "ChildProcess.h"
 #include "ScopedEnvironment.h"
 #include "TempFolder.h"
 
@@ -117,6 +118,14 @@ TEST(BackdropLoopsTest, ACancelledRenderLeavesNothingBehind) {
 
 TEST(BackdropLoopsTest, BadRequestsFailWithASentenceAndWriteNothing) {
     TempFolder folder("backdrop-loops");
+    {
+        // A disk that fills part-way through the file.
+        testing::ScopedFileSizeLimit fullDisk(8 * 1024);
+        const auto full = BackdropLoops::make(BuiltInBackdrop::mono, folder.path(), 320, 180, 2, 15);
+        ASSERT_TRUE(std::holds_alternative<BackdropLoops::Failed>(full));
+        EXPECT_EQ(std::get<BackdropLoops::Failed>(full).message.rfind("The Mono backdrop loop couldn't be made: ", 0), 0u);
+        EXPECT_TRUE(filesIn(folder.path()).empty()) << "the partial file must be removed";
+    }
     for (auto [width, height, seconds, fps] : {std::tuple{321, 180, 2.0, 15}, std::tuple{320, 180, 0.0, 15}}) {
         const auto result = BackdropLoops::make(BuiltInBackdrop::mono, folder.path(), width, height, seconds, fps);
         ASSERT_TRUE(std::holds_alternative<BackdropLoops::Failed>(result));

@@ -1,5 +1,6 @@
 #include "LiveModel/SlideTemplate.h"
 #include "Platform/Pictures/SlideMaker.h"
+#include "ChildProcess.h"
 #include "TempFolder.h"
 
 #include <QImage>
@@ -59,6 +60,30 @@ TEST_F(SlidePages, AWriteThatFailsFailsTheUpdate) {
     std::filesystem::create_directories(package.mediaURL("Slides"));
     writeFile(package.mediaURL("Slides/" + deck.id.text()), "in the way");
     EXPECT_ANY_THROW(SlideMaker::update(deck, package, library));
+}
+
+// A disk that fills while a changed slide is drawn: the system's words come
+// back, the pages drawn before stay whole and nothing half-written is left.
+TEST_F(SlidePages, AFullDiskKeepsTheEarlierPagesAndSaysWhy) {
+    const MediaItem drawn = SlideMaker::update(deck, package, library);
+    const auto bytesOf = [&](const std::string& page) { return std::filesystem::file_size(package.mediaURL(page)); };
+    const std::uintmax_t firstBytes = bytesOf(drawn.deck->pages[0]);
+    slide(1) = slideTemplate::makeSlide(SlideTemplate::statement, "", "Be kinder");
+    std::string failure;
+    {
+        testing::ScopedFileSizeLimit fullDisk(4096);
+        try {
+            SlideMaker::update(deck, package, library);
+        } catch (const std::exception& error) {
+            failure = error.what();
+        }
+    }
+    EXPECT_NE(failure.find("File too large"), std::string::npos) << failure;
+    std::vector<std::string> left;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(package.mediaURL("Slides")))
+        if (entry.is_regular_file()) left.push_back(entry.path().filename().string());
+    EXPECT_EQ(left.size(), 2u) << "only the two earlier pages";
+    EXPECT_EQ(bytesOf(drawn.deck->pages[0]), firstBytes);
 }
 
 TEST_F(SlidePages, PruneKeepsOnlyPagesSomeDeckNames) {
