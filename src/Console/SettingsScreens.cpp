@@ -120,6 +120,11 @@ ScreensSettings::ScreensSettings(AppModel& model, QWidget* parent) : QWidget(par
     addFeed_ = new QPushButton("Add NDI Feed", this);
     buttons->addWidget(addScreen_);
     buttons->addWidget(addFeed_);
+    buttons->addSpacing(16);
+    savedLooks_ = makeBox(this);
+    removeLook_ = new QPushButton("Remove Look", this);
+    buttons->addWidget(savedLooks_);
+    buttons->addWidget(removeLook_);
     buttons->addStretch(1);
     buttons->addWidget(new QLabel("Program view follows", this));
     program_ = makeBox(this);
@@ -164,6 +169,10 @@ ScreensSettings::ScreensSettings(AppModel& model, QWidget* parent) : QWidget(par
             setup.screens.push_back(std::move(screen));
         });
     });
+    connect(removeLook_, &QPushButton::clicked, this, [this] {
+        if (const auto id = Uuid::parse(savedLooks_->currentData().toString().toStdString()))
+            change([&](OutputSetup& setup) { setup.removeLook(*id); });
+    });
     connect(program_, &QComboBox::currentIndexChanged, this, [this](int index) {
         const QString key = program_->itemData(index).toString();
         model_.selectProgramOutput(key.isEmpty() ? std::nullopt : std::optional<std::string>(key.toStdString()));
@@ -194,6 +203,10 @@ void ScreensSettings::refresh() {
     rebuildScreens(seen);
     rebuildFeeds(seen);
     rebuildProgram(seen);
+    savedLooks_->clear();
+    for (const OutputLook& look : seen.setup.looks) savedLooks_->addItem(qt(look.name), qt(look.id.text()));
+    savedLooks_->setVisible(!seen.setup.looks.empty());
+    removeLook_->setVisible(!seen.setup.looks.empty());
     seen_ = std::move(seen);
 }
 
@@ -262,6 +275,7 @@ void ScreensSettings::rebuildScreens(const Seen& seen) {
         for (ScreenPreset preset : {ScreenPreset::everything, ScreenPreset::clean, ScreenPreset::overlay, ScreenPreset::backdrop})
             looks->addItem(qt(displayName(preset)), "preset:" + qt(toString(preset)));
         for (const OutputLook& saved : seen.setup.looks) looks->addItem(qt(saved.name), "look:" + qt(saved.id.text()));
+        looks->addItem("Save as a New Look", "save");
         QString shown;
         if (screen.lookID && *screen.lookID != OutputSetup::customLookID()) shown = "look:" + qt(screen.lookID->text());
         else if (const auto preset = screenPreset::fromLayers(screen.layers)) shown = "preset:" + qt(toString(*preset));
@@ -274,7 +288,14 @@ void ScreensSettings::rebuildScreens(const Seen& seen) {
             const QString key = looks->currentData().toString();
             change([&](OutputSetup& setup) {
                 LogicalScreen& edited = setup.screens[index];
-                if (key.startsWith("look:")) {
+                if (key == "save") {
+                    // What the screen shows now, kept under its name for other screens.
+                    OutputLook look = setup.resolvedLook(edited);
+                    look.id = Uuid::random();
+                    look.name = edited.name + " look";
+                    edited.lookID = look.id;
+                    setup.looks.push_back(std::move(look));
+                } else if (key.startsWith("look:")) {
                     edited.lookID = Uuid::parse(key.mid(5).toStdString());
                 } else if (const auto preset = parseEnum<ScreenPreset>(key.mid(7).toStdString())) {
                     edited.lookID.reset();

@@ -1,14 +1,19 @@
 // The Sound tab: the device of each bus, chosen from the computer's outputs,
-// and the test tone that says which output that is.
+// the test tone that says which output that is, and the house level now.
 
 #include "Console/ConsoleTheme.h"
 #include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 
+#include <cmath>
+
+#include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
+#include <QHBoxLayout>
 #include <QPushButton>
+#include <QSlider>
 #include <QVBoxLayout>
 
 namespace velarion::console {
@@ -38,6 +43,17 @@ SoundSettings::SoundSettings(AppModel& model, QWidget* parent) : QWidget(parent)
     grid->addWidget(headphonesHelp, 3, 1, 1, 2);
     for (QLabel* help : {houseHelp, headphonesHelp})
         help->setStyleSheet(QString("color: %1;").arg(colour::dimText.name()));
+    grid->addWidget(new QLabel("<b>House level</b>", this), 4, 0);
+    auto* levelRow = new QHBoxLayout;
+    level_ = new QSlider(Qt::Horizontal, this);
+    level_->setRange(0, 100);
+    levelText_ = new QLabel(this);
+    levelText_->setMinimumWidth(48);
+    mute_ = new QCheckBox("Mute", this);
+    levelRow->addWidget(level_, 1);
+    levelRow->addWidget(levelText_);
+    levelRow->addWidget(mute_);
+    grid->addLayout(levelRow, 4, 1, 1, 2);
     grid->setColumnStretch(1, 1);
     layout->addLayout(grid);
     note_ = new QLabel(this);
@@ -48,6 +64,12 @@ SoundSettings::SoundSettings(AppModel& model, QWidget* parent) : QWidget(parent)
 
     connect(house_, &QComboBox::currentIndexChanged, this, [this](int) { choose(AudioBus::house, *house_); });
     connect(headphones_, &QComboBox::currentIndexChanged, this, [this](int) { choose(AudioBus::headphones, *headphones_); });
+    // The running show's level: what the room hears now, not what the show stores.
+    connect(level_, &QSlider::valueChanged, this, [this](int percent) {
+        levelText_->setText(QString("%1%").arg(percent));
+        model_.perform(command::SetMasterLevel{percent / 100.0});
+    });
+    connect(mute_, &QCheckBox::toggled, this, [this](bool on) { model_.perform(command::SetMuted{on}); });
     connect(houseTone_, &QPushButton::clicked, this, [this] { model_.playTestTone(AudioBus::house); });
     connect(headphonesTone_, &QPushButton::clicked, this, [this] { model_.playTestTone(AudioBus::headphones); });
 }
@@ -67,8 +89,15 @@ void SoundSettings::refresh() {
     const bool hasShow = model_.show().has_value();
     const AudioSetup audio = hasShow ? model_.show()->audio : AudioSetup{};
     auto seen = std::make_pair(audio, model_.soundOutputs());
-    for (QWidget* widget : std::initializer_list<QWidget*>{house_, headphones_, houseTone_, headphonesTone_})
+    for (QWidget* widget : std::initializer_list<QWidget*>{house_, headphones_, houseTone_, headphonesTone_, level_, mute_})
         widget->setEnabled(hasShow);
+    if (const EngineState* state = model_.engineState(); state && !level_->isSliderDown()) {
+        const QSignalBlocker quietLevel(level_);
+        const QSignalBlocker quietMute(mute_);
+        level_->setValue(int(std::lround(state->masterLevel * 100)));
+        levelText_->setText(QString("%1%").arg(level_->value()));
+        mute_->setChecked(state->isMuted);
+    }
     note_->setText(!hasShow                ? "Open a show to choose its sound outputs."
                    : seen.second.empty() ? "No sound outputs were found on this computer: cues play on the system output."
                                          : "");

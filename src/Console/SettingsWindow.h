@@ -37,6 +37,7 @@ class QLabel;
 class QLineEdit;
 class QListWidget;
 class QPushButton;
+class QSlider;
 class QTabWidget;
 class QTableWidget;
 class QTimer;
@@ -85,6 +86,8 @@ private:
     QComboBox* program_ = nullptr;
     QPushButton* addScreen_ = nullptr;
     QPushButton* addFeed_ = nullptr;
+    QComboBox* savedLooks_ = nullptr;
+    QPushButton* removeLook_ = nullptr;
     std::optional<Seen> seen_;
     // The pattern each screen shows, as the operator last chose it here.
     std::map<std::string, OutputTestPattern> patterns_;
@@ -96,6 +99,8 @@ public:
     void refresh();
     QComboBox& houseBox() { return *house_; }
     QComboBox& headphonesBox() { return *headphones_; }
+    QSlider& levelSlider() { return *level_; }
+    QCheckBox& muteBox() { return *mute_; }
 
 private:
     void fill(QComboBox& box, const std::optional<std::string>& chosen, const std::vector<AudioDevice>& outputs,
@@ -107,6 +112,9 @@ private:
     QComboBox* headphones_ = nullptr;
     QPushButton* houseTone_ = nullptr;
     QPushButton* headphonesTone_ = nullptr;
+    QSlider* level_ = nullptr;
+    QLabel* levelText_ = nullptr;
+    QCheckBox* mute_ = nullptr;
     QLabel* note_ = nullptr;
     std::optional<std::pair<AudioSetup, std::vector<AudioDevice>>> seen_;
 };
