@@ -170,7 +170,7 @@ void ConsoleWindow::updateActions() {
                             "Resume All", "Pause Follows", "Talk Over", "Clear Slides", "Fade Out All Sound",
                             "Clear Everything", "Reset Live Column"})
         set(key, hasShow);
-    // Built by the media import, outputs and slide editor work still to come.
+    // Built by the media import and slide editor work still to come.
     for (const char* key : {"Import Media", "Make Slides"}) set(key, false);
     set("Show in File Manager", hasShow && model_.package() && !model_.package()->isScratch());
     set("Undo", model_.history().canUndo());

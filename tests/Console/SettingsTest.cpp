@@ -149,6 +149,15 @@ TEST_F(SettingsTest, EachReadyCheckButtonLandsWhereItsFixSays) {
     // The found file no longer shows as missing.
     for (const ReadyItem& line : window->readyView().items())
         EXPECT_FALSE(line.fix && std::holds_alternative<readyFix::FindMedia>(*line.fix)) << line.title;
+
+    // An output that drops out shows in the open view without asking.
+    OutputHealth dropped;
+    dropped.name = "Side screen";
+    outputs.latest->emitHealth({dropped});
+    window->refreshLive();
+    const auto& items = window->readyView().items();
+    EXPECT_TRUE(std::any_of(items.begin(), items.end(),
+                            [](const ReadyItem& line) { return line.title.find("Side screen") != std::string::npos; }));
 }
 
 } // namespace
