@@ -96,6 +96,30 @@ TEST_F(SettingsTest, EachAgentGrantReachesTheModelAndThePreferencesFileAlone) {
     }
 }
 
+TEST_F(SettingsTest, TheTestTonePlaysOnTheBusDeviceAndHeadphonesNotChosenUseTheHouse) {
+    open(showWithCues("Gala", {"One"}));
+    struct Case {
+        const char* what;
+        AudioSetup audio;
+        AudioBus bus;
+        bool plays;
+    };
+    const std::vector<Case> cases{
+        {"house on the system output", {}, AudioBus::house, true},
+        {"house device gone", {"gone", std::nullopt}, AudioBus::house, false},
+        {"headphones not chosen, house gone", {"gone", std::nullopt}, AudioBus::headphones, false},
+        {"headphones gone, house on the system output", {std::nullopt, "gone"}, AudioBus::headphones, false},
+    };
+    for (const Case& tone : cases) {
+        ASSERT_TRUE(model->edit(edit::SetAudio{tone.audio})) << tone.what;
+        model->setStatus("");
+        const std::size_t before = players.soundData.size();
+        EXPECT_EQ(model->playTestTone(tone.bus), tone.plays) << tone.what;
+        EXPECT_EQ(players.soundData.size() > before, tone.plays) << tone.what;
+        EXPECT_EQ(model->status().empty(), tone.plays) << tone.what;
+    }
+}
+
 TEST_F(SettingsTest, EachReadyCheckButtonLandsWhereItsFixSays) {
     Cue walkIn = makeCue("Walk-in");
     walkIn.visualOutputIDs = std::vector<std::string>{"gone"};
