@@ -23,7 +23,6 @@
 #include "LiveModel/Show.h"
 
 #include <QWidget>
-
 #include <functional>
 #include <map>
 #include <optional>
@@ -51,7 +50,15 @@ namespace velarion::console {
 class ScreensSettings final : public QWidget {
 public:
     // Columns of the screens table.
-    enum Column { nameColumn, roleColumn, connectionColumn, looksColumn, statusColumn, testsColumn, columnCount };
+    enum Column {
+        nameColumn,
+        roleColumn,
+        connectionColumn,
+        looksColumn,
+        statusColumn,
+        testsColumn,
+        columnCount
+    };
 
     ScreensSettings(AppModel& model, QWidget* parent = nullptr);
     void refresh();
@@ -103,8 +110,8 @@ public:
     QCheckBox& muteBox() { return *mute_; }
 
 private:
-    void fill(QComboBox& box, const std::optional<std::string>& chosen, const std::vector<AudioDevice>& outputs,
-              const QString& noneWords);
+    void fill(QComboBox& box, const std::optional<std::string>& chosen,
+              const std::vector<AudioDevice>& outputs, const QString& noneWords);
     void choose(AudioBus bus, const QComboBox& box);
 
     AppModel& model_;
