@@ -20,14 +20,18 @@ void ConsoleWindow::buildSettingsAndReady() {
     };
     readyView_ = new ReadyView(model_, this);
     ReadyPlaces& places = readyView_->places;
-    const auto tab = [this](SettingsWindow::Tab tab) { return [this, tab] { settings_->showTab(tab); }; };
+    const auto tab = [this](SettingsWindow::Tab tab) {
+        return [this, tab] { settings_->showTab(tab); };
+    };
     places.openScreens = tab(SettingsWindow::Tab::screens);
     places.openSound = tab(SettingsWindow::Tab::sound);
     places.openMIDI = tab(SettingsWindow::Tab::midi);
     places.openMusic = tab(SettingsWindow::Tab::music);
     places.showLibrary = [this] {
-        if (preferences_) preferences_->set(preferenceKeys::showLibrary, true);
-        if (page_ == Page::start) return;
+        if (preferences_)
+            preferences_->set(preferenceKeys::showLibrary, true);
+        if (page_ == Page::start)
+            return;
         libraryDock_->show();
         libraryDock_->raise();
         updateActions();
@@ -41,8 +45,10 @@ void ConsoleWindow::buildSettingsAndReady() {
         activateWindow();
     };
     places.chooseFile = [this](const MediaItem& item) -> std::optional<std::filesystem::path> {
-        const QString chosen = QFileDialog::getOpenFileName(readyView_, QString::fromStdString(AppModel::findMissingPrompt(item)));
-        if (chosen.isEmpty()) return std::nullopt;
+        const QString chosen = QFileDialog::getOpenFileName(
+            readyView_, QString::fromStdString(AppModel::findMissingPrompt(item)));
+        if (chosen.isEmpty())
+            return std::nullopt;
         return std::filesystem::path(chosen.toStdString());
     };
 }

@@ -10,21 +10,27 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QVBoxLayout>
-
 #include <algorithm>
 
 namespace velarion::console {
 
 namespace {
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-QString qt(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
+QString qt(const std::string& text) {
+    return QString::fromStdString(text);
+}
+QString qt(std::string_view text) {
+    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+}
 
 QString mark(ReadyStatus status) {
     switch (status) {
-    case ReadyStatus::ready: return "<span style='color:" + colour::running.name() + "'>✓</span>";
-    case ReadyStatus::attention: return "<span style='color:" + colour::warning.name() + "'>!</span>";
-    case ReadyStatus::optional: return "<span style='color:" + colour::dimText.name() + "'>○</span>";
+    case ReadyStatus::ready:
+        return "<span style='color:" + colour::running.name() + "'>✓</span>";
+    case ReadyStatus::attention:
+        return "<span style='color:" + colour::warning.name() + "'>!</span>";
+    case ReadyStatus::optional:
+        return "<span style='color:" + colour::dimText.name() + "'>○</span>";
     }
     return {};
 }
@@ -32,7 +38,8 @@ QString mark(ReadyStatus status) {
 QWidget* itemRow(const ReadyItem& item, QWidget* parent, QPushButton** fix) {
     auto* row = new QFrame(parent);
     row->setObjectName("readyRow");
-    row->setStyleSheet(QString("#readyRow { background: %1; border-radius: 4px; }").arg(colour::panel.name()));
+    row->setStyleSheet(
+        QString("#readyRow { background: %1; border-radius: 4px; }").arg(colour::panel.name()));
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(10, 6, 10, 6);
     auto* status = new QLabel(mark(item.status), row);
@@ -44,8 +51,8 @@ QWidget* itemRow(const ReadyItem& item, QWidget* parent, QPushButton** fix) {
     words->setWordWrap(true);
     words->setText("<b>" + qt(item.title).toHtmlEscaped() + "</b>" +
                    (item.detail.empty() ? QString()
-                                        : "<br><span style='color:" + colour::dimText.name() + "'>" +
-                                              qt(item.detail).toHtmlEscaped() + "</span>"));
+                                        : "<br><span style='color:" + colour::dimText.name() +
+                                              "'>" + qt(item.detail).toHtmlEscaped() + "</span>"));
     layout->addWidget(words, 1);
     *fix = nullptr;
     if (item.fix) {
@@ -60,12 +67,14 @@ template <class... Ts> struct Visitor : Ts... { using Ts::operator()...; };
 template <class... Ts> Visitor(Ts...) -> Visitor<Ts...>;
 
 void run(const std::function<void()>& place) {
-    if (place) place();
+    if (place)
+        place();
 }
 
 } // namespace
 
-ReadyView::ReadyView(AppModel& model, QWidget* parent) : QWidget(parent, Qt::Window), model_(model) {
+ReadyView::ReadyView(AppModel& model, QWidget* parent)
+    : QWidget(parent, Qt::Window), model_(model) {
     setWindowTitle("Ready Check");
     resize(640, 720);
     auto* layout = new QVBoxLayout(this);
@@ -96,19 +105,24 @@ void ReadyView::present() {
 }
 
 void ReadyView::refresh() {
-    if (!isVisible()) return;
-    if (const EngineState* state = model_.engineState()) outputsSeen_ = state->outputs;
+    if (!isVisible())
+        return;
+    if (const EngineState* state = model_.engineState())
+        outputsSeen_ = state->outputs;
     std::vector<ReadyItem> items = model_.readyItems();
-    if (built_ && items == items_) return;
+    if (built_ && items == items_)
+        return;
     items_ = std::move(items);
     built_ = true;
     rebuild();
 }
 
 void ReadyView::refreshLive() {
-    if (!isVisible()) return;
+    if (!isVisible())
+        return;
     const EngineState* state = model_.engineState();
-    if (state && state->outputs != outputsSeen_) refresh();
+    if (state && state->outputs != outputsSeen_)
+        refresh();
 }
 
 void ReadyView::rebuild() {
@@ -121,23 +135,31 @@ void ReadyView::rebuild() {
         }
         delete old;
     }
-    const auto attention = std::count_if(items_.begin(), items_.end(),
-                                         [](const ReadyItem& item) { return item.status == ReadyStatus::attention; });
-    if (!model_.show()) summary_->setText("Open a show to check it.");
-    else if (attention == 0) summary_->setText("Ready for doors: nothing needs attention.");
-    else summary_->setText(attention == 1 ? "1 item needs attention" : QString("%1 items need attention").arg(attention));
+    const auto attention = std::count_if(items_.begin(), items_.end(), [](const ReadyItem& item) {
+        return item.status == ReadyStatus::attention;
+    });
+    if (!model_.show())
+        summary_->setText("Open a show to check it.");
+    else if (attention == 0)
+        summary_->setText("Ready for doors: nothing needs attention.");
+    else
+        summary_->setText(attention == 1 ? "1 item needs attention"
+                                         : QString("%1 items need attention").arg(attention));
 
     std::optional<ReadyGroup> group;
     for (const ReadyItem& item : items_) {
         if (item.group != group) {
             group = item.group;
             auto* title = new QLabel(qt(heading(item.group)), list_);
-            title->setStyleSheet(QString("font-weight: bold; color: %1; padding-top: 10px;").arg(colour::dimText.name()));
+            title->setStyleSheet(QString("font-weight: bold; color: %1; padding-top: 10px;")
+                                     .arg(colour::dimText.name()));
             rows_->addWidget(title);
         }
         QPushButton* fix = nullptr;
         rows_->addWidget(itemRow(item, list_, &fix));
-        if (fix) connect(fix, &QPushButton::clicked, this, [this, chosen = *item.fix] { apply(chosen); });
+        if (fix)
+            connect(fix, &QPushButton::clicked, this,
+                    [this, chosen = *item.fix] { apply(chosen); });
     }
     rows_->addStretch(1);
 }
@@ -150,12 +172,16 @@ void ReadyView::apply(const ReadyFix& fix) {
     std::visit(Visitor{
                    [this](const readyFix::OpenApp& app) { openApp(app.app); },
                    [this](const readyFix::FindMedia& media) {
-                       const MediaItem* item = model_.show() ? model_.show()->media(media.mediaID) : nullptr;
-                       if (!item) return;
+                       const MediaItem* item =
+                           model_.show() ? model_.show()->media(media.mediaID) : nullptr;
+                       if (!item)
+                           return;
                        const MediaItem missing = *item;
                        std::optional<std::filesystem::path> chosen;
-                       if (places.chooseFile) chosen = places.chooseFile(missing);
-                       if (chosen && model_.findMissing(missing.id, *chosen)) refresh();
+                       if (places.chooseFile)
+                           chosen = places.chooseFile(missing);
+                       if (chosen && model_.findMissing(missing.id, *chosen))
+                           refresh();
                    },
                    [this](const readyFix::EditCue& cue) {
                        model_.selectCue(cue.cueID);
@@ -182,7 +208,8 @@ void ReadyView::openApp(StreamApp app) {
         program = qt(player).section('.', -1);
     }
     if (!QProcess::startDetached(program, {}))
-        model_.setStatus("Couldn't open " + program.toStdString() + ". Start it from the desktop's menu.");
+        model_.setStatus("Couldn't open " + program.toStdString() +
+                         ". Start it from the desktop's menu.");
 }
 
 } // namespace velarion::console

@@ -16,7 +16,6 @@
 #include "LiveModel/MediaItem.h"
 
 #include <QWidget>
-
 #include <filesystem>
 #include <functional>
 #include <optional>

@@ -11,7 +11,8 @@
 
 namespace velarion::console {
 
-GeneralSettings::GeneralSettings(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {
+GeneralSettings::GeneralSettings(AppModel& model, QWidget* parent)
+    : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(new QLabel("<b>Panels</b>", this));
     library_ = new QCheckBox("Show the Library beside the run of show", this);
@@ -28,17 +29,22 @@ GeneralSettings::GeneralSettings(AppModel& model, QWidget* parent) : QWidget(par
 
     const auto store = [this](const PreferenceKey<bool>& key, bool on) {
         Preferences& preferences = model_.preferences();
-        if (!preferences.set(key, on)) model_.setStatus("The preference couldn't be saved: " + preferences.lastWriteError());
-        if (onPanelsChanged) onPanelsChanged();
+        if (!preferences.set(key, on))
+            model_.setStatus("The preference couldn't be saved: " + preferences.lastWriteError());
+        if (onPanelsChanged)
+            onPanelsChanged();
     };
-    connect(library_, &QCheckBox::toggled, this, [store](bool on) { store(preferenceKeys::showLibrary, on); });
-    connect(inspector_, &QCheckBox::toggled, this, [store](bool on) { store(preferenceKeys::showInspector, on); });
+    connect(library_, &QCheckBox::toggled, this,
+            [store](bool on) { store(preferenceKeys::showLibrary, on); });
+    connect(inspector_, &QCheckBox::toggled, this,
+            [store](bool on) { store(preferenceKeys::showInspector, on); });
 }
 
 void GeneralSettings::refresh() {
     const Preferences& preferences = model_.preferences();
     for (auto [box, key] : std::initializer_list<std::pair<QCheckBox*, const PreferenceKey<bool>*>>{
-             {library_, &preferenceKeys::showLibrary}, {inspector_, &preferenceKeys::showInspector}}) {
+             {library_, &preferenceKeys::showLibrary},
+             {inspector_, &preferenceKeys::showInspector}}) {
         const QSignalBlocker quiet(box);
         box->setChecked(preferences.value(*key));
     }
@@ -48,9 +54,11 @@ void GeneralSettings::refresh() {
                 "'>This file couldn't be read, so Velarion started with the defaults. "
                 "It is replaced at the next change.</span>";
     if (!preferences.lastWriteError().empty())
-        text += "<br><span style='color:" + colour::warning.name() + "'>The last change couldn't be saved: " +
+        text += "<br><span style='color:" + colour::warning.name() +
+                "'>The last change couldn't be saved: " +
                 QString::fromStdString(preferences.lastWriteError()).toHtmlEscaped() + "</span>";
-    if (file_->text() != text) file_->setText(text);
+    if (file_->text() != text)
+        file_->setText(text);
 }
 
 } // namespace velarion::console

@@ -17,17 +17,23 @@ namespace velarion::console {
 
 namespace {
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-QString qt(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
+QString qt(const std::string& text) {
+    return QString::fromStdString(text);
+}
+QString qt(std::string_view text) {
+    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+}
 
 void setText(QLabel& label, const QString& text) {
-    if (label.text() != text) label.setText(text);
+    if (label.text() != text)
+        label.setText(text);
     label.setVisible(!text.isEmpty());
 }
 
 } // namespace
 
-MIDISettingsTab::MIDISettingsTab(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {
+MIDISettingsTab::MIDISettingsTab(AppModel& model, QWidget* parent)
+    : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
     enabled_ = new QCheckBox("Use MIDI control", this);
     layout->addWidget(enabled_);
@@ -44,8 +50,10 @@ MIDISettingsTab::MIDISettingsTab(AppModel& model, QWidget* parent) : QWidget(par
 
     auto* grid = new QGridLayout;
     int row = 0;
-    for (MIDIAction action : {MIDIAction::go, MIDIAction::stopAll, MIDIAction::panic, MIDIAction::pauseResume}) {
-        auto* name = new QLabel("<b>" + qt(midiAction::name(action)).toHtmlEscaped() + "</b>", this);
+    for (MIDIAction action :
+         {MIDIAction::go, MIDIAction::stopAll, MIDIAction::panic, MIDIAction::pauseResume}) {
+        auto* name =
+            new QLabel("<b>" + qt(midiAction::name(action)).toHtmlEscaped() + "</b>", this);
         auto* explanation = new QLabel(qt(midiAction::explanation(action)), this);
         explanation->setWordWrap(true);
         explanation->setStyleSheet(QString("color: %1;").arg(colour::dimText.name()));
@@ -58,9 +66,11 @@ MIDISettingsTab::MIDISettingsTab(AppModel& model, QWidget* parent) : QWidget(par
         grid->addWidget(explanation, row + 1, 0, 1, 4);
         connect(made.learn, &QPushButton::clicked, this, [this, action] {
             // Pressed again while waiting: stop waiting.
-            model_.midi().learn(model_.midi().learning() == action ? std::nullopt : std::optional(action));
+            model_.midi().learn(model_.midi().learning() == action ? std::nullopt
+                                                                   : std::optional(action));
         });
-        connect(made.clear, &QPushButton::clicked, this, [this, action] { model_.midi().unbind(action); });
+        connect(made.clear, &QPushButton::clicked, this,
+                [this, action] { model_.midi().unbind(action); });
         rows_[action] = made;
         row += 2;
     }
@@ -79,7 +89,8 @@ void MIDISettingsTab::refresh() {
         enabled_->setChecked(settings.isEnabled);
     }
     QStringList names;
-    for (const MIDISourceInfo& source : midi.sources()) names << qt(source.name);
+    for (const MIDISourceInfo& source : midi.sources())
+        names << qt(source.name);
     setText(*devices_, !settings.isEnabled ? "MIDI control is off."
                        : names.isEmpty()   ? "No MIDI device is plugged in."
                                            : "Devices: " + names.join(", "));
@@ -93,9 +104,12 @@ void MIDISettingsTab::refresh() {
     for (auto& [action, row] : rows_) {
         const auto trigger = settings.trigger(action);
         const QString shown = trigger ? qt(midiTrigger::description(*trigger)) : "Not set";
-        if (row.trigger->text() != shown) row.trigger->setText(shown);
-        const QString learn = midi.learning() == action ? qt(MIDIControlCenter::learningLabel) : "Learn";
-        if (row.learn->text() != learn) row.learn->setText(learn);
+        if (row.trigger->text() != shown)
+            row.trigger->setText(shown);
+        const QString learn =
+            midi.learning() == action ? qt(MIDIControlCenter::learningLabel) : "Learn";
+        if (row.learn->text() != learn)
+            row.learn->setText(learn);
         row.learn->setEnabled(settings.isEnabled);
         row.clear->setEnabled(trigger.has_value());
     }

@@ -13,14 +13,20 @@ namespace velarion::console {
 
 namespace {
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
+QString qt(const std::string& text) {
+    return QString::fromStdString(text);
+}
 
 QString presenceWords(const ReadyMusicApp& app) {
     switch (app.presence) {
-    case ReadyMusicApp::Presence::unknown: return qt(app.name) + ": not asked yet";
-    case ReadyMusicApp::Presence::notInstalled: return qt(app.name) + ": not installed";
-    case ReadyMusicApp::Presence::notRunning: return qt(app.name) + ": not running";
-    case ReadyMusicApp::Presence::running: return qt(app.name) + ": running";
+    case ReadyMusicApp::Presence::unknown:
+        return qt(app.name) + ": not asked yet";
+    case ReadyMusicApp::Presence::notInstalled:
+        return qt(app.name) + ": not installed";
+    case ReadyMusicApp::Presence::notRunning:
+        return qt(app.name) + ": not running";
+    case ReadyMusicApp::Presence::running:
+        return qt(app.name) + ": running";
     }
     return {};
 }
@@ -33,9 +39,11 @@ MusicSettings::MusicSettings(AppModel& model, QWidget* parent) : QWidget(parent)
     player_ = new QLineEdit(this);
     player_->setPlaceholderText("The first player running other than Spotify");
     layout->addWidget(player_);
-    auto* help = new QLabel("The player that Music cues control: its MPRIS name, such as rhythmbox or "
-                            "org.mpris.MediaPlayer2.rhythmbox. Spotify cues always use Spotify. "
-                            "A new choice takes effect when Velarion next starts.", this);
+    auto* help =
+        new QLabel("The player that Music cues control: its MPRIS name, such as rhythmbox or "
+                   "org.mpris.MediaPlayer2.rhythmbox. Spotify cues always use Spotify. "
+                   "A new choice takes effect when Velarion next starts.",
+                   this);
     help->setWordWrap(true);
     help->setStyleSheet(QString("color: %1;").arg(colour::dimText.name()));
     layout->addWidget(help);
@@ -46,7 +54,8 @@ MusicSettings::MusicSettings(AppModel& model, QWidget* parent) : QWidget(parent)
     connect(player_, &QLineEdit::editingFinished, this, [this] {
         const std::string chosen = player_->text().trimmed().toStdString();
         Preferences& preferences = model_.preferences();
-        if (chosen == preferences.value(preferenceKeys::musicPlayer)) return;
+        if (chosen == preferences.value(preferenceKeys::musicPlayer))
+            return;
         if (!preferences.set(preferenceKeys::musicPlayer, chosen))
             model_.setStatus("The music player couldn't be saved: " + preferences.lastWriteError());
     });
@@ -55,11 +64,13 @@ MusicSettings::MusicSettings(AppModel& model, QWidget* parent) : QWidget(parent)
 void MusicSettings::refresh() {
     if (!player_->hasFocus()) {
         const QString stored = qt(model_.preferences().value(preferenceKeys::musicPlayer));
-        if (player_->text() != stored) player_->setText(stored);
+        if (player_->text() != stored)
+            player_->setText(stored);
     }
     const ReadyCheckInputs inputs = model_.readyInputs();
     const QString apps = presenceWords(inputs.spotify) + "\n" + presenceWords(inputs.music);
-    if (apps_->text() != apps) apps_->setText(apps);
+    if (apps_->text() != apps)
+        apps_->setText(apps);
 }
 
 } // namespace velarion::console

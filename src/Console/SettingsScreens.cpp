@@ -17,32 +17,43 @@
 #include <QTableWidget>
 #include <QTimer>
 #include <QVBoxLayout>
-
 #include <algorithm>
 
 namespace velarion::console {
 
 namespace {
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-QString qt(std::string_view text) { return QString::fromUtf8(text.data(), qsizetype(text.size())); }
+QString qt(const std::string& text) {
+    return QString::fromStdString(text);
+}
+QString qt(std::string_view text) {
+    return QString::fromUtf8(text.data(), qsizetype(text.size()));
+}
 
 const char* roleWords(ScreenRole role) {
     switch (role) {
-    case ScreenRole::audience: return "Audience";
-    case ScreenRole::stage: return "Stage";
-    case ScreenRole::stream: return "Stream";
-    case ScreenRole::lobby: return "Lobby";
+    case ScreenRole::audience:
+        return "Audience";
+    case ScreenRole::stage:
+        return "Stage";
+    case ScreenRole::stream:
+        return "Stream";
+    case ScreenRole::lobby:
+        return "Lobby";
     }
     return "";
 }
 
 const char* patternWords(OutputTestPattern pattern) {
     switch (pattern) {
-    case OutputTestPattern::colorBars: return "Colour bars";
-    case OutputTestPattern::grid: return "Grid";
-    case OutputTestPattern::white: return "White";
-    case OutputTestPattern::black: return "Black";
+    case OutputTestPattern::colorBars:
+        return "Colour bars";
+    case OutputTestPattern::grid:
+        return "Grid";
+    case OutputTestPattern::white:
+        return "White";
+    case OutputTestPattern::black:
+        return "Black";
     }
     return "";
 }
@@ -50,16 +61,21 @@ const char* patternWords(OutputTestPattern pattern) {
 // A destination as the connection chooser keys it: "display:ID", "ndi:UUID"
 // or "placeholder".
 QString destinationKey(const ScreenDestination& destination) {
-    if (const auto* display = std::get_if<destination::Display>(&destination)) return "display:" + qt(display->id);
-    if (const auto* feed = std::get_if<destination::Ndi>(&destination)) return "ndi:" + qt(feed->feedID.text());
+    if (const auto* display = std::get_if<destination::Display>(&destination))
+        return "display:" + qt(display->id);
+    if (const auto* feed = std::get_if<destination::Ndi>(&destination))
+        return "ndi:" + qt(feed->feedID.text());
     return "placeholder";
 }
 
 std::optional<ScreenDestination> destinationFromKey(const QString& key) {
-    if (key == "placeholder") return destination::Placeholder{};
-    if (key.startsWith("display:")) return destination::Display{key.mid(8).toStdString()};
+    if (key == "placeholder")
+        return destination::Placeholder{};
+    if (key.startsWith("display:"))
+        return destination::Display{key.mid(8).toStdString()};
     if (key.startsWith("ndi:"))
-        if (const auto id = Uuid::parse(key.mid(4).toStdString())) return destination::Ndi{*id};
+        if (const auto id = Uuid::parse(key.mid(4).toStdString()))
+            return destination::Ndi{*id};
     return std::nullopt;
 }
 
@@ -72,13 +88,15 @@ bool isTestWindow(const LogicalScreen& screen) {
 const OutputHealth* healthOf(const LogicalScreen& screen, const std::vector<OutputHealth>& health) {
     const std::string key = destinationKey(screen.destination).section(':', 1, -1).toStdString();
     for (const OutputHealth& line : health)
-        if (line.destinationID == key || (!line.destinationID && line.name == screen.name)) return &line;
+        if (line.destinationID == key || (!line.destinationID && line.name == screen.name))
+            return &line;
     return nullptr;
 }
 
 // Short words for the table; the manager's detail goes in the tooltip.
 QString statusWords(const LogicalScreen& screen, const OutputHealth* health) {
-    if (std::holds_alternative<destination::Placeholder>(screen.destination) || (health && health->isPlaceholder))
+    if (std::holds_alternative<destination::Placeholder>(screen.destination) ||
+        (health && health->isPlaceholder))
         return "Placeholder";
     return health && health->isConnected ? "Connected" : "Not connected";
 }
@@ -93,21 +111,24 @@ std::string newScreenID(const OutputSetup& setup) {
     for (int number = 1;; ++number) {
         const std::string id = "screen-" + std::to_string(number);
         const auto& screens = setup.screens;
-        if (std::none_of(screens.begin(), screens.end(), [&](const LogicalScreen& screen) { return screen.id == id; }))
+        if (std::none_of(screens.begin(), screens.end(),
+                         [&](const LogicalScreen& screen) { return screen.id == id; }))
             return id;
     }
 }
 
 } // namespace
 
-ScreensSettings::ScreensSettings(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {
+ScreensSettings::ScreensSettings(AppModel& model, QWidget* parent)
+    : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
     empty_ = new QLabel("Open a show to set up its screens.", this);
     layout->addWidget(empty_);
 
     layout->addWidget(new QLabel("<b>Screens</b>", this));
     screens_ = new QTableWidget(0, columnCount, this);
-    screens_->setHorizontalHeaderLabels({"Screen", "Role", "Connection", "Shows", "Status", "Tests"});
+    screens_->setHorizontalHeaderLabels(
+        {"Screen", "Role", "Connection", "Shows", "Status", "Tests"});
     screens_->verticalHeader()->hide();
     screens_->setSelectionMode(QAbstractItemView::NoSelection);
     screens_->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -120,6 +141,11 @@ ScreensSettings::ScreensSettings(AppModel& model, QWidget* parent) : QWidget(par
     addFeed_ = new QPushButton("Add NDI Feed", this);
     buttons->addWidget(addScreen_);
     buttons->addWidget(addFeed_);
+    buttons->addSpacing(16);
+    savedLooks_ = makeBox(this);
+    removeLook_ = new QPushButton("Remove Look", this);
+    buttons->addWidget(savedLooks_);
+    buttons->addWidget(removeLook_);
     buttons->addStretch(1);
     buttons->addWidget(new QLabel("Program view follows", this));
     program_ = makeBox(this);
@@ -164,16 +190,22 @@ ScreensSettings::ScreensSettings(AppModel& model, QWidget* parent) : QWidget(par
             setup.screens.push_back(std::move(screen));
         });
     });
+    connect(removeLook_, &QPushButton::clicked, this, [this] {
+        if (const auto id = Uuid::parse(savedLooks_->currentData().toString().toStdString()))
+            change([&](OutputSetup& setup) { setup.removeLook(*id); });
+    });
     connect(program_, &QComboBox::currentIndexChanged, this, [this](int index) {
         const QString key = program_->itemData(index).toString();
-        model_.selectProgramOutput(key.isEmpty() ? std::nullopt : std::optional<std::string>(key.toStdString()));
+        model_.selectProgramOutput(key.isEmpty() ? std::nullopt
+                                                 : std::optional<std::string>(key.toStdString()));
     });
 }
 
 ScreensSettings::Seen ScreensSettings::look() const {
     Seen seen;
     seen.hasShow = model_.show().has_value();
-    if (!seen.hasShow) return seen;
+    if (!seen.hasShow)
+        return seen;
     seen.setup = model_.show()->outputs;
     seen.displays = model_.availableDisplays();
     if (const EngineState* state = model_.engineState()) {
@@ -181,24 +213,33 @@ ScreensSettings::Seen ScreensSettings::look() const {
         seen.programSelection = state->programOutputSelection;
     }
     for (const LogicalScreen& screen : seen.setup.effectiveScreens())
-        if (isTestWindow(screen)) seen.testWindows[screen.id] = model_.testWindowIsVisible(screen.id);
+        if (isTestWindow(screen))
+            seen.testWindows[screen.id] = model_.testWindowIsVisible(screen.id);
     return seen;
 }
 
 void ScreensSettings::refresh() {
     Seen seen = look();
-    if (seen_ && *seen_ == seen) return;
+    if (seen_ && *seen_ == seen)
+        return;
     empty_->setVisible(!seen.hasShow);
-    for (QWidget* widget : std::initializer_list<QWidget*>{screens_, feeds_, addScreen_, addFeed_, program_})
+    for (QWidget* widget :
+         std::initializer_list<QWidget*>{screens_, feeds_, addScreen_, addFeed_, program_})
         widget->setEnabled(seen.hasShow);
     rebuildScreens(seen);
     rebuildFeeds(seen);
     rebuildProgram(seen);
+    savedLooks_->clear();
+    for (const OutputLook& look : seen.setup.looks)
+        savedLooks_->addItem(qt(look.name), qt(look.id.text()));
+    savedLooks_->setVisible(!seen.setup.looks.empty());
+    removeLook_->setVisible(!seen.setup.looks.empty());
     seen_ = std::move(seen);
 }
 
 void ScreensSettings::change(const std::function<void(OutputSetup&)>& edit) {
-    if (!model_.show()) return;
+    if (!model_.show())
+        return;
     OutputSetup setup = model_.show()->outputs;
     setup.materializeScreens();
     edit(setup);
@@ -215,7 +256,8 @@ QComboBox* ScreensSettings::connectionBox(int row) const {
 }
 
 void ScreensSettings::rebuildScreens(const Seen& seen) {
-    const std::vector<LogicalScreen> screens = seen.hasShow ? seen.setup.effectiveScreens() : std::vector<LogicalScreen>{};
+    const std::vector<LogicalScreen> screens =
+        seen.hasShow ? seen.setup.effectiveScreens() : std::vector<LogicalScreen>{};
     screens_->setRowCount(int(screens.size()));
     for (int row = 0; row < int(screens.size()); ++row) {
         const LogicalScreen& screen = screens[std::size_t(row)];
@@ -224,7 +266,8 @@ void ScreensSettings::rebuildScreens(const Seen& seen) {
         auto* name = new QLineEdit(qt(screen.name), screens_);
         connect(name, &QLineEdit::editingFinished, this, [this, index, name] {
             const std::string text = name->text().trimmed().toStdString();
-            if (text.empty() || !model_.show() || index >= model_.show()->outputs.effectiveScreens().size() ||
+            if (text.empty() || !model_.show() ||
+                index >= model_.show()->outputs.effectiveScreens().size() ||
                 model_.show()->outputs.effectiveScreens()[index].name == text)
                 return;
             change([&](OutputSetup& setup) { setup.screens[index].name = text; });
@@ -232,7 +275,8 @@ void ScreensSettings::rebuildScreens(const Seen& seen) {
         screens_->setCellWidget(row, nameColumn, name);
 
         auto* role = makeBox(screens_);
-        for (ScreenRole each : {ScreenRole::audience, ScreenRole::stage, ScreenRole::stream, ScreenRole::lobby})
+        for (ScreenRole each :
+             {ScreenRole::audience, ScreenRole::stage, ScreenRole::stream, ScreenRole::lobby})
             role->addItem(roleWords(each), int(each));
         role->setCurrentIndex(role->findData(int(screen.role)));
         connect(role, &QComboBox::currentIndexChanged, this, [this, index, role](int) {
@@ -243,10 +287,14 @@ void ScreensSettings::rebuildScreens(const Seen& seen) {
 
         auto* connection = makeBox(screens_);
         for (const DisplayInfo& display : seen.displays)
-            connection->addItem(QString("%1 · %2 × %3").arg(qt(display.name)).arg(display.pixelWidth).arg(display.pixelHeight),
+            connection->addItem(QString("%1 · %2 × %3")
+                                    .arg(qt(display.name))
+                                    .arg(display.pixelWidth)
+                                    .arg(display.pixelHeight),
                                 "display:" + qt(display.id));
         connection->addItem("Audience test window", "display:" + qt(OutputSetup::testWindowID));
-        for (const NetworkFeed& feed : seen.setup.feeds) connection->addItem("NDI: " + qt(feed.name), "ndi:" + qt(feed.id.text()));
+        for (const NetworkFeed& feed : seen.setup.feeds)
+            connection->addItem("NDI: " + qt(feed.name), "ndi:" + qt(feed.id.text()));
         connection->addItem("Placeholder · preview only", "placeholder");
         const QString current = destinationKey(screen.destination);
         if (connection->findData(current) < 0)
@@ -259,22 +307,36 @@ void ScreensSettings::rebuildScreens(const Seen& seen) {
         screens_->setCellWidget(row, connectionColumn, connection);
 
         auto* looks = makeBox(screens_);
-        for (ScreenPreset preset : {ScreenPreset::everything, ScreenPreset::clean, ScreenPreset::overlay, ScreenPreset::backdrop})
+        for (ScreenPreset preset : {ScreenPreset::everything, ScreenPreset::clean,
+                                    ScreenPreset::overlay, ScreenPreset::backdrop})
             looks->addItem(qt(displayName(preset)), "preset:" + qt(toString(preset)));
-        for (const OutputLook& saved : seen.setup.looks) looks->addItem(qt(saved.name), "look:" + qt(saved.id.text()));
+        for (const OutputLook& saved : seen.setup.looks)
+            looks->addItem(qt(saved.name), "look:" + qt(saved.id.text()));
+        looks->addItem("Save as a New Look", "save");
         QString shown;
-        if (screen.lookID && *screen.lookID != OutputSetup::customLookID()) shown = "look:" + qt(screen.lookID->text());
-        else if (const auto preset = screenPreset::fromLayers(screen.layers)) shown = "preset:" + qt(toString(*preset));
+        if (screen.lookID && *screen.lookID != OutputSetup::customLookID())
+            shown = "look:" + qt(screen.lookID->text());
+        else if (const auto preset = screenPreset::fromLayers(screen.layers))
+            shown = "preset:" + qt(toString(*preset));
         if (looks->findData(shown) < 0) {
             shown = "custom";
-            looks->insertItem(0, "Custom: " + qt(screenPreset::summary(seen.setup.resolvedLook(screen).layers)), shown);
+            looks->insertItem(
+                0, "Custom: " + qt(screenPreset::summary(seen.setup.resolvedLook(screen).layers)),
+                shown);
         }
         looks->setCurrentIndex(looks->findData(shown));
         connect(looks, &QComboBox::currentIndexChanged, this, [this, index, looks](int) {
             const QString key = looks->currentData().toString();
             change([&](OutputSetup& setup) {
                 LogicalScreen& edited = setup.screens[index];
-                if (key.startsWith("look:")) {
+                if (key == "save") {
+                    // What the screen shows now, kept under its name for other screens.
+                    OutputLook look = setup.resolvedLook(edited);
+                    look.id = Uuid::random();
+                    look.name = edited.name + " look";
+                    edited.lookID = look.id;
+                    setup.looks.push_back(std::move(look));
+                } else if (key.startsWith("look:")) {
                     edited.lookID = Uuid::parse(key.mid(5).toStdString());
                 } else if (const auto preset = parseEnum<ScreenPreset>(key.mid(7).toStdString())) {
                     edited.lookID.reset();
@@ -286,17 +348,21 @@ void ScreensSettings::rebuildScreens(const Seen& seen) {
 
         const OutputHealth* health = healthOf(screen, seen.health);
         auto* status = new QTableWidgetItem(statusWords(screen, health));
-        if (health && health->detail) status->setToolTip(qt(*health->detail));
+        if (health && health->detail)
+            status->setToolTip(qt(*health->detail));
         screens_->setItem(row, statusColumn, status);
 
         const auto windowShown = seen.testWindows.find(screen.id);
-        screens_->setCellWidget(row, testsColumn,
-                                testsCell(screen, isTestWindow(screen), windowShown != seen.testWindows.end() && windowShown->second));
+        screens_->setCellWidget(
+            row, testsColumn,
+            testsCell(screen, isTestWindow(screen),
+                      windowShown != seen.testWindows.end() && windowShown->second));
     }
     screens_->resizeRowsToContents();
 }
 
-QWidget* ScreensSettings::testsCell(const LogicalScreen& screen, bool isTestWindow, bool testWindowShown) {
+QWidget* ScreensSettings::testsCell(const LogicalScreen& screen, bool isTestWindow,
+                                    bool testWindowShown) {
     auto* cell = new QWidget(screens_);
     auto* layout = new QHBoxLayout(cell);
     layout->setContentsMargins(4, 0, 4, 0);
@@ -308,17 +374,20 @@ QWidget* ScreensSettings::testsCell(const LogicalScreen& screen, bool isTestWind
 
     auto* pattern = makeBox(cell);
     pattern->addItem("No test pattern", -1);
-    for (OutputTestPattern each : {OutputTestPattern::colorBars, OutputTestPattern::grid, OutputTestPattern::white,
-                                   OutputTestPattern::black})
+    for (OutputTestPattern each : {OutputTestPattern::colorBars, OutputTestPattern::grid,
+                                   OutputTestPattern::white, OutputTestPattern::black})
         pattern->addItem(patternWords(each), int(each));
     if (const auto chosen = patterns_.find(id); chosen != patterns_.end())
         pattern->setCurrentIndex(pattern->findData(int(chosen->second)));
     connect(pattern, &QComboBox::currentIndexChanged, this, [this, id, pattern](int) {
         const int value = pattern->currentData().toInt();
         std::optional<OutputTestPattern> chosen;
-        if (value >= 0) chosen = OutputTestPattern(value);
-        if (chosen) patterns_[id] = *chosen;
-        else patterns_.erase(id);
+        if (value >= 0)
+            chosen = OutputTestPattern(value);
+        if (chosen)
+            patterns_[id] = *chosen;
+        else
+            patterns_.erase(id);
         model_.setTestPattern(id, chosen);
     });
     layout->addWidget(pattern);
@@ -326,14 +395,17 @@ QWidget* ScreensSettings::testsCell(const LogicalScreen& screen, bool isTestWind
     if (isTestWindow) {
         auto* window = new QCheckBox("Show window", cell);
         window->setChecked(testWindowShown);
-        connect(window, &QCheckBox::toggled, this, [this, id](bool on) { model_.setTestWindowVisible(id, on); });
+        connect(window, &QCheckBox::toggled, this,
+                [this, id](bool on) { model_.setTestWindowVisible(id, on); });
         layout->addWidget(window);
     }
     auto* remove = new QPushButton("Remove", cell);
     connect(remove, &QPushButton::clicked, this, [this, id] {
         change([&](OutputSetup& setup) {
-            std::erase_if(setup.screens, [&](const LogicalScreen& screen) { return screen.id == id; });
-            if (setup.defaultVisualOutputIDs) std::erase(*setup.defaultVisualOutputIDs, id);
+            std::erase_if(setup.screens,
+                          [&](const LogicalScreen& screen) { return screen.id == id; });
+            if (setup.defaultVisualOutputIDs)
+                std::erase(*setup.defaultVisualOutputIDs, id);
         });
     });
     layout->addWidget(remove);
@@ -341,7 +413,8 @@ QWidget* ScreensSettings::testsCell(const LogicalScreen& screen, bool isTestWind
 }
 
 void ScreensSettings::rebuildFeeds(const Seen& seen) {
-    const std::vector<NetworkFeed> feeds = seen.hasShow ? seen.setup.feeds : std::vector<NetworkFeed>{};
+    const std::vector<NetworkFeed> feeds =
+        seen.hasShow ? seen.setup.feeds : std::vector<NetworkFeed>{};
     feeds_->setRowCount(int(feeds.size()));
     feedNote_->setVisible(!feeds.empty());
     for (int row = 0; row < int(feeds.size()); ++row) {
@@ -350,21 +423,25 @@ void ScreensSettings::rebuildFeeds(const Seen& seen) {
         const auto edit = [this, id](const std::function<void(NetworkFeed&)>& apply) {
             change([&](OutputSetup& setup) {
                 for (NetworkFeed& each : setup.feeds)
-                    if (each.id == id) apply(each);
+                    if (each.id == id)
+                        apply(each);
             });
         };
         auto* name = new QLineEdit(qt(feed.name), feeds_);
         connect(name, &QLineEdit::editingFinished, this, [name, edit, old = feed.name] {
             const std::string text = name->text().trimmed().toStdString();
-            if (!text.empty() && text != old) edit([&](NetworkFeed& changed) { changed.name = text; });
+            if (!text.empty() && text != old)
+                edit([&](NetworkFeed& changed) { changed.name = text; });
         });
         feeds_->setCellWidget(row, 0, name);
 
         auto* size = makeBox(feeds_);
-        for (const auto& [width, height] : std::initializer_list<std::pair<int, int>>{{1920, 1080}, {1280, 720}, {3840, 2160}})
+        for (const auto& [width, height] :
+             std::initializer_list<std::pair<int, int>>{{1920, 1080}, {1280, 720}, {3840, 2160}})
             size->addItem(QString("%1 × %2").arg(width).arg(height), QSize(width, height));
         const QSize current(feed.width, feed.height);
-        if (size->findData(current) < 0) size->addItem(QString("%1 × %2").arg(feed.width).arg(feed.height), current);
+        if (size->findData(current) < 0)
+            size->addItem(QString("%1 × %2").arg(feed.width).arg(feed.height), current);
         size->setCurrentIndex(size->findData(current));
         connect(size, &QComboBox::currentIndexChanged, this, [size, edit](int) {
             const QSize chosen = size->currentData().toSize();
@@ -376,11 +453,13 @@ void ScreensSettings::rebuildFeeds(const Seen& seen) {
         feeds_->setCellWidget(row, 1, size);
 
         auto* rate = makeBox(feeds_);
-        for (const auto& [numerator, denominator] :
-             std::initializer_list<std::pair<int, int>>{{25, 1}, {30000, 1001}, {30, 1}, {50, 1}, {60000, 1001}, {60, 1}})
-            rate->addItem(qt(VideoFrameRate{numerator, denominator}.name()), QPoint(numerator, denominator));
+        for (const auto& [numerator, denominator] : std::initializer_list<std::pair<int, int>>{
+                 {25, 1}, {30000, 1001}, {30, 1}, {50, 1}, {60000, 1001}, {60, 1}})
+            rate->addItem(qt(VideoFrameRate{numerator, denominator}.name()),
+                          QPoint(numerator, denominator));
         const QPoint currentRate(feed.frameRate.numerator, feed.frameRate.denominator);
-        if (rate->findData(currentRate) < 0) rate->addItem(qt(feed.frameRate.name()), currentRate);
+        if (rate->findData(currentRate) < 0)
+            rate->addItem(qt(feed.frameRate.name()), currentRate);
         rate->setCurrentIndex(rate->findData(currentRate));
         connect(rate, &QComboBox::currentIndexChanged, this, [rate, edit](int) {
             const QPoint chosen = rate->currentData().toPoint();
@@ -390,7 +469,8 @@ void ScreensSettings::rebuildFeeds(const Seen& seen) {
 
         auto* sound = new QCheckBox("Send", feeds_);
         sound->setChecked(feed.sendsSound.value_or(false));
-        connect(sound, &QCheckBox::toggled, this, [edit](bool on) { edit([&](NetworkFeed& changed) { changed.sendsSound = on; }); });
+        connect(sound, &QCheckBox::toggled, this,
+                [edit](bool on) { edit([&](NetworkFeed& changed) { changed.sendsSound = on; }); });
         feeds_->setCellWidget(row, 3, sound);
 
         auto* remove = new QPushButton("Remove", feeds_);

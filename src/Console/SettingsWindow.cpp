@@ -66,7 +66,9 @@ void SettingsWindow::showTab(Tab tab) {
     activateWindow();
 }
 
-SettingsWindow::Tab SettingsWindow::currentTab() const { return Tab(tabs_->currentIndex()); }
+SettingsWindow::Tab SettingsWindow::currentTab() const {
+    return Tab(tabs_->currentIndex());
+}
 
 void SettingsWindow::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);

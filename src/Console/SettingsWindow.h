@@ -23,7 +23,6 @@
 #include "LiveModel/Show.h"
 
 #include <QWidget>
-
 #include <functional>
 #include <map>
 #include <optional>
@@ -37,6 +36,7 @@ class QLabel;
 class QLineEdit;
 class QListWidget;
 class QPushButton;
+class QSlider;
 class QTabWidget;
 class QTableWidget;
 class QTimer;
@@ -50,7 +50,15 @@ namespace velarion::console {
 class ScreensSettings final : public QWidget {
 public:
     // Columns of the screens table.
-    enum Column { nameColumn, roleColumn, connectionColumn, looksColumn, statusColumn, testsColumn, columnCount };
+    enum Column {
+        nameColumn,
+        roleColumn,
+        connectionColumn,
+        looksColumn,
+        statusColumn,
+        testsColumn,
+        columnCount
+    };
 
     ScreensSettings(AppModel& model, QWidget* parent = nullptr);
     void refresh();
@@ -85,6 +93,8 @@ private:
     QComboBox* program_ = nullptr;
     QPushButton* addScreen_ = nullptr;
     QPushButton* addFeed_ = nullptr;
+    QComboBox* savedLooks_ = nullptr;
+    QPushButton* removeLook_ = nullptr;
     std::optional<Seen> seen_;
     // The pattern each screen shows, as the operator last chose it here.
     std::map<std::string, OutputTestPattern> patterns_;
@@ -96,10 +106,12 @@ public:
     void refresh();
     QComboBox& houseBox() { return *house_; }
     QComboBox& headphonesBox() { return *headphones_; }
+    QSlider& levelSlider() { return *level_; }
+    QCheckBox& muteBox() { return *mute_; }
 
 private:
-    void fill(QComboBox& box, const std::optional<std::string>& chosen, const std::vector<AudioDevice>& outputs,
-              const QString& noneWords);
+    void fill(QComboBox& box, const std::optional<std::string>& chosen,
+              const std::vector<AudioDevice>& outputs, const QString& noneWords);
     void choose(AudioBus bus, const QComboBox& box);
 
     AppModel& model_;
@@ -107,6 +119,9 @@ private:
     QComboBox* headphones_ = nullptr;
     QPushButton* houseTone_ = nullptr;
     QPushButton* headphonesTone_ = nullptr;
+    QSlider* level_ = nullptr;
+    QLabel* levelText_ = nullptr;
+    QCheckBox* mute_ = nullptr;
     QLabel* note_ = nullptr;
     std::optional<std::pair<AudioSetup, std::vector<AudioDevice>>> seen_;
 };

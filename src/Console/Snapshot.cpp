@@ -129,8 +129,12 @@ std::map<std::string, QImage> snapshotViews(AppModel& model, std::function<doubl
     }
     window.settings().hide();
     window.action("Ready Check")->trigger();
-    settle(100);
+    // Its rows wrap their words: a few turns of the loop to settle their heights.
+    settle(300);
     views["ready-check.png"] = window.readyView().grab().toImage();
+    // The screens set up above are written now, so that no autosave is
+    // still writing when the work folder goes.
+    model.save();
     model.close();
     return views;
 }

@@ -25,13 +25,17 @@ std::vector<AudioDevice> AppModel::soundOutputs() const {
 }
 
 bool AppModel::playTestTone(AudioBus bus) {
-    if (!testTone_) testTone_ = std::make_unique<TestTone>(ports_.players, ports_.devices ? *ports_.devices : noSoundOutputs());
+    if (!testTone_)
+        testTone_ = std::make_unique<TestTone>(ports_.players,
+                                               ports_.devices ? *ports_.devices : noSoundOutputs());
     std::optional<std::string> device;
     // Headphones not chosen play through the house, as their cues do.
     if (show_)
-        device = bus == AudioBus::headphones && show_->audio.headphonesDeviceID ? show_->audio.headphonesDeviceID
-                                                                                 : show_->audio.houseDeviceID;
-    if (testTone_->play(device)) return true;
+        device = bus == AudioBus::headphones && show_->audio.headphonesDeviceID
+                     ? show_->audio.headphonesDeviceID
+                     : show_->audio.houseDeviceID;
+    if (testTone_->play(device))
+        return true;
     setStatus(toneDeviceMissing);
     return false;
 }

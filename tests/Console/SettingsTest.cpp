@@ -4,7 +4,6 @@
 // button lands where its fix says.
 
 #include "AppModelFixture.h"
-
 #include "Console/ConsoleWindow.h"
 #include "Console/ReadyView.h"
 #include "Console/SettingsWindow.h"
@@ -15,7 +14,6 @@
 #include <QDockWidget>
 #include <QPushButton>
 #include <QTest>
-
 #include <fstream>
 
 namespace velarion::testing {
@@ -27,7 +25,8 @@ protected:
     void open(const Show& show) {
         start();
         model->openShow(savePackage(show, show.title));
-        window = std::make_unique<console::ConsoleWindow>(*model, [this] { return scheduler.now(); }, preferences.get());
+        window = std::make_unique<console::ConsoleWindow>(
+            *model, [this] { return scheduler.now(); }, preferences.get());
         window->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
         settle();
@@ -60,7 +59,8 @@ TEST_F(SettingsTest, ADisplayChosenForAScreenReachesTheOutputManager) {
     EXPECT_TRUE(applied.usesLogicalScreens);
     ASSERT_EQ(applied.screens.size(), 1u);
     EXPECT_EQ(applied.screens[0].destination, ScreenDestination(destination::Display{"HDMI-1"}));
-    EXPECT_EQ(window->settings().screens().connectionBox(0)->currentData().toString(), "display:HDMI-1");
+    EXPECT_EQ(window->settings().screens().connectionBox(0)->currentData().toString(),
+              "display:HDMI-1");
 
     model->undo();
     settle();
@@ -80,8 +80,10 @@ TEST_F(SettingsTest, EachAgentGrantReachesTheModelAndThePreferencesFileAlone) {
     };
     auto& agent = window->settings().agent();
     const std::vector<Case> cases{
-        {"run", agent.runBox(), [&] { return model->agentMayRun(); }, preferenceKeys::agentRun, preferenceKeys::agentEdit},
-        {"edit", agent.editBox(), [&] { return model->agentMayEdit(); }, preferenceKeys::agentEdit, preferenceKeys::agentRun},
+        {"run", agent.runBox(), [&] { return model->agentMayRun(); }, preferenceKeys::agentRun,
+         preferenceKeys::agentEdit},
+        {"edit", agent.editBox(), [&] { return model->agentMayEdit(); }, preferenceKeys::agentEdit,
+         preferenceKeys::agentRun},
     };
     for (const Case& grant : cases) {
         for (bool on : {true, false}) {
@@ -93,6 +95,33 @@ TEST_F(SettingsTest, EachAgentGrantReachesTheModelAndThePreferencesFileAlone) {
             EXPECT_FALSE(stored.value(grant.otherKey)) << grant.grant;
             EXPECT_EQ(grant.box.isChecked(), on) << grant.grant;
         }
+    }
+}
+
+TEST_F(SettingsTest, TheTestTonePlaysOnTheBusDeviceAndHeadphonesNotChosenUseTheHouse) {
+    open(showWithCues("Gala", {"One"}));
+    struct Case {
+        const char* what;
+        AudioSetup audio;
+        AudioBus bus;
+        bool plays;
+    };
+    const std::vector<Case> cases{
+        {"house on the system output", {}, AudioBus::house, true},
+        {"house device gone", {"gone", std::nullopt}, AudioBus::house, false},
+        {"headphones not chosen, house gone", {"gone", std::nullopt}, AudioBus::headphones, false},
+        {"headphones gone, house on the system output",
+         {std::nullopt, "gone"},
+         AudioBus::headphones,
+         false},
+    };
+    for (const Case& tone : cases) {
+        ASSERT_TRUE(model->edit(edit::SetAudio{tone.audio})) << tone.what;
+        model->setStatus("");
+        const std::size_t before = players.soundData.size();
+        EXPECT_EQ(model->playTestTone(tone.bus), tone.plays) << tone.what;
+        EXPECT_EQ(players.soundData.size() > before, tone.plays) << tone.what;
+        EXPECT_EQ(model->status().empty(), tone.plays) << tone.what;
     }
 }
 
@@ -116,7 +145,9 @@ TEST_F(SettingsTest, EachReadyCheckButtonLandsWhereItsFixSays) {
 
     using Tab = console::SettingsWindow::Tab;
     const auto onTab = [&](Tab tab) {
-        return [this, tab] { return window->settings().isVisible() && window->settings().currentTab() == tab; };
+        return [this, tab] {
+            return window->settings().isVisible() && window->settings().currentTab() == tab;
+        };
     };
     struct Case {
         const char* fix;
@@ -127,18 +158,23 @@ TEST_F(SettingsTest, EachReadyCheckButtonLandsWhereItsFixSays) {
         {"open outputs", 3, onTab(Tab::screens)},
         {"open audio", 4, onTab(Tab::sound)},
         {"open MIDI", 6, onTab(Tab::midi)},
-        {"edit cue", 2, [&] {
-             return model->selectedCueID() == walkIn.id && window->page() == console::ConsoleWindow::Page::cues;
+        {"edit cue", 2,
+         [&] {
+             return model->selectedCueID() == walkIn.id &&
+                    window->page() == console::ConsoleWindow::Page::cues;
          }},
-        {"show library", 5, [&] { return window->findChild<QDockWidget*>("library")->isVisible(); }},
-        {"find media", 1, [&] { return model->show()->media(video.id)->fileName != video.fileName; }},
+        {"show library", 5,
+         [&] { return window->findChild<QDockWidget*>("library")->isVisible(); }},
+        {"find media", 1,
+         [&] { return model->show()->media(video.id)->fileName != video.fileName; }},
     };
     for (const Case& item : cases) {
         window->settings().hide();
         window->findChild<QDockWidget*>("library")->hide();
         const auto& items = window->readyView().items();
-        const auto line = std::find_if(items.begin(), items.end(),
-                                       [&](const ReadyItem& each) { return each.fix && each.fix->index() == item.kind; });
+        const auto line = std::find_if(items.begin(), items.end(), [&](const ReadyItem& each) {
+            return each.fix && each.fix->index() == item.kind;
+        });
         ASSERT_NE(line, items.end()) << item.fix;
         QPushButton* button = window->readyView().fixButton(line->id());
         ASSERT_NE(button, nullptr) << item.fix;
@@ -148,7 +184,18 @@ TEST_F(SettingsTest, EachReadyCheckButtonLandsWhereItsFixSays) {
     }
     // The found file no longer shows as missing.
     for (const ReadyItem& line : window->readyView().items())
-        EXPECT_FALSE(line.fix && std::holds_alternative<readyFix::FindMedia>(*line.fix)) << line.title;
+        EXPECT_FALSE(line.fix && std::holds_alternative<readyFix::FindMedia>(*line.fix))
+            << line.title;
+
+    // An output that drops out shows in the open view without asking.
+    OutputHealth dropped;
+    dropped.name = "Side screen";
+    outputs.latest->emitHealth({dropped});
+    window->refreshLive();
+    const auto& items = window->readyView().items();
+    EXPECT_TRUE(std::any_of(items.begin(), items.end(), [](const ReadyItem& line) {
+        return line.title.find("Side screen") != std::string::npos;
+    }));
 }
 
 } // namespace
