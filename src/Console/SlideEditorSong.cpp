@@ -1,5 +1,6 @@
 #include "Console/SlideEditorSong.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
 #include <QHeaderView>
@@ -58,6 +59,8 @@ SlideEditorSong::SlideEditorSong(QWidget* parent) : QWidget(parent) {
     linesPerSlide_ = new QSpinBox(this);
     linesPerSlide_->setRange(Song::minLinesPerSlide, Song::maxLinesPerSlide);
     form->addRow("Lines per slide", linesPerSlide_);
+    credits_ = new QCheckBox("Credits on the first slide", this);
+    form->addRow("", credits_);
     order_ = new QLineEdit(this);
     order_->setPlaceholderText("V1 C V2 C B C");
     form->addRow("Sung order", order_);
@@ -100,6 +103,7 @@ SlideEditorSong::SlideEditorSong(QWidget* parent) : QWidget(parent) {
     };
     connect(look_, &QComboBox::currentIndexChanged, this, settingChanged);
     connect(linesPerSlide_, &QSpinBox::valueChanged, this, settingChanged);
+    connect(credits_, &QCheckBox::toggled, this, settingChanged);
 }
 
 void SlideEditorSong::setSong(const Song& song, bool drawing) {
@@ -108,6 +112,7 @@ void SlideEditorSong::setSong(const Song& song, bool drawing) {
     settingText_ = true;
     if (look_->currentIndex() != int(song.look)) look_->setCurrentIndex(int(song.look));
     if (linesPerSlide_->value() != song.linesPerSlide) linesPerSlide_->setValue(song.linesPerSlide);
+    if (credits_->isChecked() != song.showsCredits) credits_->setChecked(song.showsCredits);
     settingText_ = false;
     // The operator's own layout of the text stays while it means this song.
     const Song reading = Song::parsing(lyrics_->toPlainText().toStdString(), song.look, song.linesPerSlide);
@@ -131,6 +136,7 @@ void SlideEditorSong::setReadOnly(bool readOnly) {
     order_->setReadOnly(readOnly);
     look_->setEnabled(!readOnly);
     linesPerSlide_->setEnabled(!readOnly);
+    credits_->setEnabled(!readOnly);
 }
 
 void SlideEditorSong::lyricsEdited() {
@@ -144,7 +150,7 @@ void SlideEditorSong::lyricsEdited() {
 
 Song SlideEditorSong::songToSend() const {
     Song song = parsed_;
-    song.showsCredits = shown_.showsCredits;
+    song.showsCredits = credits_->isChecked();
     return song;
 }
 

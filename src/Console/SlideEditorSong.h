@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -65,6 +66,7 @@ private:
     QPlainTextEdit* lyrics_ = nullptr;
     QComboBox* look_ = nullptr;
     QSpinBox* linesPerSlide_ = nullptr;
+    QCheckBox* credits_ = nullptr;
     QTreeWidget* sections_ = nullptr;
     QLineEdit* order_ = nullptr;
     QLabel* orderProblem_ = nullptr;

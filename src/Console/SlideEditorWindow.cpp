@@ -12,7 +12,6 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QDoubleSpinBox>
-#include <QFutureWatcher>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -23,7 +22,6 @@
 #include <QSplitter>
 #include <QTimer>
 #include <QVBoxLayout>
-#include <QtConcurrent/QtConcurrent>
 
 #include <algorithm>
 
@@ -36,7 +34,6 @@ QString qt(const std::string& text) { return QString::fromStdString(text); }
 constexpr SlideTemplate templateList[] = {SlideTemplate::title,  SlideTemplate::titleAndText, SlideTemplate::statement,
                                           SlideTemplate::speakerIntro, SlideTemplate::agenda, SlideTemplate::thankYou,
                                           SlideTemplate::quote, SlideTemplate::solid};
-constexpr int pictureWidthPixels = 960;
 
 QLabel* heading(const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);
@@ -121,7 +118,7 @@ SlideEditorWindow::SlideEditorWindow(AppModel& model, const Uuid& itemID, QWidge
     undo->setShortcut(QKeySequence::Undo);
     connect(undo, &QAction::triggered, this, [this] { this->undo(); });
     auto* redo = new QAction(this);
-    redo->setShortcuts({QKeySequence("Ctrl+Shift+Z"), QKeySequence::Redo});
+    redo->setShortcut(QKeySequence("Ctrl+Shift+Z"));
     connect(redo, &QAction::triggered, this, [this] {
         sendTyping();
         model_.redo();
@@ -329,50 +326,6 @@ void SlideEditorWindow::refresh() {
     refreshDeckBackground(*deck);
 }
 
-void SlideEditorWindow::refreshDeckBackground(const MediaItem& deck) {
-    std::vector<Backdrop> backdrops{backdrop::None{}};
-    QStringList words{"Nothing"};
-    for (BuiltInBackdrop loop : {BuiltInBackdrop::drift, BuiltInBackdrop::ember, BuiltInBackdrop::mono,
-                                 BuiltInBackdrop::dawn, BuiltInBackdrop::forest, BuiltInBackdrop::ocean}) {
-        backdrops.push_back(backdrop::BuiltIn{loop});
-        words << qt(std::string(displayName(loop))) + " loop";
-    }
-    for (const MediaItem& media : model_.show()->library)
-        if (media.kind == MediaKind::image || media.kind == MediaKind::video) {
-            backdrops.push_back(backdrop::Media{media.id});
-            words << (media.kind == MediaKind::image ? "Picture: " : "Video: ") + qt(media.name);
-        }
-    filling_ = true;
-    if (backdrops != deckBackdrops_) {
-        deckBackground_->clear();
-        deckBackground_->addItems(words);
-        deckBackdrops_ = backdrops;
-    }
-    const Backdrop current = deck.deck->background.value_or(backdrop::None{});
-    const auto found = std::find(backdrops.begin(), backdrops.end(), current);
-    // A colour behind the deck has no row of its own: it reads as nothing chosen.
-    const int index = found == backdrops.end() ? 0 : int(found - backdrops.begin());
-    if (deckBackground_->currentIndex() != index) deckBackground_->setCurrentIndex(index);
-    // Whatever is drawn while pages are being drawn would be overwritten.
-    deckBackground_->setEnabled(!model_.isLocked() && !model_.isDrawingPages());
-    filling_ = false;
-    const int covering = deck.deck->backgroundCoveringPageCount();
-    covering_->setText(covering == 0 ? QString()
-                                     : (covering == 1 ? QString("1 slide hides it")
-                                                      : QString::number(covering) + " slides hide it"));
-}
-
-void SlideEditorWindow::deckBackgroundChosen(int index) {
-    const auto& show = model_.show();
-    const MediaItem* found = show ? show->media(itemID_) : nullptr;
-    if (!found || !found->deck || index < 0 || index >= int(deckBackdrops_.size())) return;
-    MediaItem changed = *found;
-    const Backdrop& chosen = deckBackdrops_[std::size_t(index)];
-    if (std::holds_alternative<backdrop::None>(chosen)) changed.deck->background.reset();
-    else changed.deck->background = chosen;
-    model_.edit(edit::UpdateMedia{std::move(changed)});
-}
-
 void SlideEditorWindow::refreshSlides(const std::vector<MadeSlide>& slides) {
     filling_ = true;
     if (slides != shownSlides_) {
@@ -382,9 +335,7 @@ void SlideEditorWindow::refreshSlides(const std::vector<MadeSlide>& slides) {
             QListWidgetItem& row = *slides_->item(int(i));
             const QString text = rowText(slides[i], int(i));
             if (row.text() != text) row.setText(text);
-            if (i >= shownSlides_.size() || shownSlides_[i] != slides[i] ||
-                (slides[i].imageID && pictures_.contains(*slides[i].imageID)))
-                row.setIcon(thumbnail(slides[i]));
+            if (i >= shownSlides_.size() || shownSlides_[i] != slides[i]) row.setIcon(thumbnail(slides[i]));
         }
         shownSlides_ = slides;
         std::erase_if(thumbnails_, [&](const auto& entry) { return !indexOf(slides, entry.first); });
@@ -396,10 +347,9 @@ void SlideEditorWindow::refreshSlides(const std::vector<MadeSlide>& slides) {
 }
 
 QIcon SlideEditorWindow::thumbnail(const MadeSlide& slide) {
+    const auto cached = thumbnails_.find(slide.id);
+    if (cached != thumbnails_.end() && cached->second.first == slide) return cached->second.second;
     const QImage background = picture(slide.imageID);
-    auto cached = thumbnails_.find(slide.id);
-    if (cached != thumbnails_.end() && cached->second.first == slide && (background.isNull() || !slide.imageID))
-        return cached->second.second;
     QPixmap pixmap(thumbnailWidth, thumbnailWidth * 9 / 16);
     pixmap.fill(Qt::black);
     QPainter painter(&pixmap);
@@ -432,55 +382,6 @@ void SlideEditorWindow::refreshBoxFields() {
         if (boxAlign_->currentIndex() != int(box->align)) boxAlign_->setCurrentIndex(int(box->align));
     }
     filling_ = false;
-}
-
-void SlideEditorWindow::refreshBackgrounds() {
-    const auto& show = model_.show();
-    std::vector<std::optional<Uuid>> images;
-    QStringList names;
-    for (const MediaItem& media : show->library)
-        if (media.kind == MediaKind::image) {
-            images.push_back(media.id);
-            names << "Picture: " + qt(media.name);
-        }
-    filling_ = true;
-    if (images != backgroundImages_) {
-        while (background_->count() > 2) background_->removeItem(2);
-        background_->addItems(names);
-        backgroundImages_ = images;
-    }
-    int index = 0;
-    if (const MadeSlide* slide = chosenSlide()) {
-        if (slide->isClear.value_or(false)) index = 1;
-        else if (slide->imageID)
-            for (std::size_t i = 0; i < images.size(); ++i)
-                if (images[i] == slide->imageID) index = int(i) + 2;
-    }
-    if (background_->currentIndex() != index) background_->setCurrentIndex(index);
-    filling_ = false;
-}
-
-QImage SlideEditorWindow::picture(const std::optional<Uuid>& imageID) {
-    if (!imageID || !model_.show() || !model_.package()) return {};
-    if (const auto found = pictures_.find(*imageID); found != pictures_.end()) return found->second;
-    if (loading_.insert(*imageID).second) {
-        // Decoding a photograph takes longer than a frame: a worker does it.
-        const Uuid id = *imageID;
-        auto* watcher = new QFutureWatcher<QImage>(this);
-        connect(watcher, &QFutureWatcher<QImage>::finished, this, [this, watcher, id] {
-            pictures_[id] = watcher->result();
-            loading_.erase(id);
-            watcher->deleteLater();
-            shownSlides_.clear(); // the thumbnails showing it are drawn again
-            refresh();
-        });
-        watcher->setFuture(QtConcurrent::run([package = *model_.package(), library = model_.show()->library, id] {
-            const auto image = SlideMaker::libraryPicture(id, package, library);
-            return image ? image->scaledToWidth(std::min(pictureWidthPixels, image->width()), Qt::SmoothTransformation)
-                         : QImage();
-        }));
-    }
-    return {};
 }
 
 void SlideEditorWindow::changeSlide(const std::function<void(MadeSlide&)>& change) {
@@ -572,16 +473,6 @@ void SlideEditorWindow::pasteSlide() {
     model_.selectSlide(itemID_, slide.id);
 }
 
-void SlideEditorWindow::backgroundChosen(int index) {
-    std::optional<Uuid> image;
-    if (index >= 2 && index - 2 < int(backgroundImages_.size())) image = backgroundImages_[std::size_t(index - 2)];
-    changeSlide([&](MadeSlide& slide) {
-        slide.imageID = image;
-        if (index == 1) slide.isClear = true;
-        else if (slide.isClear) slide.isClear = false;
-    });
-}
-
 void SlideEditorWindow::closeEvent(QCloseEvent* event) {
     sendTyping();
     event->accept();
@@ -596,7 +487,8 @@ bool SlideEditorWindow::eventFilter(QObject* watched, QEvent* event) {
             undo();
             return true;
         }
-        if (key->matches(QKeySequence::Redo) || key->keyCombination() == QKeyCombination(Qt::ControlModifier | Qt::ShiftModifier, Qt::Key_Z)) {
+        const QKeyCombination shiftZ(Qt::ControlModifier | Qt::ShiftModifier, Qt::Key_Z);
+        if (key->matches(QKeySequence::Redo) || key->keyCombination() == shiftZ) {
             sendTyping();
             model_.redo();
             return true;

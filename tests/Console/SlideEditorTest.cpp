@@ -210,6 +210,14 @@ TEST_F(SlideEditorTest, ImportedPagesMadeEditableGoBackWithUndoAndTheEditorClose
     EXPECT_EQ(model->status(), "Undone — original imported pages restored; slide editor closed");
     EXPECT_EQ(window->slideEditors().window(talk.id), nullptr);
     EXPECT_NE(window->slideEditors().window(itemID), nullptr);
+
+    // With no deck chosen, a new song is made and its editor opens.
+    model->selectCue(cueNamed("Welcome").id);
+    window->action("Make Slides")->trigger();
+    settle();
+    const MediaItem& song = model->show()->library.back();
+    ASSERT_TRUE(song.song.has_value());
+    EXPECT_NE(window->slideEditors().window(song.id), nullptr);
 }
 
 } // namespace
