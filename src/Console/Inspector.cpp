@@ -10,6 +10,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QSpinBox>
 #include <QTimeEdit>
 #include <QVBoxLayout>
@@ -88,6 +89,15 @@ Inspector::Inspector(AppModel& model, QWidget* parent) : QScrollArea(parent), mo
     column->addWidget(section_);
     column->addStretch(1);
     setWidget(body);
+    // A half-typed text goes in before GO moves the show on.
+    for (QLineEdit* field : body->findChildren<QLineEdit*>()) {
+        if (qobject_cast<QAbstractSpinBox*>(field->parentWidget())) continue;
+        connect(field, &QLineEdit::textEdited, this, [this, field = QPointer<QLineEdit>(field)] {
+            model_.setPendingEdit([field] {
+                if (field) emit field->editingFinished();
+            });
+        });
+    }
     refresh();
 }
 
