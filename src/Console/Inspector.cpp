@@ -6,10 +6,15 @@
 #include "LiveModel/CueLimits.h"
 
 #include <QCheckBox>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QEvent>
+#include <QScrollBar>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QSpinBox>
 #include <QTimeEdit>
 #include <QVBoxLayout>
@@ -88,7 +93,29 @@ Inspector::Inspector(AppModel& model, QWidget* parent) : QScrollArea(parent), mo
     column->addWidget(section_);
     column->addStretch(1);
     setWidget(body);
+    // The wheel scrolls the page unless a field was clicked first, so that
+    // scrolling past a level never changes it.
+    for (QWidget* field : body->findChildren<QWidget*>())
+        if (qobject_cast<QAbstractSpinBox*>(field) || qobject_cast<QComboBox*>(field)) {
+            field->setFocusPolicy(Qt::StrongFocus);
+            field->installEventFilter(this);
+        }
+    // A half-typed text goes in before GO moves the show on.
+    for (QLineEdit* field : body->findChildren<QLineEdit*>()) {
+        if (qobject_cast<QAbstractSpinBox*>(field->parentWidget())) continue;
+        connect(field, &QLineEdit::textEdited, this, [this, field = QPointer<QLineEdit>(field)] {
+            model_.setPendingEdit([field] {
+                if (field) emit field->editingFinished();
+            });
+        });
+    }
     refresh();
+}
+
+bool Inspector::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::Wheel || static_cast<QWidget*>(watched)->hasFocus()) return false;
+    QCoreApplication::sendEvent(verticalScrollBar(), event);
+    return true;
 }
 
 void Inspector::buildSection(QWidget* parent) {
@@ -211,7 +238,7 @@ void Inspector::refresh() {
         loadSection(*section);
     } else if (cue) {
         const std::size_t together = targets(*cue, false).size();
-        title = qt(std::string(cueKind::label(cue->kind)));
+        title = QString("Cue %1 · ").arg(show->number(cue->id).value_or(0)) + qt(std::string(cueKind::label(cue->kind)));
         if (together > 1)
             title += QString(" — %1 selected, changed together").arg(together);
         identity_->load(*show, *cue);

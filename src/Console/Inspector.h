@@ -52,6 +52,9 @@ public:
     QLineEdit& sectionTitle() { return *sectionTitle_; }
     QLabel& heading() { return *heading_; }
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     // The cues a change of the shown cue's fields reaches: the selected cues
     // of its kind, or with `alone` that cue only.

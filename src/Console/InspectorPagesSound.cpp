@@ -122,12 +122,10 @@ InspectorForm* playlistPage(const PageContext& context) {
     return form;
 }
 
-template <class P> NumberFormat wholePercent() { return {0, 100, 0, " %"}; }
-
 template <class P> void percentLevel(InspectorForm& form) {
     form.number(
         "Level", [](const Cue& cue) { return double(payload<P>(cue).level); },
-        [](Cue& cue, double value) { payload<P>(cue).level = int(std::lround(value)); }, wholePercent<P>());
+        [](Cue& cue, double value) { payload<P>(cue).level = int(std::lround(value)); }, {0, 100, 0, " %"});
 }
 
 // The audition: plays the song in its app from its start point, or stops
@@ -161,8 +159,10 @@ void auditionRow(InspectorForm& form, AppModel& model) {
     });
 }
 
-template <class P> InspectorForm* songPage(const QString& heading, const PageContext& context) {
-    auto* form = new InspectorForm(heading, context.commit, context.parent);
+QString kindLabel(CueKindCase kind) { return enumKey(cueKind::label(kind)); }
+
+template <class P> InspectorForm* songPage(CueKindCase kind, const PageContext& context) {
+    auto* form = new InspectorForm(kindLabel(kind), context.commit, context.parent);
     form->text("Title", VELARION_FIELD(P, &StreamTrackCue::title));
     form->text("Artist", VELARION_FIELD(P, &StreamTrackCue::artist));
     form->text("Reference", VELARION_FIELD(P, &StreamTrackCue::reference));
@@ -176,7 +176,7 @@ template <class P> InspectorForm* songPage(const QString& heading, const PageCon
 }
 
 InspectorForm* streamPlaylistPage(const PageContext& context) {
-    auto* form = new InspectorForm("Spotify playlist", context.commit, context.parent);
+    auto* form = new InspectorForm(kindLabel(CueKindCase::spotifyPlaylist), context.commit, context.parent);
     form->text("Title", VELARION_FIELD(StreamPlaylistCue, &StreamPlaylistCue::title));
     form->text("Reference", VELARION_FIELD(StreamPlaylistCue, &StreamPlaylistCue::reference));
     form->toggle("Shuffle", VELARION_FIELD(StreamPlaylistCue, &StreamPlaylistCue::shuffle));
@@ -191,9 +191,9 @@ InspectorForm* soundPage(CueKindCase kind, const PageContext& context) {
     switch (kind) {
     case CueKindCase::audio: return audioPage(context);
     case CueKindCase::playlist: return playlistPage(context);
-    case CueKindCase::spotifyTrack: return songPage<SpotifyTrack>("Spotify song", context);
+    case CueKindCase::spotifyTrack: return songPage<SpotifyTrack>(kind, context);
     case CueKindCase::spotifyPlaylist: return streamPlaylistPage(context);
-    case CueKindCase::musicTrack: return songPage<MusicTrack>("Apple Music song", context);
+    case CueKindCase::musicTrack: return songPage<MusicTrack>(kind, context);
     default: return nullptr;
     }
 }

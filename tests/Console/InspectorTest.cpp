@@ -206,6 +206,16 @@ TEST_F(InspectorTest, CuesSelectedTogetherChangeTogetherInOneUndoStep) {
     EXPECT_EQ(std::get<AudioCue>(cueNamed("Bell again").kind).level, 1);
 }
 
+TEST_F(InspectorTest, AHalfTypedNameGoesInBeforeGo) {
+    select("Speaker");
+    const Uuid speaker = cueNamed("Speaker").id;
+    QLineEdit* name = field<QLineEdit>(inspector().identity(), "Name");
+    name->setFocus();
+    QTest::keyClicks(name, " two");
+    model->perform(command::Go{});
+    EXPECT_EQ(model->show()->cue(speaker)->name, "Speaker two");
+}
+
 TEST_F(InspectorTest, ASongAuditionsInItsAppAndGivesWayToLivePlayback) {
     select("Opener");
     console::InspectorForm& page = pageOf(cueNamed("Opener"));

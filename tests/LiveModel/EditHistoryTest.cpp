@@ -1,6 +1,7 @@
 // Undo and redo at their edges, the step limit and the Show Mode lock; the
 // walk through thousands of random steps is ShowEditFuzzTest's.
 
+#include "LiveModel/CueLimits.h"
 #include "LiveModel/EditHistory.h"
 
 #include "ShowEditFixtures.h"
@@ -72,6 +73,37 @@ TEST(EditHistory, ShowModeRefusesEditsAndHidesUndo) {
 
     history.isLocked = false;
     EXPECT_EQ(history.redo(back), two);
+}
+
+TEST(EditHistory, EditsTogetherMakeOneStepOrNoneWhenOneIsRefused) {
+    EditHistory history(100);
+    const Show start = makeShow({makeSection("One", {makeCue("A"), makeCue("B")})});
+    Cue a = *start.allCues()[0], b = *start.allCues()[1];
+    a.notes = b.notes = "Both";
+    const Show both = history.apply({edit::UpdateCue{a}, edit::UpdateCue{b}}, start);
+    EXPECT_EQ(both.allCues()[1]->notes, "Both");
+    EXPECT_EQ(history.undoStack().size(), 1u);
+
+    Cue gone = makeCue("Gone");
+    EXPECT_THROW(history.apply({edit::UpdateCue{a}, edit::UpdateCue{gone}}, start), ShowEditError);
+    EXPECT_EQ(history.undoStack().size(), 1u);
+}
+
+TEST(CueLimits, TypedValuesLandOnTheirLimits) {
+    const auto limited = [](CueKind kind) { return cueLimits::limited(makeCue("Cue", Follow::manual, true, kind)).kind; };
+    VideoCue video;
+    video.inPoint = -2;
+    video.level = 3;
+    video.fadeOut = -1;
+    EXPECT_EQ(std::get<VideoCue>(limited(video)).inPoint, 0);
+    EXPECT_EQ(std::get<VideoCue>(limited(video)).level, 1);
+    EXPECT_EQ(std::get<VideoCue>(limited(video)).fadeOut, 0);
+    EXPECT_EQ(std::get<PlaylistCue>(limited(PlaylistCue{{}, false, false, 45})).crossfade, 20);
+    SpotifyTrack song;
+    song.level = 140;
+    EXPECT_EQ(std::get<SpotifyTrack>(limited(song)).level, 100);
+    EXPECT_EQ(std::get<SlidesCue>(limited(SlidesCue{{}, -3, 12.0})), (SlidesCue{{}, 0, 10.0}));
+    EXPECT_EQ(std::get<TimerCue>(limited(TimerCue{CountToMode{2000}})).mode, TimerMode{CountToMode{1439}});
 }
 
 } // namespace
