@@ -184,12 +184,6 @@ TEST_F(AppModelLifecycleTest, TheAgentMakesOpensAndSavesShowsInItsOwnWords) {
     EXPECT_THROW(app.agentOpenShow(temp / "missing.velarion"), AgentFailure);
 }
 
-} // namespace
-} // namespace velarion::testing
-
-namespace velarion::testing {
-namespace {
-
 struct NullSink final : SceneSink {
     void sceneChanged(const OutputScene&, const SceneSurfaces&, double) override {}
 };
@@ -204,7 +198,7 @@ TEST_F(AppModelFixture, ScreenToolsReachTheShowsOutputsAndRefusalsReachTheStatus
 
     first.refusal = "Screen tests are unavailable while Safe Slide or Panic is active.";
     app.setTestPattern("a", OutputTestPattern::grid);
-    EXPECT_EQ(app.status(), "Screen tests are unavailable while Safe Slide or Panic is active.");
+    EXPECT_EQ(app.status(), first.refusal);
     app.selectProgramOutput("b");
     EXPECT_EQ(first.programOutputSelection(), std::optional<std::string>("b"));
 

@@ -2,7 +2,6 @@
 
 #include "AppModelFixture.h"
 
-
 #include <fstream>
 #include <sstream>
 

@@ -128,9 +128,3 @@ TEST_F(Pictures, AClearCueStopsItsTargetAndReleasesItsFollower) {
 
 } // namespace
 } // namespace velarion::testing
-
-namespace velarion::testing {
-namespace {
-
-} // namespace
-} // namespace velarion::testing

@@ -7,7 +7,6 @@ namespace {
 
 using Timers = EngineFixture;
 
-
 TEST_F(Timers, ACountdownRunsIntoOverrunAndReleasesItsFollowerOnce) {
     TimerCue countdown{CountdownMode{10}, "Talk", 3, true, true, std::nullopt};
     add("Speaker", countdown);
@@ -125,12 +124,6 @@ TEST_F(Timers, MessagesReachTheirTargetAndExpire) {
     perform(command::SendMessage{"", MessageTarget::stage});
     EXPECT_FALSE(engine->state().stageMessage);
 }
-
-} // namespace
-} // namespace velarion::testing
-
-namespace velarion::testing {
-namespace {
 
 TEST_F(Timers, AFullScreenCountdownBringsItsBackdropAndStandbyPicturesArrive) {
     TimerCue full{CountdownMode{60}, std::nullopt, 0, true, true, std::nullopt};

@@ -1,6 +1,10 @@
-// Trim marks, poster positions, waveform bars and PowerPoint notes: the pure
-// parts of import and inspection.
+// Trim marks, poster positions, waveform bars, PowerPoint notes and the
+// preview player: import and inspection without real media.
 
+#include "FakePlayers.h"
+#include "VirtualScheduler.h"
+
+#include "LiveEngine/MediaPreviewPlayer.h"
 #include "LiveEngine/MediaTrim.h"
 #include "LiveEngine/PowerPointNotes.h"
 
@@ -10,7 +14,7 @@
 #include <limits>
 #include <map>
 
-namespace velarion {
+namespace velarion::testing {
 namespace {
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -71,17 +75,6 @@ TEST(PowerPointNotes, NotesFollowShownSlidesWithoutFieldsOrEntities) {
     EXPECT_EQ(powerPointNotes::notes(read), (std::vector<std::string>{"Thank & welcome\n<pause>", ""}));
     EXPECT_EQ(powerPointNotes::notes([](const std::string&) { return std::nullopt; }), std::nullopt);
 }
-
-} // namespace
-} // namespace velarion
-
-#include "FakePlayers.h"
-#include "VirtualScheduler.h"
-
-#include "LiveEngine/MediaPreviewPlayer.h"
-
-namespace velarion::testing {
-namespace {
 
 TEST(PreviewSeekQueue, TwentySeeksDuringOneRunThatSeekAndTheLastOnly) {
     PreviewSeekQueue queue;
