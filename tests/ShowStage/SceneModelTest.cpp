@@ -8,9 +8,6 @@
 
 #include <algorithm>
 
-
-
-
 namespace velarion {
 namespace {
 

@@ -68,7 +68,7 @@ protected:
     }
 
     // A stand-in player; answers once it owns its name.
-    std::unique_ptr<ChildProcess> standIn(const std::vector<std::string>& arguments) {
+    static std::unique_ptr<ChildProcess> standIn(const std::vector<std::string>& arguments) {
         auto player = std::make_unique<ChildProcess>(VELARION_MPRIS_STANDIN, arguments);
         EXPECT_EQ(player->readLine(10), "ready");
         return player;
@@ -77,9 +77,7 @@ protected:
         std::vector<std::string> arguments = {"--name", "spotify", "--identity", "Spotify", "--app-name", "Spotify",
                                               "--ignores-volume"};
         arguments.insert(arguments.end(), more.begin(), more.end());
-        auto player = std::make_unique<ChildProcess>(VELARION_MPRIS_STANDIN, arguments);
-        EXPECT_EQ(player->readLine(10), "ready");
-        return player;
+        return standIn(arguments);
     }
 
     static inline PrivateSoundServer* sound = nullptr;

@@ -2,7 +2,6 @@
 
 #include "Platform/Pictures/Canvas.h"
 
-
 #include <gtest/gtest.h>
 
 namespace velarion {
