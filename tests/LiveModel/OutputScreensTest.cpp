@@ -3,6 +3,7 @@
 
 #include "LiveModel/OutputSetup.h"
 
+#include "LiveModel/ScreenPreset.h"
 #include "ShowBuilder.h"
 
 #include <gtest/gtest.h>
@@ -192,6 +193,25 @@ TEST(NetworkFeedFormat, PictureSizeAndRateLimits) {
     NetworkFeed ntsc = feed("Stream");
     ntsc.frameRate = {30000, 1001};
     EXPECT_EQ(ntsc.framesPerSecond(), 30);
+}
+
+// Screen presets: which layer sets they stand for, and the words that
+// describe a preset or a custom set.
+using L = LayerKind;
+
+TEST(ScreenPreset, RecognisesEachPresetWhateverTheOrder) {
+    EXPECT_EQ(screenPreset::fromLayers(
+                  {L::messages, L::holding, L::graphics, L::slides, L::media, L::background}),
+              ScreenPreset::everything);
+    EXPECT_EQ(screenPreset::fromLayers({L::messages, L::graphics, L::messages}),
+              ScreenPreset::overlay);
+    for (std::size_t i = 0; i < enumCount<ScreenPreset>(); ++i) {
+        const auto preset = static_cast<ScreenPreset>(i);
+        EXPECT_EQ(screenPreset::fromLayers(screenPreset::layers(preset)), preset);
+    }
+    EXPECT_EQ(screenPreset::fromLayers({L::slides}), std::nullopt);
+    EXPECT_EQ(screenPreset::fromLayers({L::background, L::media, L::slides}), std::nullopt);
+    EXPECT_EQ(screenPreset::fromLayers({}), std::nullopt);
 }
 
 } // namespace
