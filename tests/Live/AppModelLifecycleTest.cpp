@@ -3,11 +3,19 @@
 
 #include "AppModelFixture.h"
 
+#include "Live/AgentControl.h"
+#include "Live/AppModelAgentHost.h"
 #include "LiveAgentKit/AgentFailure.h"
+#include "LiveAgentKit/AgentSocketClient.h"
+#include "LiveAgentKit/AgentSocketPath.h"
 #include "LiveModel/ShowEdit.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
 #include <fstream>
+#include <future>
+#include <thread>
 
 namespace velarion::testing {
 namespace {
@@ -213,6 +221,116 @@ TEST_F(AppModelFixture, ScreenToolsReachTheShowsOutputsAndRefusalsReachTheStatus
 
     app.newShow(ShowTemplate::blank, "Next"); // the mirror follows the next show's outputs
     EXPECT_EQ(outputs.latest->mirrors.size(), 1u);
+}
+
+// The application's import: copies on the import thread, items and cues on
+// the main loop, one alert for the files that didn't make it.
+using AppModelImportTest = AppModelFixture;
+
+// Turns the main loop until the import has come back.
+void waitForImport(AppModel& model, VirtualScheduler& scheduler) {
+    for (int turn = 0; turn < 2000 && model.isImporting(); ++turn) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        scheduler.runDue();
+    }
+    ASSERT_FALSE(model.isImporting());
+}
+
+TEST_F(AppModelImportTest, FilesBecomeItemsAndCuesAtTheDropPointAsOneStep) {
+    AppModel& app = start();
+    app.openShow(savePackage(showWithCues("Gala", {"Welcome", "Close"}), "Gala"));
+    for (const char* name : {"Walk in.mp3", "Opener.mov", "readme.txt"}) std::ofstream(home / name) << name;
+    const Uuid before = cueNamed("Close").id;
+    const std::size_t undoSteps = app.history().undoStack().size();
+
+    app.importFiles({home / "Walk in.mp3", home / "Opener.mov", home / "readme.txt"}, true,
+                    CueInsertionPoint{app.show()->sections[0].id, before});
+    EXPECT_EQ(app.status(), "Importing 3 files");
+    const std::optional<Uuid> running = app.importRequestID();
+    app.importFiles({home / "Opener.mov"}, false); // one import at a time
+    EXPECT_EQ(app.importRequestID(), running);
+    waitForImport(app, scheduler);
+
+    std::vector<std::string> names;
+    for (const Cue& cue : app.show()->sections[0].cues) names.push_back(cue.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"Welcome", "Walk in", "Opener", "Close"}));
+    EXPECT_EQ(app.show()->library.size(), 2u);
+    EXPECT_EQ(app.history().undoStack().size(), undoSteps + 3); // two items, one block of cues
+    EXPECT_EQ(app.selectedCueID(), cueNamed("Opener").id);
+    EXPECT_EQ(app.status(), "1 file(s) couldn't be imported");
+    ASSERT_TRUE(app.importAlert());
+    EXPECT_EQ(app.importAlert()->title, "Some files couldn't be imported");
+    EXPECT_EQ(app.importAlert()->text, "readme.txt: readme.txt isn't a file Velarion can play.");
+}
+
+TEST_F(AppModelImportTest, AnImportFinishingAfterAnotherShowOpenedAddsNothing) {
+    AppModel& app = start();
+    app.openShow(savePackage(showWithCues("First", {"A"}), "First"));
+    std::ofstream(home / "Clip.mov") << "clip";
+    app.importFiles({home / "Clip.mov"}, true);
+    app.openShow(savePackage(showWithCues("Second", {"B"}), "Second"));
+    for (int turn = 0; turn < 200; ++turn) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        scheduler.runDue();
+    }
+    EXPECT_TRUE(app.show()->library.empty());
+    EXPECT_FALSE(app.isImporting());
+    EXPECT_FALSE(app.importProgress());
+}
+
+// Agent control as the application wires it, over the real socket: a song
+// still drawing when the show closes is answered in words; one still drawing
+// when agent control stops (as at quit) goes in once drawn, its answer
+// going nowhere, and nothing it left behind touches the stopped service.
+class AgentControlTest : public AppModelFixture {
+protected:
+    AgentControlTest() { setenv(agentSocketPath::environmentVariable, (home / "agent.sock").c_str(), 1); }
+    ~AgentControlTest() override { unsetenv(agentSocketPath::environmentVariable); }
+
+    // Runs the main loop until `ready` says so, for at most five seconds.
+    template <class Ready> bool pumpUntil(Ready ready) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        while (!ready()) {
+            if (std::chrono::steady_clock::now() > deadline) return false;
+            scheduler.runDue();
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        return true;
+    }
+    std::future<AgentResponse> addSong() {
+        return std::async(std::launch::async, [path = (home / "agent.sock").string()] {
+            AgentSocketClient client(path);
+            return client.call("add_song", JSONValue::Object{{"lyrics", "Title: Dawn\n[Verse]\nLight"}}, 5);
+        });
+    }
+};
+
+TEST_F(AgentControlTest, ASongStillDrawingWhenTheShowClosesIsAnsweredInWords) {
+    AppModel& app = start();
+    app.newShow(ShowTemplate::blank, "Service");
+    app.setAgentMayEdit(true);
+    slidePages.holdsDraws = true;
+    auto host = std::make_shared<AppModelAgentHost>(app, nullptr);
+    AgentControl control(app, scheduler, host);
+    control.start();
+
+    auto answer = addSong();
+    ASSERT_TRUE(pumpUntil([&] { return !slidePages.heldDraws.empty(); }));
+    app.close();
+    ASSERT_TRUE(pumpUntil([&] { return answer.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+    EXPECT_EQ(answer.get().error,
+              "Couldn't make the song's slides: The show was closed before the slides' pictures were drawn.");
+
+    slidePages.finishDraws(); // the abandoned one: nothing
+    app.newShow(ShowTemplate::blank, "Evening");
+    auto unanswered = addSong();
+    ASSERT_TRUE(pumpUntil([&] { return !slidePages.heldDraws.empty(); }));
+    control.stop();
+    EXPECT_THROW(unanswered.get(), std::exception) << "the connection closed with the server";
+    slidePages.finishDraws();
+    scheduler.runDue();
+    ASSERT_EQ(app.show()->library.size(), 1u) << "the tool's effect stands";
+    EXPECT_EQ(app.show()->library[0].name, "Dawn");
 }
 
 } // namespace

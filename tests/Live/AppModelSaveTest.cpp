@@ -3,9 +3,16 @@
 #include "AppModelFixture.h"
 #include "ChildProcess.h"
 
+#include "Live/OperatorText.h"
+#include "Live/ThreadShowWriter.h"
 #include "LiveModel/ShowEdit.h"
+#include "ShowBuilder.h"
+#include "TempFolder.h"
+#include "VirtualScheduler.h"
 
 #include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
 
 namespace velarion::testing {
 namespace {
@@ -186,6 +193,194 @@ TEST_F(AppModelSaveTest, AFullDiskKeepsTheOldShowAndTheOldSettings) {
     EXPECT_FALSE(reread.wasDamaged());
     EXPECT_TRUE(reread.value(preferenceKeys::agentEdit));
     EXPECT_FALSE(reread.value(preferenceKeys::agentRun));
+}
+
+// One show package, one Velarion process: a second process is refused with a
+// sentence and can't replace the package under the first; a crash leaves no
+// lock behind. Each second process is a real forked one, which ends without
+// closing its show.
+using AppModelPackageLockTest = AppModelFixture;
+const std::string inUse = "This show is open in another Velarion window.";
+
+TEST_F(AppModelPackageLockTest, ASecondProcessIsRefusedUntilTheFirstCloses) {
+    const auto gala = savePackage(showWithCues("Gala", {"Welcome"}), "Gala");
+    const auto other = savePackage(showWithCues("Other", {"Hello"}), "Other");
+    AppModel& app = start();
+    app.openShow(gala);
+
+    const auto openInChild = [&](const std::filesystem::path& location) {
+        return runInForkedChild([&] {
+            AppModel& second = start();
+            try {
+                second.openShow(location);
+            } catch (const std::exception& error) {
+                return std::string(error.what());
+            }
+            return second.show()->title;
+        });
+    };
+    EXPECT_EQ(openInChild(gala), inUse);
+    // Nor may it replace the open package by saving another show over it.
+    EXPECT_EQ(runInForkedChild([&] {
+                  AppModel& second = start();
+                  second.openShow(other);
+                  second.saveAsFromPanel(gala);
+                  return second.status();
+              }),
+              "Couldn't save: " + inUse);
+    EXPECT_EQ(ShowPackage(gala).open().title, "Gala");
+
+    app.openShow(other);
+    EXPECT_EQ(openInChild(gala), "Gala") << "opening another show lets the first go";
+    EXPECT_EQ(openInChild(other), inUse);
+    app.close();
+    EXPECT_EQ(openInChild(other), "Other");
+    // That child ended with the show still open, as a crash would: no lock is left.
+    app.openShow(other);
+    EXPECT_EQ(app.show()->title, "Other");
+}
+
+// The background show writer: order, coalescing, failures and shutdown,
+// on a real thread with results collected through a virtual main loop.
+namespace fs = std::filesystem;
+
+Show showTitled(const std::string& title) {
+    Show show;
+    show.id = Uuid::random();
+    show.title = title;
+    return show;
+}
+
+TEST(ThreadShowWriterTest, WritesLandInOrderAndAQueuedSnapshotGivesWayToANewerOne) {
+    TempFolder temp;
+    VirtualScheduler scheduler;
+    const ShowPackage package = ShowPackage::create(temp / "A.velarion", showTitled("start"));
+    const ShowPackage other = ShowPackage::create(temp / "B.velarion", showTitled("other"));
+    std::vector<std::string> results;
+    {
+        ThreadShowWriter writer(scheduler);
+        for (int i = 1; i <= 50; ++i) {
+            const std::string title = "take " + std::to_string(i);
+            writer.write(package, showTitled(title), [&results, title](const std::optional<std::string>& error) {
+                results.push_back(error ? "failed" : title);
+            });
+        }
+        writer.write(other, showTitled("other 2"), {});
+        writer.waitUntilIdle();
+        EXPECT_TRUE(results.empty()) << "results wait for the main loop";
+        scheduler.runDue();
+        EXPECT_EQ(package.open().title, "take 50");
+        EXPECT_EQ(other.open().title, "other 2");
+        ASSERT_FALSE(results.empty());
+        EXPECT_EQ(results.back(), "take 50");
+        EXPECT_TRUE(std::is_sorted(results.begin(), results.end(), [](const auto& a, const auto& b) {
+            return std::stoi(a.substr(5)) < std::stoi(b.substr(5));
+        })) << "an earlier snapshot never lands after a later one";
+
+        // Queued writes are finished by the destructor, not dropped.
+        writer.write(package, showTitled("at the end"), {});
+    }
+    EXPECT_EQ(package.open().title, "at the end");
+}
+
+// Edits copy what a queued or half-written snapshot still shares, decided by
+// reference counts the writer thread drops: run under ThreadSanitizer too.
+TEST(ThreadShowWriterTest, EditsWhileSnapshotsAreWrittenLeaveEachSnapshotAsItWas) {
+    TempFolder temp;
+    VirtualScheduler scheduler;
+    Show show = makeShow("edited", {makeSection("Main", {})});
+    ShowBuilder(show).add("Welcome", MessageCue{"Hello"});
+    const ShowPackage package = ShowPackage::create(temp / "A.velarion", show);
+    {
+        ThreadShowWriter writer(scheduler);
+        for (int i = 1; i <= 200; ++i) {
+            show.sections.edit(0).cues.edit(0).name = "take " + std::to_string(i);
+            writer.write(package, show, {});
+        }
+    }
+    EXPECT_EQ(package.open().sections[0].cues[0].name, "take 200");
+}
+
+TEST(ThreadShowWriterTest, AFailedWriteReportsTheSystemsWordsAndLeavesTheOldDocument) {
+    TempFolder temp;
+    VirtualScheduler scheduler;
+    const ShowPackage package = ShowPackage::create(temp / "A.velarion", showTitled("kept"));
+    fs::remove(package.url() / "show.json");
+    fs::create_directories(package.url() / "show.json" / "in the way");
+
+    ThreadShowWriter writer(scheduler);
+    std::optional<std::string> reported;
+    writer.write(package, showTitled("lost"), [&](const std::optional<std::string>& error) { reported = error; });
+    writer.waitUntilIdle();
+    scheduler.runDue();
+    ASSERT_TRUE(reported);
+    EXPECT_EQ(*reported, std::make_error_code(std::errc::is_a_directory).message());
+    EXPECT_TRUE(fs::is_directory(package.url() / "show.json" / "in the way"));
+}
+
+TEST(OperatorTextTest, SizesReadAsAFileManagerShowsThem) {
+    EXPECT_EQ(fileByteCountText(0), "Zero KB");
+    EXPECT_EQ(fileByteCountText(1), "1 byte");
+    EXPECT_EQ(fileByteCountText(1500), "2 KB");
+    EXPECT_EQ(fileByteCountText(999'600), "1.0 MB");
+    EXPECT_EQ(fileByteCountText(1'250'000'000), "1.25 GB");
+}
+
+// The preferences file: types, defaults, damage and atomic writes.
+namespace fs = std::filesystem;
+
+class PreferencesTest : public AppModelFixture {
+protected:
+    void writeFile(const std::string& text) {
+        fs::create_directories(preferencesFile().parent_path());
+        std::ofstream(preferencesFile()) << text;
+    }
+    std::string fileText() const {
+        std::ifstream in(preferencesFile());
+        std::stringstream text;
+        text << in.rdbuf();
+        return text.str();
+    }
+};
+
+TEST_F(PreferencesTest, ADamagedFileReadsAsDefaultsAndStaysUntilAKeyIsSet) {
+    const std::string damaged = R"({"live.agent.run": true, )";
+    writeFile(damaged);
+    {
+        Preferences preferences(preferencesFile());
+        EXPECT_TRUE(preferences.wasDamaged());
+        EXPECT_FALSE(preferences.value(preferenceKeys::agentRun));
+        EXPECT_TRUE(preferences.remove(preferenceKeys::openShow.name));
+    }
+    EXPECT_EQ(fileText(), damaged) << "reading and removing an absent key leave it alone";
+
+    AppModel& app = start(); // reads it; writes nothing
+    EXPECT_FALSE(app.agentMayRun());
+    EXPECT_EQ(fileText(), damaged);
+    app.setAgentMayRun(true);
+    EXPECT_EQ(nlohmann::json::parse(fileText()), (nlohmann::json{{"live.agent.run", true}}));
+
+    fs::remove(preferencesFile());
+    EXPECT_FALSE(Preferences(preferencesFile()).wasDamaged()) << "a missing file is no damage";
+}
+
+TEST_F(PreferencesTest, WritesReplaceTheWholeFileAtomicallyAndAFailedOneKeepsTheValue) {
+    Preferences preferences(preferencesFile());
+    ASSERT_TRUE(preferences.set(preferenceKeys::recents, {"/shows/A.velarion"}));
+    ASSERT_TRUE(preferences.set(preferenceKeys::railOrder, "timer,program,preview"));
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::directory_iterator(preferencesFile().parent_path()))
+        files.push_back(entry.path());
+    EXPECT_EQ(files, std::vector<fs::path>{preferencesFile()}) << "no temporary file left behind";
+    EXPECT_EQ(Preferences(preferencesFile()).value(preferenceKeys::railOrder), "timer,program,preview");
+
+    // A folder where the file should be: the rename can't replace it.
+    Preferences blocked(temp / "blocked" / "preferences.json");
+    fs::create_directories(temp / "blocked" / "preferences.json" / "inside");
+    EXPECT_FALSE(blocked.set(preferenceKeys::agentRun, true));
+    EXPECT_FALSE(blocked.lastWriteError().empty());
+    EXPECT_TRUE(blocked.value(preferenceKeys::agentRun)) << "this run goes on with the value";
+    EXPECT_TRUE(fs::is_directory(temp / "blocked" / "preferences.json" / "inside"));
 }
 
 } // namespace
