@@ -19,7 +19,6 @@
 #include "Platform/Music/MusicLibrary.h"
 #include "Platform/Music/QtWebRequests.h"
 
-#include <QCoreApplication>
 #include <QEventLoop>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -299,9 +298,3 @@ TEST_F(MusicApps, OEmbedNamesComeFromALocalServer) {
 
 } // namespace
 } // namespace velarion::testing
-
-int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}
