@@ -189,7 +189,6 @@ TEST(JSONValueParse, DepthIsLimited) {
 
 // Requests and responses on the wire: their JSON form, the reply a bad line
 // gets, line framing, and the words of the socket's errors.
-using Object = JSONValue::Object;
 
 const AgentResponse invalidReply{0, false, std::nullopt, "That request wasn't valid JSON."};
 

@@ -197,7 +197,6 @@ TEST(NetworkFeedFormat, PictureSizeAndRateLimits) {
 
 // Screen presets: which layer sets they stand for, and the words that
 // describe a preset or a custom set.
-using L = LayerKind;
 
 TEST(ScreenPreset, RecognisesEachPresetWhateverTheOrder) {
     EXPECT_EQ(screenPreset::fromLayers(

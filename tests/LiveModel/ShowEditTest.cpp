@@ -310,8 +310,7 @@ TEST(ShowEditGroups, EditsThatWouldBreakAGroupAreRefused) {
 }
 
 // Undo and redo at their edges, the step limit and the Show Mode lock; the
-// walk through thousands of random steps is ShowEditFuzzTest's.
-using namespace editTesting;
+// walk through thousands of random steps follows.
 
 edit::SetTitle titled(int step) {
     return {"Step " + std::to_string(step), ""};
@@ -565,7 +564,6 @@ TEST(ShowEditFuzz, RandomEditsKeepEveryRuleAndUndoExactly) {
 
 // Where new and moved cues land, so that no moment is ever cut in two, and the
 // operator's range selection.
-using namespace editTesting;
 
 constexpr Follow with = Follow::withPrevious;
 

@@ -170,7 +170,6 @@ TEST(SongParsing, TextParsesBackToTheSameSong) {
 
 // Redrawing a song deck after its lyrics changed: untouched slides follow the
 // song, hand edits survive, slides the operator added keep their place.
-using namespace songTesting;
 
 constexpr int gold = 0xFFD700;
 
