@@ -148,7 +148,6 @@ TEST(DeckImport, APowerPointDeckLeavesItsHiddenSlideOutOfPagesAndNotes) {
 
 // Inspection of generated media of each kind, posters and thumbnails, and a
 // waveform against a tone of known level.
-namespace fs = std::filesystem;
 
 // One second of 320×180 at 30 fps, with or without a tone.
 void writeVideo(const fs::path& path, bool withSound) {

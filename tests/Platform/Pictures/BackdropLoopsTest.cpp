@@ -142,8 +142,6 @@ TEST(BackdropLoopsTest, BadRequestsFailWithASentenceAndWriteNothing) {
     EXPECT_EQ(filesIn(folder.path()), std::vector<fs::path>{"blocked"});
 }
 
-namespace fs = std::filesystem;
-using testing::TempFolder;
 using testing::VirtualScheduler;
 using Answer = std::optional<fs::path>;
 

@@ -108,8 +108,6 @@ TEST(Canvas, StillsAndQtImagesShareOnePixelLayout) {
     EXPECT_EQ(back.pixel(2, 1), picture.pixel(2, 1));
 }
 
-using testing::matchesGolden;
-
 // 2025-03-14 19:05:09 in a zone five hours behind UTC.
 constexpr double eveningSeconds = 1741997109;
 const FixedOffsetCalendar newYork(-5 * 3600);
