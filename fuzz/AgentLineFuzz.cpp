@@ -8,14 +8,11 @@
 // line that decodes must encode to exactly one line that decodes the same,
 // and one that doesn't must get the one answer the server gives.
 
+#include "FuzzCheck.h"
 #include "LiveAgentKit/AgentLine.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -40,13 +37,12 @@ void checkAsRequest(std::string_view line) {
     const std::variant<AgentRequest, AgentResponse> decoded = agentLine::decodeRequest(line);
     if (const auto* request = std::get_if<AgentRequest>(&decoded)) {
         const auto again = agentLine::decodeRequest(singleLine(agentLine::encode(*request)));
-        if (!std::holds_alternative<AgentRequest>(again) || std::get<AgentRequest>(again) != *request)
-            std::abort();
+        require(std::holds_alternative<AgentRequest>(again) &&
+                std::get<AgentRequest>(again) == *request);
         return;
     }
     const AgentResponse& answer = std::get<AgentResponse>(decoded);
-    if (answer != AgentResponse::failure(0, std::string(agentLine::invalidRequestError)))
-        std::abort();
+    require(answer == AgentResponse::failure(0, std::string(agentLine::invalidRequestError)));
 }
 
 void checkAsResponse(std::string_view line) {
@@ -56,25 +52,22 @@ void checkAsResponse(std::string_view line) {
     } catch (const AgentDecodeError&) {
         return;
     }
-    if (agentLine::decodeResponse(singleLine(agentLine::encode(response))) != response)
-        std::abort();
+    require(agentLine::decodeResponse(singleLine(agentLine::encode(response))) == response);
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    const std::string_view bytes = textOf(data, size);
 
     std::string whole(bytes);
     std::vector<std::string> lines;
     takeLines(whole, lines);
-    if (whole.find(agentLine::terminator) != std::string::npos)
-        std::abort();
+    require(whole.find(agentLine::terminator) == std::string::npos);
     std::string rebuilt;
     for (const std::string& line : lines)
         rebuilt += line + agentLine::terminator;
-    if (rebuilt + whole != bytes)
-        std::abort();
+    require(rebuilt + whole == bytes);
 
     // The same bytes in two reads, split where the first byte says.
     const std::size_t split = size == 0 ? 0 : data[0] % (size + 1);
@@ -83,8 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     takeLines(buffer, inTwoReads);
     buffer.append(bytes.substr(split));
     takeLines(buffer, inTwoReads);
-    if (inTwoReads != lines || buffer != whole)
-        std::abort();
+    require(inTwoReads == lines && buffer == whole);
 
     for (const std::string& line : lines) {
         if (line.empty())

@@ -5,25 +5,22 @@
 // What the reader accepts must be writable, compact and indented, and must
 // read back as the same value: the wire relies on a value surviving the trip.
 
+#include "FuzzCheck.h"
 #include "LiveAgentKit/JSONValue.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <optional>
-#include <string_view>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const std::string_view text = textOf(data, size);
     const std::optional<velarion::JSONValue> value = velarion::JSONValue::parse(text);
     if (!value) return 0;
 
     // Parsed numbers are finite and parsed strings UTF-8, so this always works.
     const std::optional<std::string> compact = value->encoded();
-    if (!compact) std::abort();
+    require(compact.has_value());
     // Line framing depends on it.
-    if (compact->find('\n') != std::string::npos) std::abort();
-    if (velarion::JSONValue::parse(*compact) != value) std::abort();
-    if (velarion::JSONValue::parse(value->prettyText()) != value) std::abort();
+    require(compact->find('\n') == std::string::npos);
+    require(velarion::JSONValue::parse(*compact) == value);
+    require(velarion::JSONValue::parse(value->prettyText()) == value);
     return 0;
 }

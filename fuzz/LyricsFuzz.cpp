@@ -6,26 +6,18 @@
 // The look and lines per slide come from the input's length, so the kept
 // seeds stay plain lyric files.
 
+#include "FuzzCheck.h"
 #include "LiveModel/AsciiCase.h"
 #include "LiveModel/Song.h"
 #include "LiveModel/SongRedraw.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace {
 
 using namespace velarion;
-
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
 
 // What is sung, without ids: parsing a song's text may number or merge
 // sections differently only where their names match in any case and their
@@ -49,7 +41,7 @@ std::size_t expectedSlideCount(const Song& song) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const std::string_view text = textOf(data, size);
     const auto look = static_cast<LyricLook>(size % 3);
     const int linesPerSlide = static_cast<int>(size / 3 % 11) - 1; // -1 ... 9, to be limited
 

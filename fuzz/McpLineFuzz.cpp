@@ -6,16 +6,13 @@
 // What the bridge writes must be one line of JSON-RPC 2.0 the host can read,
 // and only arguments that pass the check may reach the application.
 
+#include "FuzzCheck.h"
 #include "LiveAgentKit/AgentArguments.h"
 #include "LiveAgentKit/AgentTools.h"
 #include "LiveAgentKit/MCPServer.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace {
 
@@ -26,8 +23,7 @@ using velarion::JSONValue;
 // so that both kinds of tool result come out of the same input.
 AgentResponse answer(const std::string& toolName, const JSONValue& arguments) {
     const velarion::AgentTool* tool = velarion::agentTools::tool(toolName);
-    if (tool == nullptr)
-        std::abort();
+    require(tool != nullptr);
     try {
         velarion::agentArguments::validate(arguments, *tool);
     } catch (const velarion::InvalidArguments&) {
@@ -45,7 +41,7 @@ const velarion::MCPServer server(answer);
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view line(reinterpret_cast<const char*>(data), size);
+    const std::string_view line = textOf(data, size);
     const std::optional<std::string> reply = server.handle(line);
 
     // Everything is answered but a notification: a readable message with a
@@ -55,21 +51,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const JSONValue* id = request ? (*request)["id"] : nullptr;
     const bool expectsReply =
         !request || method == nullptr || !method->stringValue() || (id != nullptr && !id->isNull());
-    if (expectsReply != reply.has_value())
-        std::abort();
+    require(expectsReply == reply.has_value());
     if (!reply)
         return 0;
 
-    if (reply->find('\n') != std::string::npos)
-        std::abort();
+    require(reply->find('\n') == std::string::npos);
     const std::optional<JSONValue> written = JSONValue::parse(*reply);
-    if (!written || !written->objectValue())
-        std::abort();
-    if ((*written)["jsonrpc"] == nullptr || *(*written)["jsonrpc"] != JSONValue("2.0"))
-        std::abort();
-    if ((*written)["id"] == nullptr)
-        std::abort();
-    if (((*written)["result"] == nullptr) == ((*written)["error"] == nullptr))
-        std::abort();
+    require(written && written->objectValue());
+    require((*written)["jsonrpc"] != nullptr && *(*written)["jsonrpc"] == JSONValue("2.0"));
+    require((*written)["id"] != nullptr);
+    require(((*written)["result"] == nullptr) != ((*written)["error"] == nullptr));
     return 0;
 }

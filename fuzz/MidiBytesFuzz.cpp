@@ -2,20 +2,14 @@
 // them over. Every message it answers must be one a matcher can take as it
 // stands, and real-time bytes may fall anywhere without changing anything.
 
+#include "FuzzCheck.h"
 #include "LiveModel/MIDIControl.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <algorithm>
-#include <cstdlib>
 #include <variant>
 #include <vector>
 
 namespace {
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
 
 bool inRange(int value, int low, int high) { return value >= low && value <= high; }
 

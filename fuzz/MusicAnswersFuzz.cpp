@@ -2,26 +2,15 @@
 // read with: the status text of either app, a pasted link, an oEmbed body.
 // They answer none rather than fail; what they answer must hold as it is.
 
+#include "FuzzCheck.h"
 #include "Live/SpotifyMetadata.h"
 #include "LiveEngine/StreamRemote.h"
 
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
-
-namespace {
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace velarion;
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const std::string_view text = textOf(data, size);
     for (StreamApp app : {StreamApp::spotify, StreamApp::music}) {
         if (auto status = StreamRemote::parseStatus(app, text)) {
             require(std::isfinite(status->position) && status->position >= 0);

@@ -4,19 +4,16 @@
 // text. A crash, a sanitizer report, a hang or more notes than slides is a
 // bug; refusing to read (no notes) is fine.
 
+#include "FuzzCheck.h"
 #include "LiveEngine/PowerPointNotes.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace velarion;
-    const std::string_view input(reinterpret_cast<const char*>(data), size);
+    const std::string_view input = textOf(data, size);
     std::vector<std::string> pieces;
     for (std::size_t start = 0;;) {
         const std::size_t end = input.find('\0', start);
@@ -34,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (found == parts.end()) return std::nullopt;
         return found->second;
     });
-    if (notes && notes->size() > pieces[0].size()) std::abort();
+    require(!notes || notes->size() <= pieces[0].size());
     (void)powerPointNotes::noteText(input);
     return 0;
 }

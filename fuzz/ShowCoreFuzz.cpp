@@ -7,17 +7,14 @@
 // same findings twice, agree with validateForPersistence, be writable, and
 // read back as the same graph.
 
+#include "FuzzCheck.h"
 #include "ShowCore/ShowDocumentJson.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace velarion::showcore;
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const std::string_view text = textOf(data, size);
     ShowDocument document;
     try {
         document = readShowDocument(text);
@@ -25,12 +22,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     const auto findings = validationFindings(document);
-    if (!(validationFindings(document) == findings)) std::abort();
+    require(validationFindings(document) == findings);
     try {
         document.validateForPersistence();
-        if (!findings.empty()) std::abort();
+        require(findings.empty());
     } catch (const ShowValidationError& error) {
-        if (findings.empty() || !(error == findings.front())) std::abort();
+        require(!findings.empty() && error == findings.front());
     }
     std::string encoded;
     try {
@@ -38,6 +35,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const ShowJsonError&) {
         std::abort(); // the reader takes only finite numbers and valid text
     }
-    if (!(readShowDocument(encoded) == document)) std::abort();
+    require(readShowDocument(encoded) == document);
     return 0;
 }

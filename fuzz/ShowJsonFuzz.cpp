@@ -5,16 +5,13 @@
 // Decoded shows are encoded again: whatever the decoder accepts must be
 // writable, and must read back as the same show.
 
+#include "FuzzCheck.h"
 #include "LiveModel/ShowJson.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const std::string_view text = textOf(data, size);
     velarion::Show show;
     try {
         // With a version check, so that the header is read on its own first.
@@ -29,6 +26,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         // Decoding only accepts finite numbers, so this can't be reached.
         std::abort();
     }
-    if (!(velarion::decodeShow(encoded) == show)) std::abort();
+    require(velarion::decodeShow(encoded) == show);
     return 0;
 }

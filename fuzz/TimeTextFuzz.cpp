@@ -3,25 +3,14 @@
 // answer must be usable as it stands: a finite length, a real minute of the
 // day that reads back through the clock form.
 
+#include "FuzzCheck.h"
 #include "LiveModel/TimeText.h"
 
 #include <cmath>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
-
-namespace {
-
-void require(bool condition) {
-    if (!condition) std::abort();
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace velarion;
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const std::string_view text = textOf(data, size);
     if (auto seconds = TimeText::seconds(text)) require(std::isfinite(*seconds));
     if (auto minute = TimeText::minuteOfDay(text)) {
         require(*minute >= 0 && *minute < 24 * 60);

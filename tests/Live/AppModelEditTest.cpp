@@ -3,7 +3,11 @@
 
 #include "AppModelFixture.h"
 
+#include "Live/MIDISettingsJson.h"
+#include "Live/ports/ManualMIDIInput.h"
 #include "LiveModel/ShowEdit.h"
+
+#include <fstream>
 
 namespace velarion::testing {
 namespace {
@@ -131,6 +135,101 @@ TEST_F(AppModelEditTest, SlidesRedrawInTheBackgroundAndGoInAsOneStep) {
     EXPECT_FALSE(drawn);
     EXPECT_EQ(abandoned, "The show was closed before the slides' pictures were drawn.");
     EXPECT_FALSE(app.isDrawingPages());
+}
+
+// Moving a moment up or down the run of show and flipping "start together",
+// as the console asks for them: words, selection, undo and refusals.
+class AppModelRundownTest : public AppModelFixture {
+protected:
+    // A with B starting together, then C and D on their own GO.
+    AppModel& openBundledShow() {
+        Show show = showWithCues("Gala", {"A", "B", "C", "D"});
+        show.sections.edit(0).cues.edit(1).follow = Follow::withPrevious;
+        AppModel& app = start();
+        app.openShow(savePackage(show, "Gala"));
+        return app;
+    }
+    std::string order() const {
+        std::string names;
+        for (const Cue* cue : model->show()->allCues()) names += cue->name;
+        return names;
+    }
+};
+
+TEST_F(AppModelRundownTest, AStepJumpsAWholeMomentAndSaysWhichWay) {
+    using enum CueMoveDirection;
+    struct Case {
+        std::string cue;
+        CueMoveDirection direction;
+        std::string after; // empty: refused, nothing changes
+    };
+    const Case cases[] = {{"C", up, "CABD"},   {"A", down, "CABD"}, {"B", down, "CABD"},
+                          {"D", up, "ABDC"},   {"A", up, ""},       {"B", up, ""},
+                          {"D", down, ""}};
+    AppModel& app = openBundledShow();
+    for (const Case& c : cases) {
+        const std::string step = c.cue + " " + std::string(toString(c.direction));
+        SCOPED_TRACE(step);
+        const Uuid id = cueNamed(c.cue).id;
+        app.selectCue(id);
+        app.setStatus("");
+        app.setRename(Rename{id, [](const std::string&) {}});
+        const bool moved = app.moveRundownCue(id, c.direction);
+        ASSERT_EQ(moved, !c.after.empty());
+        EXPECT_EQ(order(), moved ? c.after : "ABCD");
+        EXPECT_EQ(app.status(), moved ? "Moved " + step : "");
+        EXPECT_EQ(app.selectedCueID(), id);
+        if (!moved) continue;
+        EXPECT_FALSE(app.rename()) << "an open rename is closed";
+        app.undo();
+        EXPECT_EQ(order(), "ABCD") << "one undo step";
+    }
+    app.setLocked(true);
+    EXPECT_FALSE(app.moveRundownCue(cueNamed("C").id, up));
+}
+
+// MIDI control inside the application model: bindings come from the
+// computer's preferences, a bound button plays the show, and a learnt one
+// is written back.
+class AppModelMIDITest : public AppModelFixture {
+protected:
+    AppModel& startWithMIDI(const std::string& preferencesJson) {
+        std::filesystem::create_directories(preferencesFile().parent_path());
+        std::ofstream(preferencesFile()) << preferencesJson;
+        preferences = std::make_unique<Preferences>(preferencesFile());
+        AppPorts ports{scheduler, players, images, cards, slides, nullptr, outputs, slidePages,
+                       desktop, folders, writer, application, *preferences};
+        ports.makeMIDIInput = [this] {
+            auto made = std::make_unique<ManualMIDIInput>(scheduler);
+            input = made.get();
+            return made;
+        };
+        model = std::make_unique<AppModel>(ports);
+        model->startMIDI();
+        return *model;
+    }
+    void press(std::vector<std::uint8_t> bytes) {
+        input->send(bytes);
+        scheduler.runDue();
+    }
+
+    ManualMIDIInput* input = nullptr;
+};
+
+TEST_F(AppModelMIDITest, ASavedButtonPlaysTheShowAndALearntOneIsKept) {
+    AppModel& app = startWithMIDI(
+        R"({"live.midi": {"isEnabled": true, "bindings": [{"action": "go", "trigger": {"note": {"channel": 1, "note": 60}}}]}})");
+    ASSERT_NE(input, nullptr);
+    app.openShow(savePackage(showWithCues("Service", {"Welcome", "Song"}), "Service"));
+    press({0x90, 60, 100});
+    EXPECT_EQ(app.engine()->state().lastFiredCueID, cueNamed("Welcome").id);
+
+    app.midi().learn(MIDIAction::panic);
+    press({0xB0, 64, 127});
+    EXPECT_EQ(app.status(), "Panic is now Controller 64 on channel 1");
+    const Preferences reread(preferencesFile());
+    EXPECT_EQ(midiSettingsFromJson(reread.value(preferenceKeys::midi)).trigger(MIDIAction::panic),
+              MIDITrigger(midi::ControlChangeTrigger{1, 64}));
 }
 
 } // namespace

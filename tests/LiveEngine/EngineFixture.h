@@ -33,15 +33,7 @@ protected:
         if (engine) engine->shutdown();
     }
 
-    static LogicalScreen screen(const std::string& id) {
-        LogicalScreen made;
-        made.id = id;
-        made.name = "Screen " + id;
-        made.destination = destination::Display{id};
-        made.layers = {LayerKind::background, LayerKind::media, LayerKind::slides,
-                       LayerKind::graphics, LayerKind::holding, LayerKind::messages};
-        return made;
-    }
+    static LogicalScreen screen(const std::string& id) { return makeScreen(id, destination::Display{id}); }
 
     Uuid addItem(const std::string& name, MediaKind kind, std::optional<double> seconds = {}) {
         return build.addItem(name, kind, seconds);

@@ -1,6 +1,7 @@
 // The output manager against display and picture doubles, in virtual time.
 
 #include "FakeOutputDisplays.h"
+#include "ShowBuilder.h"
 #include "VirtualScheduler.h"
 
 #include "LiveEngine/ScreenOutputManager.h"
@@ -9,18 +10,6 @@
 
 namespace velarion::testing {
 namespace {
-
-LogicalScreen screenOn(std::string id, ScreenDestination destination, ScreenRole role = ScreenRole::audience,
-                       std::vector<LayerKind> layers = {LayerKind::background, LayerKind::media, LayerKind::slides,
-                                                        LayerKind::graphics, LayerKind::holding, LayerKind::messages}) {
-    LogicalScreen screen;
-    screen.id = id;
-    screen.name = "Screen " + id;
-    screen.role = role;
-    screen.destination = std::move(destination);
-    screen.layers = std::move(layers);
-    return screen;
-}
 
 OutputSetup setupOf(std::vector<LogicalScreen> screens) {
     OutputSetup setup;
@@ -57,13 +46,13 @@ struct ManagerFixture : ::testing::Test {
 };
 
 TEST_F(ManagerFixture, HealthTableSaysWhyEachScreenHasNoPicture) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
-                               screenOn("b", destination::Display{"HDMI-1"}),
-                               screenOn("c", destination::Display{"DP-9"}),
-                               screenOn("d", destination::Placeholder{}),
-                               screenOn("e", destination::Display{"test-window"}),
-                               screenOn("f", destination::Ndi{Uuid::random()}),
-                               screenOn("g", destination::Display{"HDMI-2"}, ScreenRole::stage)}));
+    manager.configure(setupOf({makeScreen("a", destination::Display{"HDMI-1"}),
+                               makeScreen("b", destination::Display{"HDMI-1"}),
+                               makeScreen("c", destination::Display{"DP-9"}),
+                               makeScreen("d", destination::Placeholder{}),
+                               makeScreen("e", destination::Display{"test-window"}),
+                               makeScreen("f", destination::Ndi{Uuid::random()}),
+                               makeScreen("g", destination::Display{"HDMI-2"}, ScreenRole::stage)}));
     scheduler.runDue();
     struct Row {
         bool connected;
@@ -103,9 +92,9 @@ TEST_F(ManagerFixture, HealthTableSaysWhyEachScreenHasNoPicture) {
 }
 
 TEST_F(ManagerFixture, EachScreenShowsOnlyItsRoutedLayersOfItsKinds) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
-                               screenOn("b", destination::Display{"HDMI-2"}, ScreenRole::audience,
-                                        {LayerKind::slides})}));
+    LogicalScreen slidesOnly = makeScreen("b", destination::Display{"HDMI-2"});
+    slidesOnly.layers = {LayerKind::slides};
+    manager.configure(setupOf({makeScreen("a", destination::Display{"HDMI-1"}), slidesOnly}));
     const SceneLayer toA = colorLayer(), toB = colorLayer(), everywhere = colorLayer(), media = colorLayer();
     OutputScene scene;
     scene.layers = {toA, toB, everywhere, media};
@@ -119,8 +108,8 @@ TEST_F(ManagerFixture, EachScreenShowsOnlyItsRoutedLayersOfItsKinds) {
 }
 
 TEST_F(ManagerFixture, ADisplayThatGoesAndComesBackGetsItsPictureBack) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
-                               screenOn("b", destination::Display{"HDMI-2"})}));
+    manager.configure(setupOf({makeScreen("a", destination::Display{"HDMI-1"}),
+                               makeScreen("b", destination::Display{"HDMI-2"})}));
     OutputScene scene;
     scene.layers = {colorLayer()};
     manager.apply(scene, {}, {}, {}, {}, std::nullopt);
@@ -144,7 +133,7 @@ TEST_F(ManagerFixture, ADisplayThatGoesAndComesBackGetsItsPictureBack) {
 }
 
 TEST_F(ManagerFixture, IdentifyAndPatternsRefuseUnderSafeSlideOrPanic) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    manager.configure(setupOf({makeScreen("a", destination::Display{"HDMI-1"})}));
     const OutputScene normal = *manager.pictureOf("a");
     covered = true;
     EXPECT_EQ(manager.identify("a"),
@@ -160,7 +149,7 @@ TEST_F(ManagerFixture, IdentifyAndPatternsRefuseUnderSafeSlideOrPanic) {
 }
 
 TEST_F(ManagerFixture, PanicSafeSlideAndClearEndTestsAndIdentification) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    manager.configure(setupOf({makeScreen("a", destination::Display{"HDMI-1"})}));
     const OutputScene normal = *manager.pictureOf("a");
     manager.setTestPattern("a", OutputTestPattern::colorBars);
     manager.identify("a");
@@ -177,8 +166,8 @@ struct SceneCollector final : SceneSink {
 };
 
 TEST_F(ManagerFixture, ProgramPreviewAndMirrorsFollowTheSelectedOutput) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
-                               screenOn("b", destination::Display{"HDMI-2"})}));
+    manager.configure(setupOf({makeScreen("a", destination::Display{"HDMI-1"}),
+                               makeScreen("b", destination::Display{"HDMI-2"})}));
     auto mirror = std::make_shared<SceneCollector>();
     manager.addMirror(mirror);
     manager.showProgramPreview();
@@ -198,7 +187,7 @@ TEST_F(ManagerFixture, ProgramPreviewAndMirrorsFollowTheSelectedOutput) {
 }
 
 TEST_F(ManagerFixture, AWindowThatFellBackKeepsItsPictureAndSaysWhy) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    manager.configure(setupOf({makeScreen("a", destination::Display{"HDMI-1"})}));
     displays.windows.back()->failure = "drawn in software";
     scheduler.advance(1.1); // the health timer sees it
     ASSERT_FALSE(reported.empty());
@@ -207,8 +196,8 @@ TEST_F(ManagerFixture, AWindowThatFellBackKeepsItsPictureAndSaysWhy) {
 }
 
 TEST_F(ManagerFixture, TwoHundredLayersAndToolsOnScreensWithoutWindowsAreHarmless) {
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"}),
-                               screenOn("gone", destination::Display{"no-such-display"})}));
+    manager.configure(setupOf({makeScreen("a", destination::Display{"HDMI-1"}),
+                               makeScreen("gone", destination::Display{"no-such-display"})}));
     OutputScene scene;
     for (int layer = 0; layer < 200; ++layer) scene.layers.push_back(colorLayer());
     manager.apply(scene, {}, {}, {}, {}, std::nullopt);
@@ -218,7 +207,7 @@ TEST_F(ManagerFixture, TwoHundredLayersAndToolsOnScreensWithoutWindowsAreHarmles
 }
 
 TEST_F(ManagerFixture, StagePictureIsDrawnAtMostOnceASecond) {
-    manager.configure(setupOf({screenOn("s", destination::Display{"HDMI-2"}, ScreenRole::stage)}));
+    manager.configure(setupOf({makeScreen("s", destination::Display{"HDMI-2"}, ScreenRole::stage)}));
     ConfidenceState confidence;
     const double start = scheduler.wallNow();
     for (int step = 0; step < 10; ++step) {
@@ -237,7 +226,7 @@ TEST_F(ManagerFixture, StagePictureIsDrawnAtMostOnceASecond) {
 
 TEST_F(ManagerFixture, ProgramOutputNames) {
     EXPECT_EQ(manager.programOutputName(), "Composition preview — no output");
-    manager.configure(setupOf({screenOn("a", destination::Display{"HDMI-1"})}));
+    manager.configure(setupOf({makeScreen("a", destination::Display{"HDMI-1"})}));
     EXPECT_EQ(manager.programOutputName(), "Screen a");
     manager.selectProgramOutput("gone");
     EXPECT_EQ(manager.programOutputName(), "The selected picture source is missing.");

@@ -3,6 +3,9 @@
 
 #include "LiveModel/OutputSetup.h"
 
+#include "LiveModel/ScreenPreset.h"
+#include "ShowBuilder.h"
+
 #include <gtest/gtest.h>
 
 namespace velarion {
@@ -10,9 +13,6 @@ namespace {
 
 using L = LayerKind;
 using Ids = std::vector<std::string>;
-
-const std::vector<LayerKind> everyLayer = {L::background, L::media,   L::slides,
-                                           L::graphics,   L::holding, L::messages};
 
 NetworkFeed feed(std::string name, NetworkFeedSource source = feedSource::Audience{},
                  std::optional<int> lyricLines = {}) {
@@ -25,17 +25,7 @@ NetworkFeed feed(std::string name, NetworkFeedSource source = feedSource::Audien
     return result;
 }
 
-LogicalScreen screen(std::string id, ScreenDestination destination,
-                     ScreenRole role = ScreenRole::audience, std::optional<int> lyricLines = {}) {
-    LogicalScreen result;
-    result.id = std::move(id);
-    result.name = result.id;
-    result.role = role;
-    result.destination = std::move(destination);
-    result.layers = everyLayer;
-    result.lyricLines = lyricLines;
-    return result;
-}
+using testing::makeScreen;
 
 // An old setup with every kind of screen the old form knows.
 OutputSetup oldSetup() {
@@ -109,11 +99,11 @@ TEST(OutputFeeds, OnlyFeedsAScreenNamesAreSentInScreenOrder) {
     EXPECT_EQ(setup.effectiveFeeds(), setup.feeds);
 
     setup.usesLogicalScreens = true;
-    setup.screens = {screen("a", destination::Ndi{setup.feeds[2].id}, ScreenRole::stream),
-                     screen("main", destination::Display{"HDMI-1"}),
-                     screen("b", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream),
-                     screen("again", destination::Ndi{setup.feeds[2].id}, ScreenRole::stream),
-                     screen("lost", destination::Ndi{Uuid::random()}, ScreenRole::stream)};
+    setup.screens = {makeScreen("a", destination::Ndi{setup.feeds[2].id}, ScreenRole::stream),
+                     makeScreen("main", destination::Display{"HDMI-1"}),
+                     makeScreen("b", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream),
+                     makeScreen("again", destination::Ndi{setup.feeds[2].id}, ScreenRole::stream),
+                     makeScreen("lost", destination::Ndi{Uuid::random()}, ScreenRole::stream)};
     const auto sent = setup.effectiveFeeds();
     ASSERT_EQ(sent.size(), 2u);
     EXPECT_EQ(sent[0].name, "First");
@@ -126,9 +116,9 @@ TEST(OutputLooks, ScreensResolveTheirLookOrTheirOwnSettings) {
     setup.usesLogicalScreens = true;
     const OutputLook lyricsOnly{Uuid::random(), "Lyrics", {L::slides}, 2};
     setup.looks = {lyricsOnly};
-    LogicalScreen withLook = screen("main", destination::Display{"HDMI-1"});
+    LogicalScreen withLook = makeScreen("main", destination::Display{"HDMI-1"});
     withLook.lookID = lyricsOnly.id;
-    LogicalScreen own = screen("side", destination::Display{"HDMI-2"}, ScreenRole::audience, 4);
+    LogicalScreen own = makeScreen("side", destination::Display{"HDMI-2"}, ScreenRole::audience, 4);
     own.layers = {L::background, L::messages};
     LogicalScreen stale = own;
     stale.lookID = Uuid::random();
@@ -160,18 +150,18 @@ TEST(OutputLyricLimits, StrictestLimitOfOnePictureAppliesToAllItsScreens) {
     setup.feeds = {feed("Mirror of main", feedSource::Screen{"main"}),
                    feed("Own stream", feedSource::Audience{}),
                    feed("Mirror of side", feedSource::Screen{"side"})};
-    LogicalScreen side = screen("side", destination::Display{"HDMI-2"});
+    LogicalScreen side = makeScreen("side", destination::Display{"HDMI-2"});
     side.lookID = twoLines.id;
     setup.screens = {
-        screen("main", destination::Display{"HDMI-1"}, ScreenRole::audience, 6),
-        screen("main again", destination::Display{"HDMI-1"}, ScreenRole::audience, 3),
+        makeScreen("main", destination::Display{"HDMI-1"}, ScreenRole::audience, 6),
+        makeScreen("main again", destination::Display{"HDMI-1"}, ScreenRole::audience, 3),
         side,
-        screen("mirror", destination::Ndi{setup.feeds[0].id}, ScreenRole::stream),
-        screen("own", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream, 99),
-        screen("free", destination::Display{"HDMI-3"}),
-        screen("speaker", destination::Display{"DP-1"}, ScreenRole::stage, 1),
-        screen("spare", destination::Placeholder{}, ScreenRole::audience, 1),
-        screen("mirror side", destination::Ndi{setup.feeds[2].id}, ScreenRole::stream, 5),
+        makeScreen("mirror", destination::Ndi{setup.feeds[0].id}, ScreenRole::stream),
+        makeScreen("own", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream, 99),
+        makeScreen("free", destination::Display{"HDMI-3"}),
+        makeScreen("speaker", destination::Display{"DP-1"}, ScreenRole::stage, 1),
+        makeScreen("spare", destination::Placeholder{}, ScreenRole::audience, 1),
+        makeScreen("mirror side", destination::Ndi{setup.feeds[2].id}, ScreenRole::stream, 5),
     };
     const std::map<std::string, int> expected = {
         {"main", 3}, {"main again", 3}, {"mirror", 3}, {"own", 8}, {"side", 2}, {"mirror side", 2}};
@@ -179,8 +169,8 @@ TEST(OutputLyricLimits, StrictestLimitOfOnePictureAppliesToAllItsScreens) {
 
     // Feeds that mirror each other in a loop still share one picture.
     setup.feeds = {feed("A", feedSource::Screen{"b"}), feed("B", feedSource::Screen{"a"})};
-    setup.screens = {screen("a", destination::Ndi{setup.feeds[0].id}, ScreenRole::stream, 4),
-                     screen("b", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream, 6)};
+    setup.screens = {makeScreen("a", destination::Ndi{setup.feeds[0].id}, ScreenRole::stream, 4),
+                     makeScreen("b", destination::Ndi{setup.feeds[1].id}, ScreenRole::stream, 6)};
     EXPECT_EQ(setup.lyricLineLimits(), (std::map<std::string, int>{{"a", 4}, {"b", 4}}));
 }
 
@@ -203,6 +193,24 @@ TEST(NetworkFeedFormat, PictureSizeAndRateLimits) {
     NetworkFeed ntsc = feed("Stream");
     ntsc.frameRate = {30000, 1001};
     EXPECT_EQ(ntsc.framesPerSecond(), 30);
+}
+
+// Screen presets: which layer sets they stand for, and the words that
+// describe a preset or a custom set.
+
+TEST(ScreenPreset, RecognisesEachPresetWhateverTheOrder) {
+    EXPECT_EQ(screenPreset::fromLayers(
+                  {L::messages, L::holding, L::graphics, L::slides, L::media, L::background}),
+              ScreenPreset::everything);
+    EXPECT_EQ(screenPreset::fromLayers({L::messages, L::graphics, L::messages}),
+              ScreenPreset::overlay);
+    for (std::size_t i = 0; i < enumCount<ScreenPreset>(); ++i) {
+        const auto preset = static_cast<ScreenPreset>(i);
+        EXPECT_EQ(screenPreset::fromLayers(screenPreset::layers(preset)), preset);
+    }
+    EXPECT_EQ(screenPreset::fromLayers({L::slides}), std::nullopt);
+    EXPECT_EQ(screenPreset::fromLayers({L::background, L::media, L::slides}), std::nullopt);
+    EXPECT_EQ(screenPreset::fromLayers({}), std::nullopt);
 }
 
 } // namespace

@@ -2,11 +2,16 @@
 // every one of them.
 
 #include "LiveModel/CueGroups.h"
+#include "LiveModel/CueInsertionPoint.h"
+#include "LiveModel/CueLimits.h"
+#include "LiveModel/CueRangeSelection.h"
+#include "LiveModel/EditHistory.h"
 #include "ShowEditFixtures.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <random>
 
 namespace velarion {
 namespace {
@@ -302,6 +307,348 @@ TEST(ShowEditGroups, EditsThatWouldBreakAGroupAreRefused) {
     // The group moves whole, as one moment, and stays valid.
     EXPECT_EQ(layout(apply(edit::MoveMoment{c, a}, show)), "B C D A E");
     EXPECT_EQ(layout(apply(edit::MoveCue{a, section, 4}, show)), "B C D E A");
+}
+
+// Undo and redo at their edges, the step limit and the Show Mode lock; the
+// walk through thousands of random steps follows.
+
+edit::SetTitle titled(int step) {
+    return {"Step " + std::to_string(step), ""};
+}
+
+TEST(EditHistory, AnEditThatChangesNothingMakesNoStepAndKeepsRedo) {
+    EditHistory history(100);
+    const Show start = makeShow({makeSection("One", {makeCue("A")})});
+    const Show changed = history.apply(titled(1), start);
+    const auto undone = history.undo(changed);
+    ASSERT_TRUE(undone);
+
+    const Show same = history.apply(edit::SetOutputs{undone->outputs}, *undone);
+    EXPECT_EQ(same, start);
+    EXPECT_TRUE(history.undoStack().empty());
+    EXPECT_EQ(history.redoStack().size(), 1u);
+
+    // A real step after an undo empties redo.
+    history.apply(titled(2), same);
+    EXPECT_FALSE(history.canRedo());
+}
+
+TEST(EditHistory, TheLimitDropsTheOldestStep) {
+    EditHistory history(100);
+    const Show start = makeShow({});
+    Show show = start;
+    for (int step = 1; step <= 101; ++step)
+        show = history.apply(titled(step), show);
+    EXPECT_EQ(history.undoStack().size(), 100u);
+
+    int undos = 0;
+    while (auto previous = history.undo(show)) {
+        show = *previous;
+        ++undos;
+    }
+    EXPECT_EQ(undos, 100);
+    EXPECT_EQ(show.title, "Step 1"); // the step from the start was dropped
+    EXPECT_EQ(history.redoStack().size(), 100u);
+
+    EXPECT_EQ(EditHistory(0).limit(), 1);
+}
+
+TEST(EditHistory, ShowModeRefusesEditsAndHidesUndo) {
+    EditHistory history(100);
+    const Show start = makeShow({});
+    const Show one = history.apply(titled(1), start);
+    const Show two = history.apply(titled(2), one);
+    const Show back = *history.undo(two);
+
+    history.isLocked = true;
+    EXPECT_EQ(refusal([&] { history.apply(titled(3), back); }),
+              "Show Mode is on. Return to Edit to make changes.");
+    EXPECT_FALSE(history.canUndo());
+    EXPECT_FALSE(history.canRedo());
+    EXPECT_FALSE(history.undo(back));
+    EXPECT_FALSE(history.redo(back));
+    EXPECT_EQ(history.undoStack().size(), 1u);
+    EXPECT_EQ(history.redoStack().size(), 1u);
+
+    history.isLocked = false;
+    EXPECT_EQ(history.redo(back), two);
+}
+
+TEST(EditHistory, EditsTogetherMakeOneStepOrNoneWhenOneIsRefused) {
+    EditHistory history(100);
+    const Show start = makeShow({makeSection("One", {makeCue("A"), makeCue("B")})});
+    Cue a = *start.allCues()[0], b = *start.allCues()[1];
+    a.notes = b.notes = "Both";
+    const Show both = history.apply({edit::UpdateCue{a}, edit::UpdateCue{b}}, start);
+    EXPECT_EQ(both.allCues()[1]->notes, "Both");
+    EXPECT_EQ(history.undoStack().size(), 1u);
+
+    Cue gone = makeCue("Gone");
+    EXPECT_THROW(history.apply({edit::UpdateCue{a}, edit::UpdateCue{gone}}, start), ShowEditError);
+    EXPECT_EQ(history.undoStack().size(), 1u);
+}
+
+TEST(CueLimits, TypedValuesLandOnTheirLimits) {
+    const auto limited = [](CueKind kind) { return cueLimits::limited(makeCue("Cue", Follow::manual, true, kind)).kind; };
+    VideoCue video;
+    video.inPoint = -2;
+    video.level = 3;
+    video.fadeOut = -1;
+    EXPECT_EQ(std::get<VideoCue>(limited(video)).inPoint, 0);
+    EXPECT_EQ(std::get<VideoCue>(limited(video)).level, 1);
+    EXPECT_EQ(std::get<VideoCue>(limited(video)).fadeOut, 0);
+    EXPECT_EQ(std::get<PlaylistCue>(limited(PlaylistCue{{}, false, false, 45})).crossfade, 20);
+    SpotifyTrack song;
+    song.level = 140;
+    EXPECT_EQ(std::get<SpotifyTrack>(limited(song)).level, 100);
+    EXPECT_EQ(std::get<SlidesCue>(limited(SlidesCue{{}, -3, 12.0})), (SlidesCue{{}, 0, 10.0}));
+    EXPECT_EQ(std::get<TimerCue>(limited(TimerCue{CountToMode{2000}})).mode, TimerMode{CountToMode{1439}});
+}
+
+// Random edits, valid and refused, through an edit history with undo and
+// redo mixed in. After every step a refused edit changed nothing, the show
+// passed in never changed and every group still validates; at the end undo
+// leads back to the start and redo forward to the end.
+class RandomEdits {
+public:
+    explicit RandomEdits(std::uint64_t seed) : random_(seed) {}
+
+    int below(int bound) { return std::uniform_int_distribution<int>(0, bound - 1)(random_); }
+    bool chance(double p) { return std::bernoulli_distribution(p)(random_); }
+
+    // Mostly aimed at things that exist, sometimes at things that don't.
+    ShowEdit edit(const Show& show) {
+        const int count = static_cast<int>(show.sections.size());
+        switch (below(12)) {
+        case 0: return edit::SetTitle{name(), name()};
+        case 1: return edit::AddSection{section(show), below(count + 3) - 1};
+        case 2: return edit::RenameSection{sectionID(show), name()};
+        case 3: return edit::DeleteSection{sectionID(show)};
+        case 4: return edit::MoveSection{sectionID(show), below(count + 3) - 1};
+        case 5: return edit::InsertCue{cue(show), sectionID(show), cueID(show)};
+        case 6: {
+            const Cue* stored = show.cue(cueID(show));
+            Cue changed = stored != nullptr ? *stored : cue(show);
+            changed.follow = static_cast<Follow>(below(3));
+            return edit::UpdateCue{changed};
+        }
+        case 7: return edit::DeleteCue{cueID(show)};
+        case 8: return edit::MoveCue{cueID(show), sectionID(show), below(8) - 1};
+        case 9: return edit::AddMedia{item()};
+        case 10: return edit::RemoveMedia{mediaID(show)};
+        default: return edit::CreateCueGroup{group(show)};
+        }
+    }
+
+    Show show() {
+        Show show;
+        show.id = newID();
+        for (int n = 2 + below(4); n > 0; --n) show.library.emplace_back(item());
+        for (int n = 1 + below(4); n > 0; --n) show.sections.emplace_back(section(show));
+        return show;
+    }
+
+private:
+    Uuid newID() {
+        Uuid id;
+        for (auto& byte : id.bytes) byte = static_cast<std::uint8_t>(random_());
+        return id;
+    }
+    std::string name() { return std::array{"Welcome", "Song", "  ", "Sermon"}[below(4)]; }
+    template <class List> const typename List::value_type* pick(const List& items) {
+        return items.empty() ? nullptr
+                             : &items[static_cast<std::size_t>(below(static_cast<int>(items.size())))];
+    }
+    Uuid cueID(const Show& show) {
+        const auto all = show.allCues();
+        return all.empty() || chance(0.15) ? newID() : (*pick(all))->id;
+    }
+    Uuid sectionID(const Show& show) {
+        return show.sections.empty() || chance(0.15) ? newID() : pick(show.sections)->id;
+    }
+    Uuid mediaID(const Show& show) {
+        return show.library.empty() || chance(0.15) ? newID() : pick(show.library)->id;
+    }
+    MediaItem item() {
+        MediaItem item;
+        item.id = newID();
+        item.kind = chance(0.5) ? MediaKind::video : MediaKind::audio;
+        item.name = name();
+        item.fileName = "Media/" + item.id.text();
+        return item;
+    }
+    Cue cue(const Show& show) {
+        Cue cue;
+        cue.id = newID();
+        cue.name = name();
+        cue.follow = static_cast<Follow>(below(3));
+        const MediaItem* item = pick(show.library);
+        if (item != nullptr && chance(0.7))
+            cue.kind = AudioCue{item->id};
+        else
+            cue.kind = GraphicCue{"Title", "", std::nullopt};
+        return cue;
+    }
+    Section section(const Show& show) {
+        Section section;
+        section.id = newID();
+        section.title = name();
+        for (int n = below(6); n > 0; --n) section.cues.push_back(cue(show));
+        return section;
+    }
+    // A run of neighbouring cues widened over With Previous links: often valid.
+    CueGroup group(const Show& show) {
+        CueGroup group{newID(), "Group", {}, chance(0.5)};
+        if (show.sections.empty())
+            return group;
+        const auto& cues = pick(show.sections)->cues;
+        const int size = static_cast<int>(cues.size());
+        if (size == 0)
+            return group;
+        auto follows = [&](int i) { return cues[static_cast<std::size_t>(i)].follow; };
+        int first = below(std::max(size - 1, 1));
+        int last = std::min(size - 1, first + 1 + below(3));
+        while (first > 0 && follows(first) == Follow::withPrevious) --first;
+        while (last + 1 < size && follows(last + 1) == Follow::withPrevious) ++last;
+        for (int i = first; i <= last; ++i) group.cueIDs.push_back(cues[static_cast<std::size_t>(i)].id);
+        return group;
+    }
+
+    std::mt19937_64 random_;
+};
+
+TEST(ShowEditFuzz, RandomEditsKeepEveryRuleAndUndoExactly) {
+    int applied = 0;
+    int refused = 0;
+    for (std::uint64_t seed = 1; seed <= 6 && !HasFailure(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        RandomEdits random(seed);
+        const Show start = random.show();
+        EditHistory history(1000);
+        Show show = start;
+        for (int step = 0; step < 300 && !HasFailure(); ++step) {
+            const int roll = random.below(10);
+            if (roll == 0) {
+                if (auto previous = history.undo(show)) show = *previous;
+                continue;
+            }
+            if (roll == 1) {
+                if (auto next = history.redo(show)) show = *next;
+                continue;
+            }
+            const Show before = show;
+            const std::size_t undoDepth = history.undoStack().size();
+            try {
+                const Show after = history.apply(random.edit(show), show);
+                ++applied;
+                EXPECT_EQ(show, before) << "the show passed in changed";
+                for (const CueGroup& group : after.cueGroups.value_or(std::vector<CueGroup>{}))
+                    EXPECT_NO_THROW(validatedCueGroup(after, group));
+                show = after;
+            } catch (const ShowEditError&) {
+                ++refused;
+                EXPECT_EQ(show, before) << "a refused edit changed the show";
+                EXPECT_EQ(history.undoStack().size(), undoDepth);
+            }
+        }
+        while (auto next = history.redo(show)) show = *next;
+        const Show end = show;
+        while (auto previous = history.undo(show)) show = *previous;
+        EXPECT_EQ(show, start) << "undo all the way did not lead back to the start";
+        while (auto next = history.redo(show)) show = *next;
+        EXPECT_EQ(show, end) << "redo all the way did not lead to the end";
+    }
+    EXPECT_GT(applied, 300);
+    EXPECT_GT(refused, 100);
+}
+
+// Where new and moved cues land, so that no moment is ever cut in two, and the
+// operator's range selection.
+
+constexpr Follow with = Follow::withPrevious;
+
+// "A B+C | +D E+F": the moment B-C-D reaches over the section boundary, and
+// E-F is a moment of its own.
+Show bundledShow() {
+    return makeShow({makeSection("One", {makeCue("A"), makeCue("B"), makeCue("C", with)}),
+                     makeSection("Two", {makeCue("D", with), makeCue("E"),
+                                         makeCue("F", Follow::afterPrevious)}),
+                     makeSection("Empty", {})});
+}
+
+// A point as "section title / before cue name", "end" for absent parts.
+std::string describe(const Show& show, const std::optional<CueInsertionPoint>& point) {
+    if (!point)
+        return "none";
+    std::string section = "end";
+    for (const Section& candidate : show.sections) {
+        if (point->sectionID == candidate.id)
+            section = candidate.title;
+    }
+    return section + " / " + (point->before ? show.cue(*point->before)->name : "end");
+}
+
+std::string nameOf(const Show& show, const std::optional<Uuid>& id) {
+    return id ? show.cue(*id)->name : "none";
+}
+
+TEST(MomentInsertion, ANewManualCueNeverCutsABundle) {
+    const Show show = bundledShow();
+    const Cue manual = makeCue("New");
+    const Cue linked = makeCue("New", with);
+    const Uuid b = named(show, "B").id;
+    EXPECT_EQ(nameOf(show, defaultInsertionAnchor(show, manual, b)), "D");
+    EXPECT_EQ(nameOf(show, defaultInsertionAnchor(show, linked, b)), "B");
+    EXPECT_FALSE(defaultInsertionAnchor(show, manual, std::nullopt));
+    const Uuid stranger = Uuid::random();
+    EXPECT_EQ(defaultInsertionAnchor(show, manual, stranger), stranger);
+}
+
+TEST(MomentInsertion, PointsSitAtTheEdgesOfMoments) {
+    const Show show = bundledShow();
+    auto near = [&](const std::string& name, bool after) {
+        return describe(show, insertionPoint(show, named(show, name).id, after));
+    };
+    EXPECT_EQ(near("C", false), "One / B");
+    EXPECT_EQ(near("B", true), "Two / E");
+    EXPECT_EQ(near("A", true), "One / B");
+    EXPECT_EQ(near("E", true), "Two / end");
+    EXPECT_FALSE(insertionPoint(show, Uuid::random(), true));
+
+    // The end of a section is behind its last moment, wherever that ends.
+    EXPECT_EQ(describe(show, insertionPoint(show, show.sections[0].id)), "Two / E");
+    EXPECT_EQ(describe(show, insertionPoint(show, show.sections[2].id)), "Empty / end");
+    EXPECT_EQ(insertionPoint(show, std::nullopt), CueInsertionPoint{});
+    EXPECT_FALSE(insertionPoint(show, std::optional<Uuid>(Uuid::random())));
+}
+
+TEST(CueRangeSelection, RangesStayInOneSectionAndTakeWholeBundles) {
+    const Show show = makeShow({makeSection("One", {makeCue("A"), makeCue("B", with), makeCue("C"),
+                                                    makeCue("D"), makeCue("E", with)}),
+                                makeSection("Two", {makeCue("F")})});
+    auto ids = [&](std::vector<std::string> cueNames) {
+        std::set<Uuid> set;
+        for (const auto& name : cueNames)
+            set.insert(named(show, name).id);
+        return set;
+    };
+    const Uuid b = named(show, "B").id;
+    CueRangeSelection selection;
+    selection.select(named(show, "C").id, true, show); // no anchor yet
+    EXPECT_EQ(selection.cueIDs, ids({"C"}));
+    selection.select(b, false, show);
+    EXPECT_EQ(selection.anchor, b);
+    selection.select(named(show, "D").id, true, show);
+    EXPECT_EQ(selection.anchor, b);
+    EXPECT_EQ(selection.cueIDs, ids({"A", "B", "C", "D", "E"}));
+
+    const CueRangeSelection before = selection;
+    selection.select(Uuid::random(), true, show);
+    EXPECT_EQ(selection, before);
+
+    selection.select(named(show, "F").id, true, show);
+    EXPECT_EQ(selection.anchor, named(show, "F").id);
+    EXPECT_EQ(selection.cueIDs, ids({"F"}));
 }
 
 } // namespace

@@ -5,13 +5,17 @@
 // legacy feed keys, and the version header read first.
 
 #include "LiveModel/ShowJson.h"
+#include "LiveModel/ShowTemplate.h"
+#include "ShowGenerator.h"
 #include "ShowPackageFixtures.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <limits>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace velarion {
 namespace {
@@ -160,6 +164,69 @@ TEST(OutputSetupJson, LegacyFeedKeysDecideWhenTheNewOnesAreAbsent) {
     const NetworkFeed feed = decodeShow(text).outputs.feeds[0];
     EXPECT_EQ(feed.alphaMode, NDIAlphaMode::straight) << "isTransparent is true";
     EXPECT_EQ(feed.frameRate, (VideoFrameRate{30, 1}));
+}
+
+// Property tests of the JSON form over generated shows: decoding what was
+// encoded gives the same show, and encoding is stable.
+std::vector<bench::BenchmarkShowShape> shapes() {
+    bench::BenchmarkShowShape medium;
+    medium.seed = 40;
+    medium.sectionCount = 12;
+    medium.cueCount = 400;
+    medium.libraryItemCount = 160;
+    medium.songDeckCount = 6;
+    medium.slidesPerSongDeck = 14;
+    medium.screenCount = 7;
+    medium.feedCount = 3;
+    medium.cueGroupCount = 8;
+    return {bench::smallShowShape(1), bench::smallShowShape(2), medium};
+}
+
+TEST(RoundTripShows, DecodingTheEncodedShowGivesItBackAndEncodingIsStable) {
+    for (const auto& shape : shapes()) {
+        SCOPED_TRACE("seed " + std::to_string(shape.seed));
+        const Show show = bench::makeBenchmarkShow(shape);
+        const std::string text = encodeShow(show);
+        const Show decoded = decodeShow(text);
+        EXPECT_TRUE(decoded == show);
+        EXPECT_EQ(encodeShow(decoded), text);
+    }
+}
+
+// Show templates: every one is a sound show that survives being written and
+// read back, with new identities each time.
+TEST(ShowTemplate, EveryTemplateMakesASoundShowThatSurvivesJson) {
+    for (std::size_t i = 0; i < enumCount<ShowTemplate>(); ++i) {
+        const auto showTemplate = static_cast<ShowTemplate>(i);
+        SCOPED_TRACE(std::string(toString(showTemplate)));
+        const Show show = showTemplate::make(showTemplate, "Launch");
+        EXPECT_FALSE(show.sections.empty());
+
+        std::set<Uuid> ids{show.id};
+        std::size_t idCount = 1;
+        auto count = [&](const Uuid& id) { ids.insert(id), ++idCount; };
+        for (const Section& section : show.sections) {
+            count(section.id);
+            for (const Cue& cue : section.cues) {
+                count(cue.id);
+                if (const auto deckID = cueKind::mediaID(cue.kind)) {
+                    const MediaItem* item = show.media(*deckID);
+                    ASSERT_TRUE(item && item->deck && item->deck->made) << cue.name;
+                    EXPECT_FALSE(item->deck->made->empty());
+                }
+            }
+        }
+        for (const MediaItem& item : show.library) {
+            count(item.id);
+            for (const MadeSlide& slide : *item.deck->made) {
+                count(slide.id);
+                // Editable means free boxes: the editor changes them without converting.
+                EXPECT_TRUE(slide.boxes.has_value());
+            }
+        }
+        EXPECT_EQ(ids.size(), idCount) << "every identity is new and distinct";
+        EXPECT_EQ(decodeShow(encodeShow(show)), show);
+    }
 }
 
 } // namespace

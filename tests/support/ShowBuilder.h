@@ -51,6 +51,20 @@ inline Show makeShow(std::string title, std::vector<Section> sections = {}, std:
     return show;
 }
 
+// A screen called "Screen ID" that shows every layer.
+inline LogicalScreen makeScreen(std::string id, ScreenDestination destination, ScreenRole role = ScreenRole::audience,
+                                std::optional<int> lyricLines = {}) {
+    LogicalScreen screen;
+    screen.name = "Screen " + id;
+    screen.id = std::move(id);
+    screen.role = role;
+    screen.destination = std::move(destination);
+    screen.layers = {LayerKind::background, LayerKind::media,   LayerKind::slides,
+                     LayerKind::graphics,   LayerKind::holding, LayerKind::messages};
+    screen.lyricLines = lyricLines;
+    return screen;
+}
+
 // Appends to `show`; the references it returns last until the next append.
 class ShowBuilder {
 public:

@@ -19,7 +19,6 @@
 #include "Platform/Music/MusicLibrary.h"
 #include "Platform/Music/QtWebRequests.h"
 
-#include <QCoreApplication>
 #include <QEventLoop>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -68,7 +67,7 @@ protected:
     }
 
     // A stand-in player; answers once it owns its name.
-    std::unique_ptr<ChildProcess> standIn(const std::vector<std::string>& arguments) {
+    static std::unique_ptr<ChildProcess> standIn(const std::vector<std::string>& arguments) {
         auto player = std::make_unique<ChildProcess>(VELARION_MPRIS_STANDIN, arguments);
         EXPECT_EQ(player->readLine(10), "ready");
         return player;
@@ -77,9 +76,7 @@ protected:
         std::vector<std::string> arguments = {"--name", "spotify", "--identity", "Spotify", "--app-name", "Spotify",
                                               "--ignores-volume"};
         arguments.insert(arguments.end(), more.begin(), more.end());
-        auto player = std::make_unique<ChildProcess>(VELARION_MPRIS_STANDIN, arguments);
-        EXPECT_EQ(player->readLine(10), "ready");
-        return player;
+        return standIn(arguments);
     }
 
     static inline PrivateSoundServer* sound = nullptr;
@@ -301,9 +298,3 @@ TEST_F(MusicApps, OEmbedNamesComeFromALocalServer) {
 
 } // namespace
 } // namespace velarion::testing
-
-int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

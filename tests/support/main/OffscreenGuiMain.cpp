@@ -1,5 +1,5 @@
-// PDFs are drawn with text, which needs the GUI application's fonts; the
-// tests run it on the offscreen platform.
+// The main of test programs that draw text or pictures: they need the GUI
+// application's font database and run it on the offscreen platform.
 
 #include <QGuiApplication>
 

@@ -1,4 +1,5 @@
-// The tests run inside a QCoreApplication, as the scheduler needs one.
+// The main of test programs whose code needs a QCoreApplication (timers,
+// D-Bus, network replies) but no GUI.
 
 #include <QCoreApplication>
 
