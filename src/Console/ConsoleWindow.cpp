@@ -274,8 +274,10 @@ void ConsoleWindow::saveAsPanel() {
         model_.setStatus(SaveAsError().what());
         return;
     }
-    QString path = QFileDialog::getSaveFileName(this, "Save As", qt(model_.show()->title) + ".velarion",
-                                                "Velarion shows (*.velarion)");
+    const QString suggested = qt(model_.show()->title) + ".velarion";
+    QString path = chooseSaveLocation
+                       ? chooseSaveLocation(suggested)
+                       : QFileDialog::getSaveFileName(this, "Save As", suggested, "Velarion shows (*.velarion)");
     if (path.isEmpty()) return;
     if (!path.endsWith(".velarion")) path += ".velarion";
     model_.saveAsFromPanel(path.toStdString());

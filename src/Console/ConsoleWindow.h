@@ -87,6 +87,9 @@ public:
 
     // Asks before closing while cues run: "Keep Running" keeps the window.
     std::function<bool()> confirmQuit;
+    // Where "Save As…" writes, asked with the file dialog by default; empty
+    // when cancelled. Replaceable for tests and tools.
+    std::function<QString(const QString& suggestedName)> chooseSaveLocation;
     // What closing the window does once allowed; by default quits the
     // application.
     std::function<void()> onQuit;
