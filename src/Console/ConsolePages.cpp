@@ -1,4 +1,5 @@
 #include "Console/ConsolePages.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/ConsoleTheme.h"
 #include "Live/AppModel.h"
@@ -17,14 +18,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-
-QLabel* heading(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName("heading");
-    return label;
-}
 
 void openAt(AppModel& model, const std::filesystem::path& location) {
     try {

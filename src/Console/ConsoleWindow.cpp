@@ -1,4 +1,5 @@
 #include "Console/ConsoleWindow.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/ConsolePages.h"
 #include "Console/ConsoleTheme.h"
@@ -33,12 +34,6 @@
 #include <QVBoxLayout>
 
 namespace velarion::console {
-
-namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-
-} // namespace
 
 ConsoleWindow::ConsoleWindow(AppModel& model, std::function<double()> now, Preferences* preferences)
     : model_(model), now_(std::move(now)), preferences_(preferences) {

@@ -1,4 +1,5 @@
 #include "Console/Inspector.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/InspectorPages.h"
 #include "Live/AppModel.h"
@@ -24,8 +25,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 template <class Payload> void trim(Payload& media, const Show& show) {
     const MediaItem* item = show.media(media.mediaID);

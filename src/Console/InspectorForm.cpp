@@ -1,4 +1,5 @@
 #include "Console/InspectorForm.h"
+#include "Console/ConsoleText.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -14,8 +15,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 QDoubleSpinBox* makeSpin(const NumberFormat& format, QWidget* parent) {
     auto* spin = new QDoubleSpinBox(parent);

@@ -2,6 +2,7 @@
 // the fields every cue has: how it starts.
 
 #include "Console/InspectorPages.h"
+#include "Console/ConsoleText.h"
 #include "Live/AppModel.h"
 
 #include <QDoubleSpinBox>
@@ -12,8 +13,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 // A text that may be absent: an empty field stores none.
 std::function<void(Cue&, const std::string&)> optionalText(std::optional<std::string> TimerCue::*member) {

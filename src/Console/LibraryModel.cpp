@@ -1,4 +1,5 @@
 #include "Console/LibraryModel.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/LibraryPictures.h"
 #include "Console/RunOfShowModel.h"
@@ -9,8 +10,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 QString detailOf(const MediaItem& item) {
     QString detail = item.song ? QStringLiteral("Song") : qt(std::string(displayName(item.kind)));

@@ -1,4 +1,5 @@
 #include "Console/LibraryPanel.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/ConsoleTheme.h"
 #include "Console/LibraryModel.h"
@@ -21,8 +22,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 constexpr int rowHeight = 64;
 

@@ -1,4 +1,5 @@
 #include "Console/LiveRail.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/ConsoleTheme.h"
 #include "Live/AppModel.h"
@@ -15,14 +16,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-
-QLabel* heading(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName("heading");
-    return label;
-}
 
 QString healthWords(const OutputHealth& health) {
     QString words;

@@ -1,4 +1,5 @@
 #include "Console/PresentView.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/ConsoleTheme.h"
 #include "Console/LibraryPictures.h"
@@ -16,8 +17,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 constexpr int gap = 12;
 constexpr int captionHeight = 24;

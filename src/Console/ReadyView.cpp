@@ -1,4 +1,5 @@
 #include "Console/ReadyView.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/ConsoleTheme.h"
 #include "Live/AppModel.h"
@@ -15,13 +16,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) {
-    return QString::fromStdString(text);
-}
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), qsizetype(text.size()));
-}
 
 QString mark(ReadyStatus status) {
     switch (status) {

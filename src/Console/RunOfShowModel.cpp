@@ -1,4 +1,5 @@
 #include "Console/RunOfShowModel.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/ConsoleTheme.h"
 #include "Console/CueText.h"
@@ -13,8 +14,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 bool sameSnapshot(const Show& a, const Show& b) {
     return a.sections.sharesStorageWith(b.sections) && a.library.sharesStorageWith(b.library) &&

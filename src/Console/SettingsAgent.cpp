@@ -3,6 +3,7 @@
 // state and what agents did lately.
 
 #include "Console/ConsoleTheme.h"
+#include "Console/ConsoleText.h"
 #include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 #include "LiveAgentKit/AgentSocketPath.h"
@@ -23,10 +24,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 QLabel* dim(const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);

@@ -3,6 +3,7 @@
 // settings belong to the computer, not to the show.
 
 #include "Console/ConsoleTheme.h"
+#include "Console/ConsoleText.h"
 #include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 
@@ -16,13 +17,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) {
-    return QString::fromStdString(text);
-}
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), qsizetype(text.size()));
-}
 
 void setText(QLabel& label, const QString& text) {
     if (label.text() != text)

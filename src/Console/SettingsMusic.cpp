@@ -2,6 +2,7 @@
 // Velarion starts, and how the music apps stood when last asked.
 
 #include "Console/ConsoleTheme.h"
+#include "Console/ConsoleText.h"
 #include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 
@@ -12,10 +13,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) {
-    return QString::fromStdString(text);
-}
 
 QString presenceWords(const ReadyMusicApp& app) {
     switch (app.presence) {

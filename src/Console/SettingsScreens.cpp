@@ -3,6 +3,7 @@
 // An older setup is moved to logical screens by the first change made here.
 
 #include "Console/ConsoleTheme.h"
+#include "Console/ConsoleText.h"
 #include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 #include "LiveModel/ScreenPreset.h"
@@ -22,13 +23,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) {
-    return QString::fromStdString(text);
-}
-QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), qsizetype(text.size()));
-}
 
 const char* roleWords(ScreenRole role) {
     switch (role) {

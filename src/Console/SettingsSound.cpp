@@ -2,6 +2,7 @@
 // the test tone that says which output that is, and the house level now.
 
 #include "Console/ConsoleTheme.h"
+#include "Console/ConsoleText.h"
 #include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 
@@ -16,14 +17,6 @@
 #include <cmath>
 
 namespace velarion::console {
-
-namespace {
-
-QString qt(const std::string& text) {
-    return QString::fromStdString(text);
-}
-
-} // namespace
 
 SoundSettings::SoundSettings(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);

@@ -3,6 +3,7 @@
 // library pictures decoded off the main loop for the canvas and thumbnails.
 
 #include "Console/SlideEditorCanvas.h"
+#include "Console/ConsoleText.h"
 #include "Console/SlideEditorWindow.h"
 #include "Live/AppModel.h"
 #include "Platform/Pictures/SlideMaker.h"
@@ -17,8 +18,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
 
 // Big enough for the canvas at any size the window takes.
 constexpr int pictureWidthPixels = 960;

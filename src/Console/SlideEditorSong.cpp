@@ -1,4 +1,5 @@
 #include "Console/SlideEditorSong.h"
+#include "Console/ConsoleText.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -17,14 +18,6 @@
 namespace velarion::console {
 
 namespace {
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-
-QLabel* heading(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName("heading");
-    return label;
-}
 
 void setText(QTreeWidgetItem& item, int column, const QString& text) {
     if (item.text(column) != text) item.setText(column, text);

@@ -1,4 +1,5 @@
 #include "Console/SlideEditorWindow.h"
+#include "Console/ConsoleText.h"
 
 #include "Console/SlideEditorCanvas.h"
 #include "Console/SlideEditorSong.h"
@@ -29,17 +30,9 @@ namespace velarion::console {
 
 namespace {
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-
 constexpr SlideTemplate templateList[] = {SlideTemplate::title,  SlideTemplate::titleAndText, SlideTemplate::statement,
                                           SlideTemplate::speakerIntro, SlideTemplate::agenda, SlideTemplate::thankYou,
                                           SlideTemplate::quote, SlideTemplate::solid};
-
-QLabel* heading(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setObjectName("heading");
-    return label;
-}
 
 int packed(const QColor& colour) { return (colour.red() << 16) | (colour.green() << 8) | colour.blue(); }
 
