@@ -15,8 +15,6 @@
 
 #include "Console/ConsolePages.h"
 #include "Console/ConsoleWindow.h"
-#include "Console/LibraryModel.h"
-#include "Console/LibraryPanel.h"
 #include "Console/RunOfShowModel.h"
 #include "Console/SlideEditorSong.h"
 #include "Console/SlideEditorWindow.h"
