@@ -254,8 +254,9 @@ JSONValue layersValue(const std::vector<LayerKind>& layers) {
 
 JSONValue cueObject(const ShowLookup& lookup, const Cue& cue) {
     // Built member by member: an initializer list would copy every value,
-    // and get_show makes thousands of these.
+    // and get_show makes thousands of these. Room for the longest kind.
     JSONValue::Object object;
+    object.reserve(28);
     object.emplace("id", cue.id.text());
     object.emplace("number", lookup.number(cue.id));
     object.emplace("name", cue.name);

@@ -240,7 +240,9 @@ private:
     };
     std::vector<Frame> frames_;
 
-    bool add(JSONValue value) {
+    // Not inlined: GCC 12 then takes the inactive alternatives of the moved
+    // variant for uninitialized reads (a false "maybe-uninitialized").
+    [[gnu::noinline]] bool add(JSONValue value) {
         if (frames_.empty()) {
             result = std::move(value);
         } else if (Frame& frame = frames_.back(); frame.isObject) {

@@ -13,7 +13,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,13 +20,15 @@
 #include <variant>
 #include <vector>
 
+#include "LiveAgentKit/SortedMembers.h"
+
 namespace velarion {
 
 class JSONValue {
 public:
     using Array = std::vector<JSONValue>;
     // Ordered by bytes, which is also the order keys are written in.
-    using Object = std::map<std::string, JSONValue, std::less<>>;
+    using Object = SortedMembers<JSONValue>;
     using Storage = std::variant<bool, double, std::string, Array, Object, std::nullptr_t>;
 
     // Deeper input is refused by `parse`: it bounds the recursion that reading,
