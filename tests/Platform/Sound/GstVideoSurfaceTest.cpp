@@ -117,7 +117,9 @@ TEST_F(VideoSurfaceTest, AMissingDecoderIsNamed) {
     velarion::gst::ensureInitialized();
     GstRegistry* registry = gst_registry_get();
     std::vector<GstPluginFeature*> hidden;
-    GList* decoders = gst_element_factory_list_get_elements(GST_ELEMENT_FACTORY_TYPE_DECODER, GST_RANK_NONE);
+    // Video decoders only: the decoding bins call themselves decoders too.
+    GList* decoders = gst_element_factory_list_get_elements(
+        GST_ELEMENT_FACTORY_TYPE_DECODER | GST_ELEMENT_FACTORY_TYPE_MEDIA_VIDEO, GST_RANK_NONE);
     for (GList* item = decoders; item != nullptr; item = item->next) {
         auto* factory = GST_ELEMENT_FACTORY(item->data);
         auto caps = velarion::gst::GstMiniRef<GstCaps>::adopt(gst_caps_from_string("video/x-h264"));
