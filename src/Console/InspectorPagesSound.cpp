@@ -206,12 +206,16 @@ InspectorForm* musicOutForm(const PageContext& context) {
         [](Cue& cue, std::optional<MusicHandoff> handoff) { cue.musicHandoff = handoff; });
     form->choice(
         "Sound output",
-        [](const Show& show, const Cue& cue) {
+        // The computer's outputs as Settings lists them; a chosen one that
+        // is gone stays listed, so the cue's choice is seen, not lost.
+        [&model = context.model](const Show&, const Cue& cue) {
             ChoiceItems items{{"The bus's output", ""}};
-            std::vector<std::string> ids;
-            for (const auto& id : {show.audio.houseDeviceID, show.audio.headphonesDeviceID, cue.audioDeviceID})
-                if (id && std::ranges::find(ids, *id) == ids.end()) ids.push_back(*id);
-            for (const std::string& id : ids) items.emplace_back(QString::fromStdString(id), QString::fromStdString(id));
+            for (const AudioDevice& device : model.soundOutputs())
+                items.emplace_back(QString::fromStdString(device.name) + (device.isDefault ? " (system default)" : ""),
+                                   QString::fromStdString(device.id));
+            const QString chosen = QString::fromStdString(cue.audioDeviceID.value_or(""));
+            if (!chosen.isEmpty() && std::ranges::none_of(items, [&](const auto& item) { return item.second == chosen; }))
+                items.emplace_back(chosen + " (not connected)", chosen);
             return items;
         },
         [](const Cue& cue) { return QString::fromStdString(cue.audioDeviceID.value_or("")); },

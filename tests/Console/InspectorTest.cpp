@@ -5,6 +5,7 @@
 // to live playback.
 
 #include "AppModelFixture.h"
+#include "FakeAudioDevices.h"
 #include "FakeStreamApp.h"
 
 #include "Console/ConsoleWindow.h"
@@ -15,6 +16,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -49,6 +51,7 @@ protected:
         AppPorts ports{scheduler, players, images, cards, slides, nullptr, outputs, slidePages,
                        desktop, folders, writer, application, *preferences};
         ports.streams = &streams;
+        ports.devices = &soundDevices;
         model = std::make_unique<AppModel>(ports);
         model->openShow(savePackage(everyKind(), "Every kind"));
         window = std::make_unique<console::ConsoleWindow>(*model, [this] { return scheduler.now(); });
@@ -57,7 +60,11 @@ protected:
         // No window manager runs on the private server to activate it.
         QApplication::setActiveWindow(window.get());
     }
-    void TearDown() override { window.reset(); }
+    // The model goes before the sound outputs it watches.
+    void TearDown() override {
+        window.reset();
+        model.reset();
+    }
 
     static Show everyKind() {
         const MediaItem deck = makeItem(MediaKind::deck, "Welcome deck");
@@ -91,6 +98,7 @@ protected:
         settle();
     }
 
+    FakeAudioDevices soundDevices{{{"usb", "USB Interface", false}, {"hdmi", "HDMI", true}}};
     FakeStreamApp spotify;
     InlineStreamTasks tasks;
     // The audition's watch ends after a few looks, as the tasks run inline.
@@ -147,6 +155,22 @@ TEST_F(InspectorTest, AFieldOfEachKindReachesTheShowAndUndoes) {
         settle();
         EXPECT_EQ(cueNamed(item.cue), before) << item.cue;
     }
+}
+
+TEST_F(InspectorTest, ASoundOutputIsChosenFromTheComputersOutputsAndAGoneOneStaysListed) {
+    select("Bell");
+    auto* box = field<QComboBox>(inspector(), "Sound output");
+    ASSERT_EQ(box->count(), 3);
+    EXPECT_EQ(box->itemText(2), "HDMI (system default)");
+    box->setCurrentIndex(1);
+    box->activated(1);
+    settle();
+    EXPECT_EQ(cueNamed("Bell").audioDeviceID, "usb");
+
+    soundDevices.change({});
+    select("Bell again");
+    select("Bell");
+    EXPECT_EQ(box->currentText(), "usb (not connected)");
 }
 
 TEST_F(InspectorTest, ATypedValuePastItsLimitLandsOnItAndIsShown) {
