@@ -103,7 +103,7 @@ Inspector::Inspector(AppModel& model, QWidget* parent) : QScrollArea(parent), mo
     for (QLineEdit* field : body->findChildren<QLineEdit*>()) {
         if (qobject_cast<QAbstractSpinBox*>(field->parentWidget())) continue;
         connect(field, &QLineEdit::textEdited, this, [this, field = QPointer<QLineEdit>(field)] {
-            model_.setPendingEdit([field] {
+            model_.setPendingEdit(this, [field] {
                 if (field) emit field->editingFinished();
             });
         });

@@ -19,6 +19,7 @@
 #include <QListWidget>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QSplitter>
 #include <QTimer>
@@ -117,8 +118,15 @@ SlideEditorWindow::SlideEditorWindow(AppModel& model, const Uuid& itemID, QWidge
         model_.redo();
     });
     addActions({undo, redo});
-    for (QWidget* field : {static_cast<QWidget*>(&song_->lyrics()), static_cast<QWidget*>(boxText_)})
+    for (QPlainTextEdit* field : {&song_->lyrics(), boxText_}) {
         field->installEventFilter(this);
+        // Typing not yet sent goes in before GO, as the inspector's does.
+        connect(field, &QPlainTextEdit::textChanged, this, [this] {
+            model_.setPendingEdit(this, [editor = QPointer<SlideEditorWindow>(this)] {
+                if (editor) editor->sendTyping();
+            });
+        });
+    }
     refresh();
 }
 

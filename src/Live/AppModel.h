@@ -236,7 +236,9 @@ public:
     // ---- Playback ----
     void perform(const EngineCommand& command);
     // A text field's uncommitted change, run and cleared first in `perform`.
-    void setPendingEdit(std::function<void()> pendingEdit) { pendingEdit_ = std::move(pendingEdit); }
+    // Each owner (a panel, an editor window) holds one at most: its newest.
+    // The change must itself check that its owner is still there.
+    void setPendingEdit(const void* owner, std::function<void()> pendingEdit);
 
     // ---- Files ----
     // The name the collect panel suggests: title, " (for another computer)"
@@ -489,7 +491,7 @@ private:
     bool controlsMusicApps_ = true;
     std::vector<std::filesystem::path> recents_;
     std::optional<MadeSlide> copiedSlide_;
-    std::function<void()> pendingEdit_;
+    std::vector<std::pair<const void*, std::function<void()>>> pendingEdits_;
     std::unique_ptr<AwakeActivity> awakeActivity_;
     // Made at the first tone.
     std::unique_ptr<TestTone> testTone_;

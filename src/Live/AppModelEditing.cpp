@@ -6,6 +6,8 @@
 #include "Live/OperatorText.h"
 #include "LiveModel/CueInsertionPoint.h"
 
+#include <algorithm>
+
 namespace velarion {
 
 namespace {
@@ -116,13 +118,16 @@ void AppModel::setLocked(bool locked) {
     changed();
 }
 
+void AppModel::setPendingEdit(const void* owner, std::function<void()> pendingEdit) {
+    const auto held = std::ranges::find(pendingEdits_, owner, &decltype(pendingEdits_)::value_type::first);
+    if (held != pendingEdits_.end()) held->second = std::move(pendingEdit);
+    else pendingEdits_.emplace_back(owner, std::move(pendingEdit));
+}
+
 void AppModel::perform(const EngineCommand& command) {
-    // A half-typed change goes in before the show moves on.
-    if (pendingEdit_) {
-        auto pending = std::move(pendingEdit_);
-        pendingEdit_ = nullptr;
-        pending();
-    }
+    // Half-typed changes go in before the show moves on.
+    for (auto& [owner, pending] : std::exchange(pendingEdits_, {}))
+        if (pending) pending();
     if (engine_) engine_->perform(command);
 }
 
