@@ -95,10 +95,10 @@ class HeldRequests {
 public:
     AgentSocketServer::Handler handler() {
         return [this](AgentRequest request, AgentSocketServer::Reply reply) {
-            {
-                const std::lock_guard lock(mutex_);
-                held_.push_back({std::move(request), std::move(reply)});
-            }
+            // Told under the lock: a test that sees the request may end and
+            // destroy this at once, so nothing may touch it after the unlock.
+            const std::lock_guard lock(mutex_);
+            held_.push_back({std::move(request), std::move(reply)});
             changed_.notify_all();
         };
     }
