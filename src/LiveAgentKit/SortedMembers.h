@@ -100,7 +100,9 @@ public:
     }
     iterator erase(const_iterator position) { return members_.erase(position); }
 
-    friend bool operator==(const SortedMembers&, const SortedMembers&) = default;
+    // Written out, not defaulted: a defaulted one makes clang instantiate the
+    // member type while the value that holds this list is still incomplete.
+    friend bool operator==(const SortedMembers& a, const SortedMembers& b) { return a.members_ == b.members_; }
 
 private:
     // Members mostly arrive in key order (a parsed object, a summary built
