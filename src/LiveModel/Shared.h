@@ -13,6 +13,19 @@
 
 namespace velarion {
 
+// Whether `pointer` is the only owner of its value, so that the value may be
+// written in place. A count of one may just have been left by another thread
+// letting its copy go (the show writer, an agent's snapshot, a sender done
+// with a buffer), and reading the count orders nothing. Taking and dropping a
+// reference is a read-modify-write of the count with acquire and release:
+// it orders that thread's reads of the value before this thread's writes,
+// in a way ThreadSanitizer also sees (a fence it wouldn't).
+template <class P> bool isSoleOwner(const P& pointer) {
+    if (pointer.use_count() != 1) return false;
+    { [[maybe_unused]] const P touched = pointer; }
+    return true;
+}
+
 template <class T> class Shared {
 public:
     Shared() : value_(std::make_shared<const T>()) {}
@@ -26,7 +39,7 @@ public:
 
     // Writable access; copies the value first when another Show shares it.
     T& edit() {
-        if (value_.use_count() != 1) value_ = std::make_shared<const T>(*value_);
+        if (!isSoleOwner(value_)) value_ = std::make_shared<const T>(*value_);
         return const_cast<T&>(*value_);
     }
 

@@ -100,7 +100,7 @@ public:
     // ---- writing
     // The element list, writable; its elements stay shared until edited.
     Items& items() {
-        if (items_.use_count() != 1) items_ = std::make_shared<const Items>(*items_);
+        if (!isSoleOwner(items_)) items_ = std::make_shared<const Items>(*items_);
         return const_cast<Items&>(*items_);
     }
     T& edit(size_type i) { return items()[i].edit(); }

@@ -1,5 +1,7 @@
 #include "Platform/NDI/CpuFeedCompositor.h"
 
+#include "LiveModel/Shared.h"
+
 namespace velarion {
 
 namespace {
@@ -19,7 +21,7 @@ void CpuFeedCompositor::apply(const OutputScene& scene, const SceneSurfaces& sur
 
 std::shared_ptr<FeedPicture> CpuFeedCompositor::makeBuffer() {
     for (const auto& picture : pool_)
-        if (picture.use_count() == 1) return picture;
+        if (isSoleOwner(picture)) return picture;
     auto picture = std::make_shared<FeedPicture>();
     picture->width = width_;
     picture->height = height_;

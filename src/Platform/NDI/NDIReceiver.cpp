@@ -1,5 +1,6 @@
 #include "Platform/NDI/NDIReceiver.h"
 
+#include "LiveModel/Shared.h"
 #include "Platform/NDI/CNDIBridge.h"
 #include "Platform/NDI/NDILibrary.h"
 
@@ -113,7 +114,7 @@ std::shared_ptr<StillPixels> NDIReceiver::Worker::buffer(int width, int height) 
         poolWidth = width, poolHeight = height;
     }
     for (const auto& pixels : pool)
-        if (pixels.use_count() == 1) return pixels;
+        if (isSoleOwner(pixels)) return pixels;
     auto pixels = std::make_shared<StillPixels>();
     pixels->width = width, pixels->height = height;
     pixels->bgra.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
