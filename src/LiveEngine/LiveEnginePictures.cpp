@@ -167,6 +167,9 @@ void LiveEngine::beginVideo(Run& run) {
     if (item->duration)
         run.durationSeconds = video.outPoint.value_or(*item->duration) - video.inPoint;
     surface->setLoops(video.loops && !video.crossfadesLoop.value_or(false));
+    // The level goes on before the preroll: the first samples pass the
+    // surface's gain while it prepares, and would otherwise sound at full.
+    surface->setVolume(video.fadeIn > 0 ? 0 : master() * video.level, false);
 
     const Uuid runID = run.id;
     std::weak_ptr<int> life = life_;

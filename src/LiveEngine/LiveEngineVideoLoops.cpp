@@ -51,6 +51,7 @@ void LiveEngine::crossfadeVideoLoop(const Uuid& runID) {
         const std::shared_ptr<VideoSurface> old = looping->video;
         std::shared_ptr<VideoSurface> next = ports_.players.makeVideoSurface(Uuid::random(), old->path());
         next->setLoops(false);
+        next->setVolume(0, false); // silent from its preroll on; the swap ramps it up
         next->setAudioOutputDeviceUID(old->audioOutputDeviceUID());
         watchVideoEnd(next, runID);
         std::weak_ptr<int> life = life_;
@@ -90,7 +91,6 @@ void LiveEngine::swapLoopSurface(const Uuid& runID, const std::shared_ptr<VideoS
     // Published from now on: the outputs draw it as soon as it has a frame.
     surfaceOwners_[next->id()] = next;
     next->seek(video.inPoint);
-    next->setVolume(0, false);
     stack_.showOver(SceneVideoContent{next->id()}, video.layer, runID, overlapSeconds, SceneScaling::fit,
                     geometry(run));
     next->play();
