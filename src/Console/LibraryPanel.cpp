@@ -13,6 +13,7 @@
 #include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -183,6 +184,7 @@ LibraryPanel::LibraryPanel(AppModel& model, QWidget* parent)
         if (id && items_->isMissing(items_->row(index.row()))) findMissing(*id);
     });
     connect(items_.get(), &QAbstractItemModel::dataChanged, this, [this] { updateButtons(); });
+    connect(list_->verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { preferVisiblePictures(); });
 
     previewTimer_ = new QTimer(this);
     connect(previewTimer_, &QTimer::timeout, this, [this] {
@@ -208,7 +210,7 @@ LibraryPanel::~LibraryPanel() {
 }
 
 void LibraryPanel::refresh() {
-    items_->update();
+    if (items_->update()) preferVisiblePictures();
     const auto& selected = model_.selectedMediaID();
     const QModelIndex index = selected ? items_->indexOfItem(*selected) : QModelIndex();
     if (index != list_->currentIndex()) {
@@ -223,6 +225,19 @@ void LibraryPanel::refresh() {
     if (model_.previewedMediaID() && !previewTimer_->isActive()) previewTimer_->start(previewTickMilliseconds);
     updateImport();
     updateButtons();
+}
+
+void LibraryPanel::preferVisiblePictures() {
+    if (pictures_->pending() == 0) return;
+    const QRect area = list_->viewport()->rect();
+    const QModelIndex top = list_->indexAt(area.topLeft());
+    if (!top.isValid()) return;
+    const QModelIndex bottom = list_->indexAt(QPoint(area.left(), area.bottom()));
+    const int last = bottom.isValid() ? bottom.row() : items_->rowCount() - 1;
+    std::vector<std::string> keys;
+    for (int row = top.row(); row <= last; ++row)
+        if (!items_->row(row).key.empty()) keys.push_back(items_->row(row).key);
+    pictures_->prefer(keys);
 }
 
 void LibraryPanel::updateImport() {

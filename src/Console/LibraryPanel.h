@@ -62,6 +62,7 @@ public:
 
 private:
     void togglePreview();
+    void preferVisiblePictures();
     void updateButtons();
     void updateImport();
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <unordered_set>
 
 namespace velarion::console {
 
@@ -53,6 +54,14 @@ void LibraryPictures::request(Request request, std::function<void(Answer)> done)
         queue_.push_back({std::move(request), generation_, std::move(done)});
     }
     wake_.notify_one();
+}
+
+void LibraryPictures::prefer(const std::vector<std::string>& keys) {
+    if (keys.empty()) return;
+    const std::unordered_set<std::string> wanted(keys.begin(), keys.end());
+    std::lock_guard guard(lock_);
+    std::stable_partition(queue_.begin(), queue_.end(),
+                          [&](const Job& job) { return wanted.count(job.request.key) > 0; });
 }
 
 void LibraryPictures::forget() {

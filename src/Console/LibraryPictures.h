@@ -58,6 +58,9 @@ public:
     ~LibraryPictures() override;
 
     void request(Request request, std::function<void(Answer)> done);
+    // Moves the waiting requests for these keys to the front, in the order
+    // they were asked: what the operator can see comes first.
+    void prefer(const std::vector<std::string>& keys);
     void forget();
     // Requests not yet answered.
     std::size_t pending() const { return pending_; }

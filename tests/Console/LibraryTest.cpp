@@ -8,6 +8,7 @@
 #include "Console/ConsoleWindow.h"
 #include "Console/LibraryModel.h"
 #include "Console/LibraryPanel.h"
+#include "Console/LibraryPictures.h"
 #include "Console/PresentView.h"
 #include "Console/RunOfShowModel.h"
 
@@ -41,10 +42,10 @@ protected:
         window->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     }
-    static void writeFile(const std::filesystem::path& file) {
+    static void writeFile(const std::filesystem::path& file, QSize pictureSize = {64, 36}) {
         std::filesystem::create_directories(file.parent_path());
         if (file.extension() == ".png") {
-            QImage picture(64, 36, QImage::Format_RGB32);
+            QImage picture(pictureSize, QImage::Format_RGB32);
             picture.fill(Qt::darkCyan);
             ASSERT_TRUE(picture.save(QString::fromStdString(file.string())));
         } else std::ofstream(file) << file.filename().string();
@@ -151,6 +152,36 @@ TEST_F(LibraryTest, AMissingFileIsFlaggedAndFindingItPutsItBack) {
     EXPECT_EQ(asked, "Find \u201CGone\u201D");
     EXPECT_TRUE(waitFor([&] { return items.isLoaded(rowOf("Gone")) && !items.isMissing(rowOf("Gone")); }));
     EXPECT_FALSE(window->library().findButton().isEnabled());
+}
+
+TEST_F(LibraryTest, PicturesScrolledIntoViewAreMadeBeforeTheRestOfTheLibrary) {
+    // Full-HD pictures, so that the worker is still busy when the list
+    // scrolls to its end.
+    std::vector<MediaItem> library;
+    for (int i = 0; i < 120; ++i)
+        library.push_back(makeItem(MediaKind::image, "P" + std::to_string(i), std::nullopt, "P" + std::to_string(i) + ".png"));
+    start();
+    const auto media = savePackage(makeShow("Gala", {makeSection("Main")}, library), "Gala") / "Media";
+    writeFile(media / "P0.png", {1920, 1080});
+    for (int i = 1; i < 120; ++i) std::filesystem::copy_file(media / "P0.png", media / ("P" + std::to_string(i) + ".png"));
+    model->openShow(media.parent_path());
+    console::LibraryPanel panel(*model);
+    panel.resize(320, 480);
+    panel.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&panel));
+    panel.list().scrollToBottom();
+    const std::size_t waiting = panel.pictures().pending();
+    ASSERT_GT(waiting, 40u) << "the worker finished before the scroll; the test can't tell";
+    auto& items = panel.items();
+    const auto loadedCount = [&] {
+        int loaded = 0;
+        for (int row = 0; row < items.rowCount(); ++row) loaded += items.isLoaded(items.row(row)) ? 1 : 0;
+        return loaded;
+    };
+    ASSERT_TRUE(waitFor([&] { return items.isLoaded(items.row(items.rowCount() - 1)); }));
+    // In library order it would come last of all; seen first, it comes
+    // with the rows on screen, ahead of most of those waiting.
+    EXPECT_LT(loadedCount(), items.rowCount() - int(waiting) / 2);
 }
 
 TEST_F(LibraryTest, PreviewPlaysOnTheHeadphonesOutputOnly) {
