@@ -165,6 +165,7 @@ struct HeadlessApplication::Parts {
             }, {});
             return mpris.presence();
         };
+        made.musicPlayers = [this] { return mpris.lastOtherPlayers(); };
         return made;
     }
     void nameSpotifyCues() {

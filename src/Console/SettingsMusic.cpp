@@ -6,6 +6,7 @@
 #include "Console/SettingsWindow.h"
 #include "Live/AppModel.h"
 
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QVBoxLayout>
@@ -28,6 +29,12 @@ QString presenceWords(const ReadyMusicApp& app) {
     return {};
 }
 
+// "org.mpris.MediaPlayer2.rhythmbox" as the operator types it: "rhythmbox".
+QString playerWords(const std::string& busName) {
+    static const std::string prefix = "org.mpris.MediaPlayer2.";
+    return qt(busName.starts_with(prefix) ? busName.substr(prefix.size()) : busName);
+}
+
 } // namespace
 
 MusicSettings::MusicSettings(AppModel& model, QWidget* parent) : QWidget(parent), model_(model) {
@@ -36,6 +43,8 @@ MusicSettings::MusicSettings(AppModel& model, QWidget* parent) : QWidget(parent)
     player_ = new QLineEdit(this);
     player_->setPlaceholderText("The first player running other than Spotify");
     layout->addWidget(player_);
+    running_ = new QComboBox(this);
+    layout->addWidget(running_);
     auto* help =
         new QLabel("The player that Music cues control: its MPRIS name, such as rhythmbox or "
                    "org.mpris.MediaPlayer2.rhythmbox. Spotify cues always use Spotify. "
@@ -48,13 +57,20 @@ MusicSettings::MusicSettings(AppModel& model, QWidget* parent) : QWidget(parent)
     layout->addWidget(apps_);
     layout->addStretch(1);
 
-    connect(player_, &QLineEdit::editingFinished, this, [this] {
-        const std::string chosen = player_->text().trimmed().toStdString();
+    const auto choose = [this](const std::string& chosen) {
         Preferences& preferences = model_.preferences();
         if (chosen == preferences.value(preferenceKeys::musicPlayer))
             return;
         if (!preferences.set(preferenceKeys::musicPlayer, chosen))
             model_.setStatus("The music player couldn't be saved: " + preferences.lastWriteError());
+    };
+    connect(player_, &QLineEdit::editingFinished, this,
+            [this, choose] { choose(player_->text().trimmed().toStdString()); });
+    connect(running_, &QComboBox::activated, this, [this, choose](int index) {
+        if (index <= 0) return;
+        player_->setText(running_->itemText(index));
+        running_->setCurrentIndex(0);
+        choose(player_->text().toStdString());
     });
 }
 
@@ -63,6 +79,17 @@ void MusicSettings::refresh() {
         const QString stored = qt(model_.preferences().value(preferenceKeys::musicPlayer));
         if (player_->text() != stored)
             player_->setText(stored);
+    }
+    QStringList running;
+    for (const std::string& player : model_.runningMusicPlayers()) running << playerWords(player);
+    QStringList shown{running.isEmpty() ? "No other music player is running" : "Choose a running player…"};
+    shown << running;
+    QStringList listed;
+    for (int index = 0; index < running_->count(); ++index) listed << running_->itemText(index);
+    if (listed != shown) {
+        running_->clear();
+        running_->addItems(shown);
+        running_->setEnabled(!running.isEmpty());
     }
     const ReadyCheckInputs inputs = model_.readyInputs();
     const QString apps = presenceWords(inputs.spotify) + "\n" + presenceWords(inputs.music);

@@ -43,9 +43,13 @@ SettingsWindow::SettingsWindow(AppModel& model, QWidget* parent) : QWidget(paren
     tabs_->addTab(scrolled(general_), "General");
     layout->addWidget(tabs_);
 
-    // The sound outputs come and go without the model saying so.
+    // The sound outputs and the music players come and go without the
+    // model saying so; the players are looked at only while their tab shows.
     poll_ = new QTimer(this);
-    connect(poll_, &QTimer::timeout, this, [this] { sound_->refresh(); });
+    connect(poll_, &QTimer::timeout, this, [this] {
+        sound_->refresh();
+        if (currentTab() == Tab::music) music_->refresh();
+    });
     connect(tabs_, &QTabWidget::currentChanged, this, [this] { refresh(); });
 }
 

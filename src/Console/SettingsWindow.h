@@ -179,10 +179,13 @@ public:
     MusicSettings(AppModel& model, QWidget* parent = nullptr);
     void refresh();
     QLineEdit& playerField() { return *player_; }
+    // The players running now, to pick from; the first row is a prompt.
+    QComboBox& runningPlayers() { return *running_; }
 
 private:
     AppModel& model_;
     QLineEdit* player_ = nullptr;
+    QComboBox* running_ = nullptr;
     QLabel* apps_ = nullptr;
 };
 

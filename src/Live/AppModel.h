@@ -85,6 +85,9 @@ struct AppPorts {
     // engine (the audition gives way with it).
     EngineStreams* streams = nullptr;
     std::function<std::pair<ReadyMusicApp, ReadyMusicApp>()> musicApps = {};
+    // The players other than Spotify last seen running (their bus names),
+    // without blocking; the look that `musicApps` starts refreshes them.
+    std::function<std::vector<std::string>()> musicPlayers = {};
     std::function<void(StreamApp)> onProviderWillStart = {};
     // Durations and decks for imports; without them files still import.
     MediaImportTools importTools = {};
@@ -417,6 +420,10 @@ public:
     // house level from the engine; music apps, MIDI, the NDI runtime and the
     // main display as far as this version knows them.
     ReadyCheckInputs readyInputs() const;
+    // The music players that a Music cue could drive, as last seen.
+    std::vector<std::string> runningMusicPlayers() const {
+        return ports_.musicPlayers ? ports_.musicPlayers() : std::vector<std::string>{};
+    }
     // The check on the open show; empty when none is open.
     std::vector<ReadyItem> readyItems() const;
 

@@ -12,6 +12,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDockWidget>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
 #include <fstream>
@@ -96,6 +97,22 @@ TEST_F(SettingsTest, EachAgentGrantReachesTheModelAndThePreferencesFileAlone) {
             EXPECT_EQ(grant.box.isChecked(), on) << grant.grant;
         }
     }
+}
+
+TEST_F(SettingsTest, ARunningPlayerPickedInTheMusicTabBecomesTheMusicPlayer) {
+    std::vector<std::string> running;
+    musicPlayers = [&] { return running; };
+    open(showWithCues("Gala", {"One"}));
+    window->settings().showTab(console::SettingsWindow::Tab::music);
+    auto& music = window->settings().music();
+    EXPECT_FALSE(music.runningPlayers().isEnabled());
+    running = {"org.mpris.MediaPlayer2.rhythmbox", "org.mpris.MediaPlayer2.vlc"};
+    window->settings().refresh();
+    ASSERT_EQ(music.runningPlayers().count(), 3);
+    EXPECT_EQ(music.runningPlayers().itemText(2), "vlc");
+    emit music.runningPlayers().activated(2);
+    EXPECT_EQ(music.playerField().text(), "vlc");
+    EXPECT_EQ(Preferences(preferencesFile()).value(preferenceKeys::musicPlayer), "vlc");
 }
 
 TEST_F(SettingsTest, TheTestTonePlaysOnTheBusDeviceAndHeadphonesNotChosenUseTheHouse) {

@@ -30,10 +30,10 @@ protected:
     // Reads the preferences file as it stands and builds the model.
     AppModel& start(AppOptions options = {}) {
         preferences = std::make_unique<Preferences>(preferencesFile());
-        model = std::make_unique<AppModel>(
-            AppPorts{scheduler, players, images, cards, slides, nullptr, outputs, slidePages,
-                     desktop, folders, writer, application, *preferences},
-            options);
+        AppPorts ports{scheduler, players, images, cards, slides, nullptr, outputs, slidePages,
+                       desktop, folders, writer, application, *preferences};
+        ports.musicPlayers = musicPlayers;
+        model = std::make_unique<AppModel>(ports, options);
         model->onChange = [this] { ++changeCount; };
         return *model;
     }
@@ -82,6 +82,7 @@ protected:
     ManualShowWriter writer{scheduler};
     RecordingApplicationControl application;
     std::unique_ptr<Preferences> preferences;
+    std::function<std::vector<std::string>()> musicPlayers; // the music players seen running; optional
     std::unique_ptr<AppModel> model;
     int changeCount = 0;
 };

@@ -104,7 +104,14 @@ std::vector<std::string> MprisRemote::otherPlayers() {
     for (const QString& name : names.value())
         if (name.startsWith(mprisPrefix) && name.toStdString() != spotifyBusName) players.push_back(name.toStdString());
     std::sort(players.begin(), players.end());
+    std::lock_guard guard(lock_);
+    lastOtherPlayers_ = players;
     return players;
+}
+
+std::vector<std::string> MprisRemote::lastOtherPlayers() const {
+    std::lock_guard guard(lock_);
+    return lastOtherPlayers_;
 }
 
 std::optional<std::string> MprisRemote::busName(StreamApp app) {

@@ -47,6 +47,8 @@ public:
     std::pair<ReadyMusicApp, ReadyMusicApp> presence() const;
     // MPRIS players other than Spotify running now (bus names).
     std::vector<std::string> otherPlayers();
+    // What `otherPlayers` last found; never blocks, any thread.
+    std::vector<std::string> lastOtherPlayers() const;
     // The three functions of StreamRemote bound to this object, which must
     // outlive them.
     StreamRemote remote();
@@ -69,6 +71,7 @@ private:
     std::string musicOpened_; // the last song the music player was asked to play
     std::optional<bool> spotifyRunning_;
     std::optional<bool> musicRunning_;
+    std::vector<std::string> lastOtherPlayers_;
 };
 
 } // namespace velarion

@@ -128,6 +128,8 @@ TEST_F(MusicApps, TheMusicPlayerFadesAlongAStraightLineUnderItsOwnName) {
     auto player = standIn({"--name", "rhythmbox", "--identity", "Rhythmbox", "--app-name", "Rhythmbox"});
     auto other = standIn({"--name", "vlc", "--identity", "VLC", "--app-name", "VLC"});
     ASSERT_TRUE(remote.isAppRunning(StreamApp::music));
+    EXPECT_EQ(mpris.lastOtherPlayers(),
+              (std::vector<std::string>{"org.mpris.MediaPlayer2.rhythmbox", "org.mpris.MediaPlayer2.vlc"}));
     EXPECT_EQ(remote.displayName(StreamApp::music), "Rhythmbox");
     ASSERT_FALSE(remote.ramp(StreamApp::music, 0, 100, 0.5, {}));
     for (int step = 1; step <= 10; ++step) EXPECT_EQ(player->readLine(5), "volume " + std::to_string(step * 10));
