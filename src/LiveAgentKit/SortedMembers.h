@@ -35,13 +35,10 @@ public:
     SortedMembers() = default;
     SortedMembers(std::initializer_list<value_type> members) : members_(members) {
         // Stable, so that of two equal keys the first listed stays.
-        std::stable_sort(
-            members_.begin(), members_.end(),
-            [](const value_type& a, const value_type& b) { return a.first < b.first; });
+        std::stable_sort(members_.begin(), members_.end(),
+                         [](const value_type& a, const value_type& b) { return a.first < b.first; });
         members_.erase(std::unique(members_.begin(), members_.end(),
-                                   [](const value_type& a, const value_type& b) {
-                                       return a.first == b.first;
-                                   }),
+                                   [](const value_type& a, const value_type& b) { return a.first == b.first; }),
                        members_.end());
     }
 
@@ -67,28 +64,23 @@ public:
 
     Value& at(std::string_view key) {
         const auto found = find(key);
-        if (found == end())
-            throw std::out_of_range("no such JSON member");
+        if (found == end()) throw std::out_of_range("no such JSON member");
         return found->second;
     }
     const Value& at(std::string_view key) const {
         const auto found = find(key);
-        if (found == end())
-            throw std::out_of_range("no such JSON member");
+        if (found == end()) throw std::out_of_range("no such JSON member");
         return found->second;
     }
     Value& operator[](std::string_view key) { return try_emplace(key).first->second; }
 
     // Adds the member unless the key is taken; the value is built only then.
-    template <class... Args>
-    std::pair<iterator, bool> try_emplace(std::string_view key, Args&&... args) {
+    template <class... Args> std::pair<iterator, bool> try_emplace(std::string_view key, Args&&... args) {
         const auto at = lowerBound(key);
-        if (at != members_.end() && at->first == key)
-            return {at, false};
+        if (at != members_.end() && at->first == key) return {at, false};
         return {insertAt(at, key, std::forward<Args>(args)...), true};
     }
-    template <class... Args>
-    std::pair<iterator, bool> emplace(std::string_view key, Args&&... args) {
+    template <class... Args> std::pair<iterator, bool> emplace(std::string_view key, Args&&... args) {
         return try_emplace(key, std::forward<Args>(args)...);
     }
     template <class V> std::pair<iterator, bool> insert_or_assign(std::string_view key, V&& value) {
@@ -102,8 +94,7 @@ public:
 
     size_type erase(std::string_view key) {
         const auto found = find(key);
-        if (found == end())
-            return 0;
+        if (found == end()) return 0;
         members_.erase(found);
         return 1;
     }
@@ -111,17 +102,14 @@ public:
 
     // Written out, not defaulted: a defaulted one makes clang instantiate the
     // member type while the value that holds this list is still incomplete.
-    friend bool operator==(const SortedMembers& a, const SortedMembers& b) {
-        return a.members_ == b.members_;
-    }
+    friend bool operator==(const SortedMembers& a, const SortedMembers& b) { return a.members_ == b.members_; }
 
 private:
     // Members mostly arrive in key order (a parsed object, a summary built
     // key by key), so the end is tried first.
     template <class Self> static auto lowerBound(Self& self, std::string_view key) {
         auto& members = self.members_;
-        if (members.empty() || std::string_view(members.back().first) < key)
-            return members.end();
+        if (members.empty() || std::string_view(members.back().first) < key) return members.end();
         return std::lower_bound(members.begin(), members.end(), key,
                                 [](const value_type& member, std::string_view wanted) {
                                     return std::string_view(member.first) < wanted;
